@@ -1,0 +1,18 @@
+// The table of virtual functions of type_info, to which every run-time type description of this ABI points. Built
+// without RTTI: a description of type_info itself would need the table that is being made here.
+class type_info {
+public:
+    virtual ~type_info();
+
+private:
+    void* readableName;
+    char decoratedName[1];
+};
+
+type_info::~type_info() {}
+
+// Never called. The compiler lays the table down where an object is made, and only there.
+type_info* MakeTypeInfo()
+{
+    return new type_info;
+}

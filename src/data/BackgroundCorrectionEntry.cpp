@@ -1,0 +1,169 @@
+#include "data/BackgroundCorrectionEntry.h"
+
+#include "boundary/Messages.h"
+#include "boundary/TZRException.h"
+#include "platform/Text.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace {
+constexpr std::uint64_t kMaximumPixelCount = 0x7FFFFFFF;
+} // namespace
+
+TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(const TBackgroundCorrectionEntry& other)
+{
+    CopyDescription(other);
+    CopyPixels(other);
+}
+
+TBackgroundCorrectionEntry& TBackgroundCorrectionEntry::operator=(const TBackgroundCorrectionEntry& other)
+{
+    delete[] data;
+    data = nullptr;
+    CopyDescription(other);
+    CopyPixels(other);
+    return *this;
+}
+
+TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(TBackgroundCorrectionEntry&& other) noexcept
+{
+    CopyDescription(other);
+    statistics = other.statistics;
+    statisticsStale = other.statisticsStale;
+    data = other.data;
+    other.data = nullptr;
+}
+
+TBackgroundCorrectionEntry::~TBackgroundCorrectionEntry()
+{
+    delete[] data;
+}
+
+int TBackgroundCorrectionEntry::Build(const char* newKey, const std::uint16_t* const* frames, std::uint32_t frameCount,
+                                      std::uint32_t newWidth, std::uint32_t newHeight, float exposureSeconds,
+                                      float lightIntensityPercent, bool applyMedianFilter)
+{
+    Describe(newKey, newWidth, newHeight, exposureSeconds, lightIntensityPercent);
+    if (frames == nullptr) {
+        return 0;
+    }
+    data = AllocatePixels(width, height);
+    const std::size_t count = PixelCount();
+    if (frameCount == 1) {
+        std::memcpy(data, frames[0], count * sizeof *data);
+    } else {
+        const std::unique_ptr<float[]> scratch(new float[Kernels::AverageScratchLength(count)]);
+        Kernels::Average(data, frames, frameCount, count, scratch.get());
+    }
+    if (applyMedianFilter) {
+        const std::unique_ptr<std::uint16_t[]> scratch(new std::uint16_t[Kernels::MedianScratchLength(width)]);
+        Kernels::Median3x3(data, width, height, scratch.get());
+    }
+    statisticsStale = true;
+    return 0;
+}
+
+void TBackgroundCorrectionEntry::BuildFromPixels(const char* newKey, std::uint16_t* pixels, std::uint32_t newWidth,
+                                                 std::uint32_t newHeight, float exposureSeconds,
+                                                 float lightIntensityPercent)
+{
+    data = pixels; // owned from here on, also when the description is refused
+    Describe(newKey, newWidth, newHeight, exposureSeconds, lightIntensityPercent);
+}
+
+void TBackgroundCorrectionEntry::CopyRegion(std::uint16_t* destination, std::uint32_t left, std::uint32_t top,
+                                            std::uint32_t regionWidth, std::uint32_t regionHeight,
+                                            float factor) const noexcept
+{
+    // The active entry can be smaller than the region it was checked against: an import may have replaced it.
+    const std::size_t columns = !HasPixels() || left >= width ? 0 : std::min(regionWidth, width - left);
+    const std::size_t rows = columns == 0 || top >= height ? 0 : std::min(regionHeight, height - top);
+    const std::size_t stride = regionWidth;
+    if (columns == stride && columns == width) {
+        Kernels::Scale(destination, data + std::size_t(top) * width, rows * stride, factor);
+    } else {
+        for (std::size_t row = 0; row < rows; ++row) {
+            std::uint16_t* const target = destination + row * stride;
+            Kernels::Scale(target, data + (top + row) * width + left, columns, factor);
+            std::fill(target + columns, target + stride, std::uint16_t{0});
+        }
+    }
+    std::fill(destination + rows * stride, destination + std::size_t(regionHeight) * stride, std::uint16_t{0});
+}
+
+const Kernels::TStatistics& TBackgroundCorrectionEntry::Statistics() noexcept
+{
+    if (statisticsStale) {
+        statistics = Kernels::CalculateStatistics(data, PixelCount());
+        statisticsStale = false;
+    }
+    return statistics;
+}
+
+bool TBackgroundCorrectionEntry::IsSizeValid(std::uint32_t width, std::uint32_t height) noexcept
+{
+    return std::uint64_t{width} * height <= kMaximumPixelCount;
+}
+
+std::size_t TBackgroundCorrectionEntry::PixelCount(std::uint32_t width, std::uint32_t height) noexcept
+{
+    return IsSizeValid(width, height) ? std::size_t{width} * height : 0;
+}
+
+void TBackgroundCorrectionEntry::Describe(const char* newKey, std::uint32_t newWidth, std::uint32_t newHeight,
+                                          float exposureSeconds, float lightIntensityPercent)
+{
+    statistics = {0, 0, 0};
+    if (newKey == nullptr || newKey[0] == '\0') {
+        throw TZRException(Messages::kKeyNotValid, newKey == nullptr ? "NULL" : newKey);
+    }
+    std::memset(key, 0, sizeof key);
+    for (std::size_t i = 0; i < kMaximumKeyLength && newKey[i] != '\0'; ++i) {
+        key[i] = newKey[i];
+    }
+    referenceExposure = exposureSeconds;
+    referenceIntensity = lightIntensityPercent;
+    referenceProduct = exposureSeconds * lightIntensityPercent;
+    if (referenceProduct == 0.0f) {
+        throw TZRException(Messages::kProductIsZero, static_cast<double>(exposureSeconds),
+                           static_cast<double>(lightIntensityPercent));
+    }
+    width = newWidth;
+    height = newHeight;
+}
+
+void TBackgroundCorrectionEntry::CopyDescription(const TBackgroundCorrectionEntry& other) noexcept
+{
+    std::memmove(key, other.key, sizeof key);
+    referenceExposure = other.referenceExposure;
+    referenceIntensity = other.referenceIntensity;
+    referenceProduct = other.referenceProduct;
+    width = other.width;
+    height = other.height;
+}
+
+// The statistics follow the pixels: a copy that failed keeps its old ones.
+void TBackgroundCorrectionEntry::CopyPixels(const TBackgroundCorrectionEntry& other)
+{
+    if (other.data != nullptr) {
+        data = AllocatePixels(width, height);
+        std::memcpy(data, other.data, PixelCount() * sizeof *data);
+    }
+    statistics = other.statistics;
+    statisticsStale = other.statisticsStale;
+}
+
+std::uint16_t* TBackgroundCorrectionEntry::AllocatePixels(std::uint32_t width, std::uint32_t height)
+{
+    std::uint16_t* pixels = nullptr;
+    if (IsSizeValid(width, height)) {
+        pixels = new (std::nothrow) std::uint16_t[PixelCount(width, height)];
+    }
+    if (pixels == nullptr) {
+        throw TZRException(Messages::kOutOfMemoryConstructing);
+    }
+    return pixels;
+}

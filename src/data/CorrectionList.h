@@ -1,0 +1,80 @@
+// A processor's corrections.
+#ifndef DATA_CORRECTIONLIST_H
+#define DATA_CORRECTIONLIST_H
+
+#include "data/BackgroundCorrectionEntry.h"
+#include "data/PositionIndex.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <list>
+#include <set>
+#include <vector>
+
+// Ordered corrections, unique by key (case ignored).
+//
+// Owns its entries by value: every copy in or out is deep, and an entry never moves while it is stored. Finding,
+// adding, removing and reading by position cost O(log n). Not synchronised: the owning processor's lock covers it.
+// Fails by throwing; the list is then unchanged unless said otherwise.
+class TCorrectionList {
+public:
+    TCorrectionList() = default;
+    TCorrectionList(const TCorrectionList&) = delete;
+    TCorrectionList& operator=(const TCorrectionList&) = delete;
+
+    // Builds an entry with the median filter (see TBackgroundCorrectionEntry::Build) and adds it. Throws TZRException.
+    void CreateAndAddEntry(const char* key, const std::uint16_t* const* frames, std::uint32_t frameCount,
+                           std::uint32_t width, std::uint32_t height, float exposureSeconds,
+                           float lightIntensityPercent);
+
+    // Appends a copy. Throws TZRException when the key is taken or memory runs out.
+    void AddEntry(const TBackgroundCorrectionEntry& entry);
+    // The same for an entry that is not needed any more: its pixels are taken over (and may be gone on failure).
+    void AddEntry(TBackgroundCorrectionEntry&& entry);
+
+    // The entry with this key, or null. Valid until that entry is removed.
+    TBackgroundCorrectionEntry* FindEntry(const char* key) const noexcept;
+
+    // Removes the entry with this key. Returns 0, or -1 when there is none.
+    int RemoveEntry(const char* key) noexcept;
+
+    // Copies the entries of `source` in, in their order: a key that is here already is skipped, or with `overwrite`
+    // its entry is assigned in place. Returns 0. Throws TZRException when memory runs out; what was imported before
+    // stays. `source` may be this list.
+    int ImportEntries(const TCorrectionList& source, bool overwrite);
+
+    void ClearEntries() noexcept;
+
+    std::size_t Count() const noexcept { return nodes.size(); }
+
+    // The entry at a position from 0. Throws TZRException when `index` is not below Count().
+    TBackgroundCorrectionEntry& EntryAt(std::size_t index) const;
+
+private:
+    struct TNode {
+        explicit TNode(const TBackgroundCorrectionEntry& source) : entry(source) {}
+        explicit TNode(TBackgroundCorrectionEntry&& source) noexcept
+            : entry(static_cast<TBackgroundCorrectionEntry&&>(source))
+        {}
+
+        TBackgroundCorrectionEntry entry;
+        std::size_t slot = 0;
+    };
+    using TNodes = std::list<TNode>;
+    struct TKeyOrder {
+        using is_transparent = void;
+        bool operator()(TNodes::iterator left, TNodes::iterator right) const noexcept;
+        bool operator()(TNodes::iterator left, const char* right) const noexcept;
+        bool operator()(const char* left, TNodes::iterator right) const noexcept;
+    };
+
+    template <typename TSource> void Append(TSource&& entry);
+    void Renumber() noexcept;
+
+    TNodes nodes;                               // insertion order is file order
+    std::set<TNodes::iterator, TKeyOrder> keys; // every node, by key
+    TPositionIndex positions;                   // of the nodes' slots
+    std::vector<TNodes::iterator> slots;        // node of each slot; dead slots hold anything
+};
+
+#endif

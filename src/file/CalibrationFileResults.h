@@ -1,0 +1,30 @@
+// Results of the calibration file's writer and reader that are no result codes of the public header by meaning, though
+// the host sees them as such (-1 as 4294967295).
+#ifndef FILE_CALIBRATIONFILERESULTS_H
+#define FILE_CALIBRATIONFILERESULTS_H
+
+#include "QX_BackgroundCorrection.h"
+
+#include "boundary/TMessageBuffer.h"
+
+namespace CalibrationFile {
+
+using QX_KRLSDK::kFileNotAccessible;
+using QX_KRLSDK::kHeaderOnlyMode;
+using QX_KRLSDK::kListEndedWhileSaving;
+using QX_KRLSDK::kOperationFailed;
+using QX_KRLSDK::kShortReadOrWrite;
+using QX_KRLSDK::kStructureVersionWrong;
+using QX_KRLSDK::kSuccess;
+using QX_KRLSDK::kUnexpectedRecord;
+
+// Where the texts go: what concerns the file as a whole or an entry to `main`, which the host reads; what concerns
+// single items of the file to `file`.
+struct TMessages {
+    TObjectMessageBuffer& main;
+    TObjectMessageBuffer& file;
+};
+
+} // namespace CalibrationFile
+
+#endif

@@ -1,0 +1,135 @@
+#include "file/CalibrationFileWriter.h"
+
+#include "boundary/Messages.h"
+#include "file/ByteOrder.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace CalibrationFile;
+namespace Format = CalibrationFormat;
+
+unsigned int TCalibrationFileWriter::Open(const char* path, std::uint32_t structureVersion)
+{
+    if (!stream.OpenForWriting(path)) {
+        messages.main.Format(Messages::kCouldNotCreateFile, path != nullptr ? path : "(null)");
+        return kFileNotAccessible;
+    }
+    unsigned char version[4];
+    Format::Store32(version, structureVersion);
+    if (!Item(stream.Write(Format::kSignature, Format::kSignatureLength) && stream.Write(version, sizeof version),
+              Messages::kCouldNotWriteHeader)) {
+        stream.Close();
+        return kShortReadOrWrite;
+    }
+    return kSuccess;
+}
+
+unsigned int TCalibrationFileWriter::WriteGroupingNames(const std::vector<std::string>& names)
+{
+    if (!WriteNumber(Format::kGroupingCount, static_cast<std::uint32_t>(names.size()))) {
+        return kShortReadOrWrite;
+    }
+    for (const std::string& name : names) {
+        char data[Format::kGroupingNameLength] = {};
+        std::memcpy(data, name.c_str(), std::min(name.size(), sizeof data));
+        if (!WriteRecord(Format::kGroupingName, data)) {
+            return kShortReadOrWrite;
+        }
+    }
+    return kSuccess;
+}
+
+unsigned int TCalibrationFileWriter::WriteCorrectionRecords(const TCorrectionList& corrections)
+{
+    const std::uint32_t count = static_cast<std::uint32_t>(corrections.Count());
+    if (!WriteNumber(Format::kCorrectionCount, count)) {
+        return kShortReadOrWrite;
+    }
+    TBackgroundCorrectionEntry copy;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        if (index >= static_cast<std::uint32_t>(corrections.Count())) {
+            messages.main.Format(Messages::kListEndedWhileSaving);
+            return kListEndedWhileSaving;
+        }
+        copy = corrections.EntryAt(index);
+        if (!WriteEntry(copy)) {
+            return kShortReadOrWrite;
+        }
+    }
+    return kSuccess;
+}
+
+unsigned int TCalibrationFileWriter::Close()
+{
+    return Item(stream.Close(), Messages::kCouldNotWriteHeader) ? kSuccess : kShortReadOrWrite;
+}
+
+bool TCalibrationFileWriter::WriteEntry(TBackgroundCorrectionEntry& entry)
+{
+    return WriteRecordHeader(Format::kCorrectionStart, Format::CorrectionStartLength(entry.Width(), entry.Height())) &&
+           WriteRecord(Format::kKey, entry.Key()) && WriteNumber(Format::kWidth, entry.Width()) &&
+           WriteNumber(Format::kHeight, entry.Height()) &&
+           WriteFloat(Format::kExposure, entry.ReferenceExposureSeconds()) &&
+           WriteFloat(Format::kIntensity, entry.ReferenceIntensityPercent()) && WriteBackground(entry);
+}
+
+bool TCalibrationFileWriter::WriteBackground(TBackgroundCorrectionEntry& entry)
+{
+    const std::uint32_t length = Format::BackgroundLength(entry.Width(), entry.Height());
+    if (!WriteRecordHeader(Format::kBackground, length)) {
+        return false;
+    }
+    if (length == 0) {
+        return true;
+    }
+    if (!entry.HasPixels()) {
+        return Item(false, Messages::kCouldNotReadData);
+    }
+    if (!ByteOrder::IsLittleEndian()) {
+        ByteOrder::Swap(entry.MutablePixels(), entry.PixelCount()); // the entry is a copy made for writing
+    }
+    return Item(stream.Write(entry.Pixels(), length), Messages::kCouldNotReadData);
+}
+
+bool TCalibrationFileWriter::WriteRecordHeader(const Format::TRecord& record, std::uint32_t dataLength)
+{
+    unsigned char identifier[4];
+    unsigned char version[4];
+    unsigned char length[4];
+    Format::Store32(identifier, record.identifier);
+    Format::Store32(version, record.version);
+    Format::Store32(length, dataLength);
+    return Item(stream.Write(identifier, sizeof identifier), Messages::kCouldNotWriteEntryId) &&
+           Item(stream.Write(version, sizeof version), Messages::kCouldNotWriteEntryVersion) &&
+           Item(stream.Write(length, sizeof length), Messages::kCouldNotWriteEntryDataLength);
+}
+
+bool TCalibrationFileWriter::WriteRecord(const Format::TRecord& record, const void* data)
+{
+    return WriteRecordHeader(record, record.dataLength) &&
+           Item(stream.Write(data, record.dataLength), Messages::kCouldNotReadData);
+}
+
+bool TCalibrationFileWriter::WriteNumber(const Format::TRecord& record, std::uint32_t value)
+{
+    unsigned char data[4];
+    Format::Store32(data, value);
+    return WriteRecord(record, data);
+}
+
+bool TCalibrationFileWriter::WriteFloat(const Format::TRecord& record, float value)
+{
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return WriteNumber(record, bits);
+}
+
+// The first failure of an item leaves its text and ends the file.
+bool TCalibrationFileWriter::Item(bool written, const char* text)
+{
+    if (!written) {
+        messages.file.Format(text);
+    }
+    return written;
+}

@@ -1,0 +1,47 @@
+// Writes a calibration file.
+#ifndef FILE_CALIBRATIONFILEWRITER_H
+#define FILE_CALIBRATIONFILEWRITER_H
+
+#include "data/CorrectionList.h"
+#include "file/CalibrationFileResults.h"
+#include "file/CalibrationFormat.h"
+#include "platform/FileStream.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// One file from opening to closing: Open, WriteGroupingNames (structure version 2 only), WriteCorrectionRecords, Close.
+// Each returns a result code and leaves its text; after a failure the file is left as far as it was written.
+class TCalibrationFileWriter {
+public:
+    explicit TCalibrationFileWriter(const CalibrationFile::TMessages& messageBuffers) : messages(messageBuffers) {}
+
+    // Creates the file and writes signature and version. 769; -1, the file is then closed.
+    unsigned int Open(const char* path, std::uint32_t structureVersion);
+
+    // Each name is cut to 16 characters. -1.
+    unsigned int WriteGroupingNames(const std::vector<std::string>& names);
+
+    // -1; 271 when the list gets shorter meanwhile. Every entry is copied before it is written; lets the TZRException
+    // of a copy that finds no memory through.
+    unsigned int WriteCorrectionRecords(const TCorrectionList& corrections);
+
+    // -1 when bytes written before turn out not to be stored.
+    unsigned int Close();
+
+private:
+    bool WriteRecordHeader(const CalibrationFormat::TRecord& record, std::uint32_t dataLength);
+    bool WriteRecord(const CalibrationFormat::TRecord& record, const void* data);
+    bool WriteNumber(const CalibrationFormat::TRecord& record, std::uint32_t value);
+    bool WriteFloat(const CalibrationFormat::TRecord& record, float value);
+    bool WriteBackground(TBackgroundCorrectionEntry& entry);
+    bool WriteEntry(TBackgroundCorrectionEntry& entry);
+    bool Item(bool written, const char* text);
+
+    CalibrationFile::TMessages messages;
+    Platform::TFileStream stream;
+};
+
+#endif

@@ -1,0 +1,95 @@
+// Scaling the background to the images at hand, and subtracting it.
+#include "processor/TBackgroundCorrectionProcessorUINT16.h"
+
+#include "boundary/Messages.h"
+
+#include <cstring>
+#include <new>
+
+using namespace QX_KRLSDK;
+
+// In single precision and in this order. Untouched settings (both -1) make the first product 1.
+float TBackgroundCorrectionProcessorUINT16::ScaleFactor() const noexcept
+{
+    const float product = (lightIntensity * exposure) * correctionLevel.load(std::memory_order_relaxed);
+    const float reference = activeEntry->ReferenceIntensityPercent() * activeEntry->ReferenceExposureSeconds();
+    return product / reference;
+}
+
+// Always from the stored pixels, never from the last result: repeated changes must not add up rounding errors.
+unsigned int TBackgroundCorrectionProcessorUINT16::RecalculateScaledBackground() noexcept
+{
+    if (activeEntry == nullptr) {
+        scaledBackground.reset();
+        scaledBackgroundLength = 0;
+        return kSuccess;
+    }
+    const std::uint32_t width = static_cast<std::uint32_t>(regionWidth);
+    const std::uint32_t height = static_cast<std::uint32_t>(regionHeight);
+    const std::size_t length = TBackgroundCorrectionEntry::PixelCount(width, height); // 0: too large for memory
+    if (scaledBackground == nullptr || length != scaledBackgroundLength) {
+        scaledBackground.reset();
+        scaledBackground.reset(length > 0 ? new (std::nothrow) std::uint16_t[length] : nullptr);
+        scaledBackgroundLength = scaledBackground != nullptr ? length : 0;
+    }
+    if (scaledBackground == nullptr) {
+        return Fail(kOperationFailed, Messages::kErrorAllocating);
+    }
+    activeEntry->CopyRegion(scaledBackground.get(), static_cast<std::uint32_t>(regionLeft),
+                            static_cast<std::uint32_t>(regionTop), width, height, ScaleFactor());
+    return kSuccess;
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::ApplyCorrection(unsigned short* image, int imageLength,
+                                                                   unsigned short* output, int outputLength,
+                                                                   ICorrectionDelegate* delegate, bool useDelegate,
+                                                                   bool delegateProcessing, bool delegateOption)
+{
+    const TGuard guard(lock.Get());
+    if (headerOnly) {
+        return Fail(kHeaderOnlyMode, Messages::kHeaderOnly);
+    }
+    if (image == nullptr && !(useDelegate && !delegateProcessing)) {
+        return Fail(kFirstArgumentInvalid, Messages::kInputImageNull);
+    }
+    if (output != nullptr && imageLength != outputLength) {
+        return Fail(kFourthArgumentInvalid, Messages::kImageSizesDiffer);
+    }
+    if (std::int64_t{imageLength} != std::int64_t{regionWidth} * regionHeight) {
+        return Fail(kSecondArgumentInvalid, Messages::kImageSizeWrong);
+    }
+    const bool delegated = useDelegate && delegate != nullptr;
+    const std::size_t length = static_cast<std::size_t>(imageLength);
+    if (!correctionActive) {
+        if (output != nullptr && output != image && image != nullptr) {
+            std::memmove(output, image, length * sizeof *image);
+        }
+        return delegated && delegateProcessing ? delegate->ProcessInPlace(image, regionWidth, regionHeight) : kSuccess;
+    }
+    // An active correction without a background: the memory for it could not be had, or nothing has calculated it yet
+    // because the object was in header-only mode when the correction was chosen.
+    if (scaledBackground == nullptr || scaledBackgroundLength != length) {
+        return Fail(kOperationFailed, Messages::kErrorAllocating);
+    }
+    const std::uint16_t* const background = scaledBackground.get();
+    if (output == nullptr) {
+        if (delegated) {
+            return delegate->SubtractInPlace(image, background, regionWidth, regionHeight, delegateProcessing,
+                                             delegateOption);
+        }
+        if (image != nullptr) {
+            Kernels::SubtractInPlace(image, background, length);
+        }
+        return kSuccess;
+    }
+    if (delegated) {
+        return delegate->SubtractInto(output, image, background, regionWidth, regionHeight, delegateProcessing,
+                                      delegateOption);
+    }
+    if (image == output) {
+        Kernels::SubtractInPlace(image, background, length);
+    } else if (image != nullptr) {
+        Kernels::SubtractInto(output, image, background, length);
+    }
+    return kSuccess;
+}

@@ -1,0 +1,122 @@
+// The processor's calibration files.
+#include "processor/TBackgroundCorrectionProcessorUINT16.h"
+
+#include "boundary/Messages.h"
+#include "file/CalibrationFileReader.h"
+#include "file/CalibrationFileWriter.h"
+
+using namespace QX_KRLSDK;
+
+namespace {
+
+// What was written counts only once it is stored; an earlier failure says more than one of closing.
+unsigned int CloseAfter(TCalibrationFileWriter& writer, unsigned int result)
+{
+    const unsigned int closing = writer.Close();
+    return result != kSuccess ? result : closing;
+}
+
+} // namespace
+
+unsigned int TBackgroundCorrectionProcessorUINT16::SaveFile(const char* fileName)
+{
+    const TGuard guard(lock.Get());
+    if (headerOnly) {
+        return Fail(kHeaderOnlyMode, Messages::kHeaderOnly);
+    }
+    TCalibrationFileWriter writer({message, *fileMessage});
+    const unsigned int result = writer.Open(fileName, CalibrationFormat::kUngroupedVersion);
+    if (result != kSuccess) {
+        return result;
+    }
+    return CloseAfter(writer, writer.WriteCorrectionRecords(*corrections));
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::SaveGroupedFile(const char* path,
+                                                                   const std::vector<std::string>& groupingNames)
+{
+    const TGuard guard(lock.Get());
+    if (headerOnly) {
+        return Fail(kHeaderOnlyMode, Messages::kHeaderOnly);
+    }
+    TCalibrationFileWriter writer({message, *fileMessage});
+    unsigned int result = writer.Open(path, CalibrationFormat::kGroupedVersion);
+    if (result != kSuccess) {
+        return result;
+    }
+    result = writer.WriteGroupingNames(groupingNames);
+    if (result == kSuccess) {
+        result = writer.WriteCorrectionRecords(*corrections);
+    }
+    return CloseAfter(writer, result);
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadFileHeaderOnly(const char* fileName)
+{
+    return LoadUngroupedFile(fileName, true);
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadFile(const char* fileName)
+{
+    return LoadUngroupedFile(fileName, false);
+}
+
+// The mode is entered or left first and stays so whatever becomes of the file.
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadUngroupedFile(const char* path, bool enterHeaderOnly)
+{
+    const TGuard guard(lock.Get());
+    headerOnly = enterHeaderOnly;
+    TCalibrationFileReader reader({message, *fileMessage});
+    std::uint32_t structureVersion = CalibrationFormat::kUngroupedVersion;
+    const unsigned int result = reader.Open(path, structureVersion);
+    return result == kSuccess ? ReadCorrections(reader) : result;
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadGroupedFile(const char* path,
+                                                                   std::vector<std::string>& groupingNames,
+                                                                   std::uint32_t& structureVersion,
+                                                                   bool enterHeaderOnly)
+{
+    const TGuard guard(lock.Get());
+    structureVersion = CalibrationFormat::kGroupedVersion;
+    groupingNames.clear();
+    headerOnly = enterHeaderOnly;
+    TCalibrationFileReader reader({message, *fileMessage});
+    unsigned int result = reader.Open(path, structureVersion);
+    if (result == kStructureVersionWrong && structureVersion == CalibrationFormat::kUngroupedVersion) {
+        return ReadCorrections(reader);
+    }
+    if (result != kSuccess) {
+        return result;
+    }
+    result = reader.ReadGroupingNames(groupingNames);
+    if (result != kSuccess) {
+        groupingNames.clear();
+        return result;
+    }
+    return ReadCorrections(reader);
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadGroupedFileHeaderOnly(const char* path,
+                                                                             std::vector<std::string>& groupingNames,
+                                                                             std::uint32_t& structureVersion)
+{
+    return LoadGroupedFile(path, groupingNames, structureVersion, true);
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::LoadGroupedFileFull(const char* path,
+                                                                       std::vector<std::string>& groupingNames,
+                                                                       std::uint32_t& structureVersion)
+{
+    return LoadGroupedFile(path, groupingNames, structureVersion, false);
+}
+
+// Once the list was emptied, the active entry is gone whatever the result.
+unsigned int TBackgroundCorrectionProcessorUINT16::ReadCorrections(TCalibrationFileReader& reader)
+{
+    const unsigned int result = reader.ReadCorrectionRecords(*corrections, headerOnly);
+    if (reader.HasClearedList()) {
+        Deactivate();
+    }
+    return result;
+}

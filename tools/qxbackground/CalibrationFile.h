@@ -1,0 +1,25 @@
+#ifndef QXBACKGROUND_CALIBRATIONFILE_H
+#define QXBACKGROUND_CALIBRATIONFILE_H
+
+#include "Library.h"
+
+#include <string>
+
+namespace workbench {
+
+// Loads a calibration file with all its pixels. Throws TToolError naming the file when it does not load whole, or
+// belongs to an offline store.
+void LoadWhole(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path);
+
+// Saves all corrections of `object` beside `path`, checks what was written, and only then takes the old file's place.
+void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path);
+
+// Throws TToolError when `path` is a group file of an offline store, which the verbs of single files leave alone.
+void RefuseGroupFile(const std::string& path, std::uint32_t structureVersion);
+
+// A text with everything that is not printable shown as '?'.
+std::string Printable(std::string text);
+
+} // namespace workbench
+
+#endif

@@ -1,0 +1,48 @@
+#ifndef QXBACKGROUND_OPTIONS_H
+#define QXBACKGROUND_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// The exposure (seconds) and light intensity (percent) at which frames were taken.
+struct TConditions {
+    double exposureSeconds = 0;
+    double lightIntensityPercent = 0;
+
+    std::string Text() const;
+};
+
+// Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
+void AddConditions(CLI::App& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
+
+// A value that the library takes as a positive single-precision number: above 0 and finite.
+CLI::Validator Positive();
+
+// What is asked of the images to be corrected; shared by every verb that corrects.
+struct TCorrectOptions {
+    TConditions conditions;
+    int levelPercent = 100;
+    std::string region; // L,T,W,H
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string picture;
+    bool json = false;
+    bool noStatistics = false;
+};
+void AddCorrectOptions(CLI::App& verb, TCorrectOptions& options);
+
+// Throws TToolError when `output` is also one of `inputs`: a slip on the command line must not cost a measurement.
+void RefuseSameFile(const std::string& output, const std::vector<std::string>& inputs);
+
+// Throws TToolError when the key is empty or so long that the library's files would cut it.
+void CheckKey(const std::string& key);
+extern const char* const kKeyHelp;
+
+} // namespace workbench
+
+#endif

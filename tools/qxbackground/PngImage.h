@@ -1,0 +1,22 @@
+#ifndef QXBACKGROUND_PNGIMAGE_H
+#define QXBACKGROUND_PNGIMAGE_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// An 8-bit grayscale picture for the eye.
+struct TPicture {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint8_t> pixels;
+};
+
+// Writes a PNG file, whole or not at all. Throws TToolError.
+void WritePng(const std::string& path, const TPicture& picture);
+
+} // namespace workbench
+
+#endif

@@ -1,0 +1,253 @@
+#include "TiffImage.h"
+
+#include "ToolError.h"
+
+#include <tiffio.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+
+namespace workbench {
+
+// libtiff's file together with the last thing it complained about.
+struct TTiffHandle {
+    TIFF* tiff = nullptr;
+    std::string complaint;
+
+    TTiffHandle() = default;
+    TTiffHandle(const TTiffHandle&) = delete;
+    TTiffHandle& operator=(const TTiffHandle&) = delete;
+    ~TTiffHandle()
+    {
+        if (tiff != nullptr)
+            TIFFClose(tiff);
+    }
+
+    void Open(const char* path, const char* mode);
+};
+
+namespace {
+
+// The first complaint of an operation is the telling one; what follows are consequences.
+int KeepComplaint(TIFF*, void* user, const char*, const char* format, va_list arguments)
+{
+    auto* const handle = static_cast<TTiffHandle*>(user);
+    if (handle->complaint.empty()) {
+        char text[512] = "";
+        std::vsnprintf(text, sizeof text, format, arguments);
+        handle->complaint = text;
+    }
+    return 1;
+}
+
+int DropWarning(TIFF*, void*, const char*, const char*, va_list)
+{
+    return 1;
+}
+
+// The tag's value, or what the format says when it is absent.
+template <class T> T Tag(TIFF* tiff, std::uint32_t tag, T absent)
+{
+    T value = absent;
+    return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : absent;
+}
+
+} // namespace
+
+void TTiffHandle::Open(const char* path, const char* mode)
+{
+    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
+    if (options == nullptr)
+        throw std::bad_alloc();
+    TIFFOpenOptionsSetErrorHandlerExtR(options, &KeepComplaint, this);
+    TIFFOpenOptionsSetWarningHandlerExtR(options, &DropWarning, this);
+    tiff = TIFFOpenExt(path, mode, options);
+    TIFFOpenOptionsFree(options);
+}
+
+TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_unique<TTiffHandle>())
+{
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (!std::filesystem::exists(status))
+        throw TToolError(path, "cannot be opened: " + std::generic_category().message(ENOENT));
+    if (!std::filesystem::is_regular_file(status))
+        throw TToolError(path, "is not a regular file");
+    fileBytes = std::filesystem::file_size(path, error);
+    if (std::FILE* const probe = std::fopen(path.c_str(), "rb"))
+        std::fclose(probe);
+    else
+        throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
+    file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
+    if (file->tiff == nullptr)
+        throw TToolError(path, "is not a readable TIFF file: " + file->complaint);
+}
+
+TTiffReader::~TTiffReader() = default;
+
+void TTiffReader::Fail(const std::string& what) const
+{
+    throw TToolError(path, page, what);
+}
+
+bool TTiffReader::NextPage()
+{
+    if (page > 0) {
+        file->complaint.clear();
+        const bool last = TIFFLastDirectory(file->tiff) != 0;
+        if (last)
+            return false;
+        ++page;
+        if (TIFFReadDirectory(file->tiff) != 1)
+            Fail("cannot be read: " + (file->complaint.empty() ? "damaged page header" : file->complaint));
+    } else {
+        page = 1;
+    }
+    CheckFormat();
+    return true;
+}
+
+void TTiffReader::CheckFormat()
+{
+    TIFF* const tiff = file->tiff;
+    const auto width = Tag<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH, 0);
+    const auto height = Tag<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0);
+    const auto bits = Tag<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+    const auto samples = Tag<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    const auto photometric = Tag<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    if (samples != 1)
+        Fail("has " + std::to_string(samples) + " samples per pixel; 16-bit grayscale is needed");
+    if (bits != 16)
+        Fail("has " + std::to_string(bits) + " bits per pixel; 16-bit grayscale is needed");
+    if (Tag<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT) != SAMPLEFORMAT_UINT)
+        Fail("does not hold unsigned integers; 16-bit grayscale is needed");
+    if (photometric != PHOTOMETRIC_MINISBLACK)
+        Fail("is not grayscale with black as zero (photometric " + std::to_string(photometric) + ")");
+    // Image lengths cross the library's interface as int.
+    constexpr std::uint64_t kMostPixels = std::numeric_limits<int>::max();
+    if (width == 0 || height == 0 || std::uint64_t{width} * height > kMostPixels)
+        Fail("has an impossible size of " + std::to_string(width) + " x " + std::to_string(height));
+    const auto compression = Tag<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    if (compression == COMPRESSION_NONE && std::uint64_t{width} * height * 2 > fileBytes)
+        Fail("claims more pixels than the file holds");
+    if (!TIFFIsCODECConfigured(compression))
+        Fail("uses a compression (" + std::to_string(compression) + ") that cannot be read here");
+    size = {static_cast<int>(width), static_cast<int>(height)};
+}
+
+void TTiffReader::Read(TImage& image)
+{
+    file->complaint.clear();
+    try {
+        image.size = size;
+        image.pixels.resize(size.Pixels());
+    } catch (const std::bad_alloc&) {
+        Fail("there is not enough memory for " + size.Text() + " pixels");
+    }
+    if (TIFFIsTiled(file->tiff))
+        ReadTiles(image);
+    else
+        ReadStrips(image);
+}
+
+void TTiffReader::ReadStrips(TImage& image)
+{
+    TIFF* const tiff = file->tiff;
+    const auto rows =
+        std::min(Tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0xFFFFFFFFu), static_cast<std::uint32_t>(size.height));
+    if (rows == 0)
+        Fail("has strips without rows");
+    const auto width = static_cast<std::size_t>(size.width);
+    std::uint32_t strip = 0;
+    for (std::uint32_t top = 0; top < static_cast<std::uint32_t>(size.height); top += rows, ++strip) {
+        const std::size_t wanted = std::min<std::size_t>(rows, static_cast<std::size_t>(size.height) - top) * width * 2;
+        const tmsize_t got =
+            TIFFReadEncodedStrip(tiff, strip, image.pixels.data() + top * width, static_cast<tmsize_t>(wanted));
+        if (got < 0 || static_cast<std::size_t>(got) != wanted || !file->complaint.empty())
+            Fail("its pixels cannot be read: " + (file->complaint.empty() ? "too few" : file->complaint));
+    }
+}
+
+void TTiffReader::ReadTiles(TImage& image)
+{
+    TIFF* const tiff = file->tiff;
+    const auto tileWidth = Tag<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 0);
+    const auto tileHeight = Tag<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 0);
+    const tmsize_t tileBytes = TIFFTileSize(tiff);
+    if (tileWidth == 0 || tileHeight == 0 || tileBytes <= 0)
+        Fail("has tiles without pixels");
+    const auto width = static_cast<std::size_t>(size.width);
+    const auto height = static_cast<std::size_t>(size.height);
+    // No larger than the image, or one block of nothing would cost more memory than the page it belongs to.
+    if (tileWidth > width + 65536 || tileHeight > height + 65536)
+        Fail("has tiles far larger than the page");
+    std::vector<std::uint16_t> tile(static_cast<std::size_t>(tileBytes) / 2);
+    for (std::size_t top = 0; top < height; top += tileHeight) {
+        for (std::size_t left = 0; left < width; left += tileWidth) {
+            const tmsize_t got = TIFFReadTile(tiff, tile.data(), static_cast<std::uint32_t>(left),
+                                              static_cast<std::uint32_t>(top), 0, 0);
+            if (got != tileBytes || !file->complaint.empty())
+                Fail("its pixels cannot be read: " + (file->complaint.empty() ? "too few" : file->complaint));
+            const std::size_t columns = std::min<std::size_t>(tileWidth, width - left);
+            const std::size_t rows = std::min<std::size_t>(tileHeight, height - top);
+            for (std::size_t row = 0; row < rows; ++row)
+                std::copy_n(tile.data() + row * tileWidth, columns, image.pixels.data() + (top + row) * width + left);
+        }
+    }
+}
+
+TTiffWriter::TTiffWriter(const std::string& name, std::uint64_t expectedBytes)
+    : path(name), replaced(name), file(std::make_unique<TTiffHandle>())
+{
+    constexpr std::uint64_t kClassicTiffEnds = 4'000'000'000u; // leaves room for the page headers below 2^32
+    const std::string temporary = replaced.Temporary().string();
+    file->Open(temporary.c_str(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
+    if (file->tiff == nullptr)
+        throw TToolError(path, "cannot be created: " + file->complaint);
+}
+
+TTiffWriter::~TTiffWriter()
+{
+    file.reset(); // closed before its temporary name goes
+}
+
+void TTiffWriter::Write(const TImage& image)
+{
+    ++page;
+    TIFF* const tiff = file->tiff;
+    file->complaint.clear();
+    const auto rows = static_cast<std::uint32_t>(image.size.height);
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.size.width));
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, rows);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 16);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
+    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rows);
+    // libtiff takes the pixels through a pointer to non-const but only swaps bytes of other files' byte order.
+    auto* const pixels = const_cast<std::uint16_t*>(image.pixels.data());
+    const auto bytes = static_cast<tmsize_t>(image.pixels.size() * sizeof(std::uint16_t));
+    if (TIFFWriteEncodedStrip(tiff, 0, pixels, bytes) != bytes || TIFFWriteDirectory(tiff) != 1 ||
+        !file->complaint.empty())
+        throw TToolError(path, page, "cannot be written: " + file->complaint);
+}
+
+void TTiffWriter::Close()
+{
+    file->complaint.clear();
+    TIFFFlush(file->tiff);
+    if (!file->complaint.empty())
+        throw TToolError(path, "cannot be written: " + file->complaint);
+    file = std::make_unique<TTiffHandle>();
+    replaced.Commit();
+}
+
+} // namespace workbench

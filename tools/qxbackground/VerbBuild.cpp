@@ -1,0 +1,58 @@
+// qxbackground build: makes a calibration file, or adds a correction to one.
+#include "CalibrationFile.h"
+#include "FrameStack.h"
+#include "Options.h"
+#include "Verbs.h"
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    std::string key;
+    TConditions conditions;
+    std::vector<std::string> darks;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    CheckKey(options.key);
+    RefuseSameFile(options.file, options.darks);
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    const bool adds = std::filesystem::exists(options.file);
+    if (adds)
+        LoadWhole(object, options.file);
+    const TFrameStack stack = ReadFrames(options.darks);
+    Call(options.file, [&] {
+        object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+                   static_cast<float>(options.conditions.exposureSeconds),
+                   static_cast<float>(options.conditions.lightIntensityPercent));
+    });
+    SaveReplacing(object, options.file);
+    std::cout << (adds ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
+              << stack.frames.size() << " dark frames of " << stack.size.Text() << " pixels ("
+              << options.conditions.Text() << "): " << options.file << " holds "
+              << object.Get().GetNumberOfCorrections() << " corrections\n";
+}
+
+} // namespace
+
+void AddBuildVerb(CLI::App& app, const TContext& context)
+{
+    CLI::App* const verb =
+        app.add_subcommand("build", "Build a correction from dark frames and keep it in a calibration file");
+    const auto options = std::make_shared<TOptions>();
+    verb->add_option("file", options->file, "Calibration file: created, or added to when it exists")->required();
+    verb->add_option("--key", options->key, kKeyHelp)->required();
+    AddConditions(*verb, "", "the dark frames", options->conditions);
+    verb->add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+        ->required();
+    verb->callback([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

@@ -1,0 +1,53 @@
+// qxbackground correct: dark frames in, corrected images out, nothing kept.
+#include "CorrectionRun.h"
+#include "FrameStack.h"
+#include "Verbs.h"
+
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+constexpr char kKey[] = "dark";
+
+struct TOptions {
+    std::vector<std::string> darks;
+    TConditions darkConditions;
+    TCorrectOptions correct;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    RefuseSameFile(options.correct.output, options.darks);
+    RefuseSameFile(options.correct.output, options.correct.inputs);
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    const std::string what = [&] {
+        const TFrameStack stack = ReadFrames(options.darks); // freed once the correction is built
+        Call(options.darks.front(), [&] {
+            object.Add(kKey, stack.Pointers(), stack.size.width, stack.size.height,
+                       static_cast<float>(options.darkConditions.exposureSeconds),
+                       static_cast<float>(options.darkConditions.lightIntensityPercent));
+        });
+        return std::to_string(stack.frames.size()) + " dark frame" + (stack.frames.size() == 1 ? "" : "s") + " (" +
+               options.darkConditions.Text() + ")";
+    }();
+    Call(what, [&] { object.SetActive(kKey); });
+    CorrectImages(object, options.correct, what);
+}
+
+} // namespace
+
+void AddCorrectVerb(CLI::App& app, const TContext& context)
+{
+    CLI::App* const verb = app.add_subcommand("correct", "Build a correction from dark frames and apply it to images");
+    const auto options = std::make_shared<TOptions>();
+    verb->add_option("--dark", options->darks,
+                     "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
+        ->required();
+    AddConditions(*verb, "dark-", "the dark frames", options->darkConditions);
+    AddCorrectOptions(*verb, options->correct);
+    verb->callback([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

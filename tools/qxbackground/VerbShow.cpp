@@ -1,0 +1,96 @@
+// qxbackground show: one stored correction in numbers, as a histogram and as a picture.
+#include "CalibrationFile.h"
+#include "Contrast.h"
+#include "CorrectionRun.h"
+#include "PngImage.h"
+#include "Statistics.h"
+#include "Verbs.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    std::string key;
+    std::string picture;
+};
+
+// Bars over the values between the 0.1st and the 99.9th percentile; what lies outside is counted in words.
+std::string HistogramText(const THistogram& histogram)
+{
+    constexpr int kBars = 20;
+    constexpr std::uint64_t kLongestBar = 50;
+    const int low = histogram.Percentile(0.001), high = histogram.Percentile(0.999);
+    const int step = std::max(1, (high - low + kBars) / kBars);
+    std::vector<std::uint64_t> bars;
+    std::uint64_t most = 1, inside = 0;
+    for (int from = low; from <= high; from += step) {
+        std::uint64_t count = 0;
+        for (int value = from; value < std::min(from + step, 65536); ++value)
+            count += histogram.CountOf(static_cast<std::uint16_t>(value));
+        bars.push_back(count);
+        most = std::max(most, count);
+        inside += count;
+    }
+    std::string text;
+    char line[64];
+    for (std::size_t bar = 0; bar < bars.size(); ++bar) {
+        const int from = low + static_cast<int>(bar) * step;
+        std::snprintf(line, sizeof line, "  %5d ... %5d  %10llu ", from, std::min(from + step - 1, 65535),
+                      static_cast<unsigned long long>(bars[bar]));
+        const std::uint64_t length = bars[bar] == 0 ? 0 : std::max<std::uint64_t>(1, bars[bar] * kLongestBar / most);
+        text += line + std::string(static_cast<std::size_t>(length), '#') + "\n";
+    }
+    std::snprintf(line, sizeof line, "  outside          %10llu\n",
+                  static_cast<unsigned long long>(histogram.Count() - inside));
+    return text + line;
+}
+
+void Run(const TContext& context, const TOptions& options)
+{
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    LoadWhole(object, options.file);
+    const std::string about = options.file + ": key '" + options.key + "'";
+    TImage background;
+    QX_KRLSDK::TBackgroundCorrection::TReference reference;
+    Call(about, [&] {
+        object.SetActive(options.key);
+        reference = object.Reference();
+        // At its own exposure and intensity the background is scaled by exactly 1.
+        object.SetExposureAndIntensity(reference.exposureSeconds, reference.lightIntensityPercent);
+        background = ScaledBackground(object);
+    });
+    TSeriesStatistics statistics;
+    statistics.Add(background);
+    const TConditions conditions{static_cast<double>(reference.exposureSeconds),
+                                 static_cast<double>(reference.lightIntensityPercent)};
+    std::cout << "'" << Printable(object.Get().GetActiveCorrectionKey()) << "' in " << options.file << ": "
+              << background.size.Text() << " pixels, taken at " << conditions.Text() << "\n"
+              << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
+    if (!options.picture.empty()) {
+        const TStretch stretch = StretchOf(background);
+        WritePng(options.picture, Render(background, stretch));
+        std::cout << "Picture: " << options.picture << " (black " << stretch.black << ", white " << stretch.white
+                  << " ADU)\n";
+    }
+}
+
+} // namespace
+
+void AddShowVerb(CLI::App& app, const TContext& context)
+{
+    CLI::App* const verb = app.add_subcommand("show", "Show one stored correction: statistics, histogram, picture");
+    const auto options = std::make_shared<TOptions>();
+    verb->add_option("file", options->file, "Calibration file")->required();
+    verb->add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    verb->add_option("-o,--output", options->picture, "Write a PNG picture of it");
+    verb->callback([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

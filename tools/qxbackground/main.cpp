@@ -1,0 +1,62 @@
+// qxbackground, the command-line workbench: uses the library as any host would, through its exports.
+#include "Progress.h"
+#include "Verbs.h"
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+
+namespace {
+
+constexpr int kFailed = 2;
+
+// One line, whatever the text held.
+int Report(std::string text)
+{
+    for (char& character : text) {
+        if (static_cast<unsigned char>(character) < ' ')
+            character = ' ';
+    }
+    std::fprintf(stderr, "qxbackground: %s\n", text.c_str());
+    return kFailed;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments)
+{
+    using namespace workbench;
+    TContext context;
+    CLI::App app("Background correction of 16-bit camera images from the command line.\n"
+                 "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line that "
+                 "says why.",
+                 "qxbackground");
+    app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str();
+    app.require_subcommand(1);
+    AddCorrectVerb(app, context);
+    AddBuildVerb(app, context);
+    AddListVerb(app, context);
+    AddShowVerb(app, context);
+    AddApplyVerb(app, context);
+    AddImportVerb(app, context);
+    AddDeleteVerb(app, context);
+    AddCheckVerb(app, context);
+    AddSimulateVerb(app);
+
+    CatchInterrupts();
+    try {
+        app.parse(argumentCount, arguments);
+        if (std::fflush(stdout) != 0)
+            return Report("cannot write to the standard output");
+        return context.status;
+    } catch (const CLI::Success& success) { // help was asked for
+        return app.exit(success);
+    } catch (const CLI::ParseError& error) {
+        return Report(error.what());
+    } catch (const std::bad_alloc&) {
+        return Report("there is not enough memory");
+    } catch (const std::exception& error) {
+        return Report(error.what());
+    }
+}

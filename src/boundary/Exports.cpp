@@ -5,7 +5,10 @@
 #include "boundary/Messages.h"
 #include "boundary/RunTimeType.h"
 #include "boundary/TMessageBuffer.h"
+#include "offline/TBackgroundCorrectionFileManager.h"
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
+
+#include <memory>
 
 using namespace QX_KRLSDK;
 
@@ -22,6 +25,14 @@ QX_EXPORT QX_IBackgroundCorrection* CreateBackgroundCorrection()
     return new TBackgroundCorrectionProcessorUINT16;
 }
 
+// A refused grouping name is not reported: the store is there, with the names before it.
+QX_EXPORT QX_IBackgroundCorrection* CreateBackgroundCorrectionOffline(char** groupingParameters, int count)
+{
+    auto store = std::make_unique<TBackgroundCorrectionFileManager>();
+    store->SetGroupingParameters(groupingParameters, count);
+    return store.release();
+}
+
 QX_EXPORT unsigned int DeleteBackgroundCorrection(QX_IBackgroundCorrection* object)
 {
     if (object == nullptr) {
@@ -29,6 +40,10 @@ QX_EXPORT unsigned int DeleteBackgroundCorrection(QX_IBackgroundCorrection* obje
     }
     if (auto* const processor = RunTimeType::Cast<TBackgroundCorrectionProcessorUINT16>(object)) {
         delete processor;
+        return kSuccess;
+    }
+    if (auto* const store = RunTimeType::Cast<TBackgroundCorrectionFileManager>(object)) {
+        delete store;
         return kSuccess;
     }
     libraryMessage.Format(Messages::kNotAnInstance);

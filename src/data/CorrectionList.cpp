@@ -7,19 +7,9 @@
 #include <new>
 #include <utility>
 
-bool TCorrectionList::TKeyOrder::operator()(TNodes::iterator left, TNodes::iterator right) const noexcept
+int TCorrectionList::TKeyOrder::Compare(const char* left, const char* right) noexcept
 {
-    return Platform::CompareIgnoringCase(left->entry.Key(), right->entry.Key()) < 0;
-}
-
-bool TCorrectionList::TKeyOrder::operator()(TNodes::iterator left, const char* right) const noexcept
-{
-    return Platform::CompareIgnoringCase(left->entry.Key(), right) < 0;
-}
-
-bool TCorrectionList::TKeyOrder::operator()(const char* left, TNodes::iterator right) const noexcept
-{
-    return Platform::CompareIgnoringCase(left, right->entry.Key()) < 0;
+    return Platform::CompareIgnoringCase(left, right);
 }
 
 void TCorrectionList::CreateAndAddEntry(const char* key, const std::uint16_t* const* frames, std::uint32_t frameCount,
@@ -37,23 +27,21 @@ void TCorrectionList::CreateAndAddEntry(const char* key, const std::uint16_t* co
 
 void TCorrectionList::AddEntry(const TBackgroundCorrectionEntry& entry)
 {
-    if (FindEntry(entry.Key()) != nullptr) {
-        throw TZRException(Messages::kKeyNotUnique, entry.Key());
-    }
-    try {
-        Append(entry);
-    } catch (const std::bad_alloc&) {
-        throw TZRException(Messages::kOutOfMemoryAdding);
-    }
+    AddUnique(entry);
 }
 
 void TCorrectionList::AddEntry(TBackgroundCorrectionEntry&& entry)
+{
+    AddUnique(std::move(entry));
+}
+
+template <typename TSource> void TCorrectionList::AddUnique(TSource&& entry)
 {
     if (FindEntry(entry.Key()) != nullptr) {
         throw TZRException(Messages::kKeyNotUnique, entry.Key());
     }
     try {
-        Append(std::move(entry));
+        entries.Append(std::forward<TSource>(entry));
     } catch (const std::bad_alloc&) {
         throw TZRException(Messages::kOutOfMemoryAdding);
     }
@@ -61,38 +49,26 @@ void TCorrectionList::AddEntry(TBackgroundCorrectionEntry&& entry)
 
 TBackgroundCorrectionEntry* TCorrectionList::FindEntry(const char* key) const noexcept
 {
-    const auto found = keys.find(key);
-    return found == keys.end() ? nullptr : &(*found)->entry;
+    return entries.Find(key);
 }
 
 int TCorrectionList::RemoveEntry(const char* key) noexcept
 {
-    const auto found = keys.find(key);
-    if (found == keys.end()) {
-        return -1;
-    }
-    const TNodes::iterator node = *found;
-    keys.erase(found);
-    positions.Remove(node->slot);
-    nodes.erase(node);
-    if (positions.IsWorthRenumbering()) {
-        Renumber();
-    }
-    return 0;
+    return entries.Remove(key) > 0 ? 0 : -1;
 }
 
 int TCorrectionList::ImportEntries(const TCorrectionList& source, bool overwrite)
 {
     try {
         // Nothing is appended when the source is this list: every one of its keys is found.
-        for (const TNode& node : source.nodes) {
-            TBackgroundCorrectionEntry* const existing = FindEntry(node.entry.Key());
+        source.entries.ForEach([this, overwrite](const TBackgroundCorrectionEntry& entry) {
+            TBackgroundCorrectionEntry* const existing = FindEntry(entry.Key());
             if (existing == nullptr) {
-                Append(node.entry);
+                entries.Append(entry);
             } else if (overwrite) {
-                *existing = node.entry;
+                *existing = entry;
             }
-        }
+        });
     } catch (const std::bad_alloc&) {
         throw TZRException(Messages::kOutOfMemoryImporting);
     }
@@ -101,44 +77,13 @@ int TCorrectionList::ImportEntries(const TCorrectionList& source, bool overwrite
 
 void TCorrectionList::ClearEntries() noexcept
 {
-    keys.clear();
-    positions.Clear();
-    slots.clear();
-    nodes.clear();
+    entries.Clear();
 }
 
 TBackgroundCorrectionEntry& TCorrectionList::EntryAt(std::size_t index) const
 {
-    if (index >= nodes.size()) {
-        throw TZRException(Messages::kIndexOutOfRange, static_cast<int>(index), static_cast<int>(nodes.size()));
+    if (index >= Count()) {
+        throw TZRException(Messages::kIndexOutOfRange, static_cast<int>(index), static_cast<int>(Count()));
     }
-    return slots[positions.SlotAt(index)]->entry;
-}
-
-// The room in the two tables is made first and the node last, so that a failure leaves everything as it was.
-template <typename TSource> void TCorrectionList::Append(TSource&& entry)
-{
-    positions.ReserveOne();
-    if (slots.size() == slots.capacity()) {
-        slots.reserve(slots.empty() ? 16 : slots.size() * 2);
-    }
-    const TNodes::iterator node = nodes.emplace(nodes.end(), std::forward<TSource>(entry));
-    try {
-        keys.insert(node);
-    } catch (...) {
-        nodes.erase(node);
-        throw;
-    }
-    node->slot = positions.Append();
-    slots.push_back(node);
-}
-
-void TCorrectionList::Renumber() noexcept
-{
-    positions.Clear();
-    slots.clear();
-    for (TNodes::iterator node = nodes.begin(); node != nodes.end(); ++node) {
-        node->slot = positions.Append();
-        slots.push_back(node);
-    }
+    return entries.At(index);
 }

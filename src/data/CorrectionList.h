@@ -3,13 +3,10 @@
 #define DATA_CORRECTIONLIST_H
 
 #include "data/BackgroundCorrectionEntry.h"
-#include "data/PositionIndex.h"
+#include "data/OrderedRegister.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <list>
-#include <set>
-#include <vector>
 
 // Ordered corrections, unique by key (case ignored).
 //
@@ -45,36 +42,20 @@ public:
 
     void ClearEntries() noexcept;
 
-    std::size_t Count() const noexcept { return nodes.size(); }
+    std::size_t Count() const noexcept { return entries.Count(); }
 
     // The entry at a position from 0. Throws TZRException when `index` is not below Count().
     TBackgroundCorrectionEntry& EntryAt(std::size_t index) const;
 
 private:
-    struct TNode {
-        explicit TNode(const TBackgroundCorrectionEntry& source) : entry(source) {}
-        explicit TNode(TBackgroundCorrectionEntry&& source) noexcept
-            : entry(static_cast<TBackgroundCorrectionEntry&&>(source))
-        {}
-
-        TBackgroundCorrectionEntry entry;
-        std::size_t slot = 0;
-    };
-    using TNodes = std::list<TNode>;
     struct TKeyOrder {
-        using is_transparent = void;
-        bool operator()(TNodes::iterator left, TNodes::iterator right) const noexcept;
-        bool operator()(TNodes::iterator left, const char* right) const noexcept;
-        bool operator()(const char* left, TNodes::iterator right) const noexcept;
+        static const char* Text(const TBackgroundCorrectionEntry& entry) noexcept { return entry.Key(); }
+        static int Compare(const char* left, const char* right) noexcept;
     };
 
-    template <typename TSource> void Append(TSource&& entry);
-    void Renumber() noexcept;
+    template <typename TSource> void AddUnique(TSource&& entry);
 
-    TNodes nodes;                               // insertion order is file order
-    std::set<TNodes::iterator, TKeyOrder> keys; // every node, by key
-    TPositionIndex positions;                   // of the nodes' slots
-    std::vector<TNodes::iterator> slots;        // node of each slot; dead slots hold anything
+    TOrderedRegister<TBackgroundCorrectionEntry, TKeyOrder> entries; // insertion order is file order
 };
 
 #endif

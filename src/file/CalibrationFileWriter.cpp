@@ -42,17 +42,32 @@ unsigned int TCalibrationFileWriter::WriteGroupingNames(const std::vector<std::s
 
 unsigned int TCalibrationFileWriter::WriteCorrectionRecords(const TCorrectionList& corrections)
 {
-    const std::uint32_t count = static_cast<std::uint32_t>(corrections.Count());
+    return WriteCorrections(corrections, static_cast<std::uint32_t>(corrections.Count()),
+                            [](std::uint32_t index) { return std::size_t{index}; });
+}
+
+unsigned int TCalibrationFileWriter::WriteCorrectionRecords(const TCorrectionList& corrections,
+                                                            const std::vector<std::size_t>& positions)
+{
+    return WriteCorrections(corrections, static_cast<std::uint32_t>(positions.size()),
+                            [&positions](std::uint32_t index) { return positions[index]; });
+}
+
+template <typename TPositionOf>
+unsigned int TCalibrationFileWriter::WriteCorrections(const TCorrectionList& corrections, std::uint32_t count,
+                                                      TPositionOf positionOf)
+{
     if (!WriteNumber(Format::kCorrectionCount, count)) {
         return kShortReadOrWrite;
     }
     TBackgroundCorrectionEntry copy;
     for (std::uint32_t index = 0; index < count; ++index) {
-        if (index >= static_cast<std::uint32_t>(corrections.Count())) {
+        const std::size_t position = positionOf(index);
+        if (position >= corrections.Count()) {
             messages.main.Format(Messages::kListEndedWhileSaving);
             return kListEndedWhileSaving;
         }
-        copy = corrections.EntryAt(index);
+        copy = corrections.EntryAt(position);
         if (!WriteEntry(copy)) {
             return kShortReadOrWrite;
         }

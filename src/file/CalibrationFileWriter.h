@@ -28,6 +28,9 @@ public:
     // of a copy that finds no memory through.
     unsigned int WriteCorrectionRecords(const TCorrectionList& corrections);
 
+    // The same for the corrections at some positions of the list, in the order of `positions`.
+    unsigned int WriteCorrectionRecords(const TCorrectionList& corrections, const std::vector<std::size_t>& positions);
+
     // -1 when bytes written before turn out not to be stored.
     unsigned int Close();
 
@@ -38,6 +41,8 @@ private:
     bool WriteFloat(const CalibrationFormat::TRecord& record, float value);
     bool WriteBackground(TBackgroundCorrectionEntry& entry);
     bool WriteEntry(TBackgroundCorrectionEntry& entry);
+    template <typename TPositionOf>
+    unsigned int WriteCorrections(const TCorrectionList& corrections, std::uint32_t count, TPositionOf positionOf);
     bool Item(bool written, const char* text);
 
     CalibrationFile::TMessages messages;

@@ -146,6 +146,13 @@ TBackgroundCorrectionEntry* TBackgroundCorrectionProcessorUINT16::GetEntryAt(uns
     return index < static_cast<unsigned int>(corrections->Count()) ? &corrections->EntryAt(index) : nullptr;
 }
 
+TBackgroundCorrectionEntry* TBackgroundCorrectionProcessorUINT16::FindEntrySpelled(const char* key)
+{
+    const TGuard guard(lock.Get());
+    TBackgroundCorrectionEntry* const found = corrections->FindEntry(key);
+    return found != nullptr && std::strcmp(found->Key(), key) == 0 ? found : nullptr;
+}
+
 unsigned int TBackgroundCorrectionProcessorUINT16::AddEntryCopy(const TBackgroundCorrectionEntry& entry)
 {
     const TGuard guard(lock.Get());

@@ -16,6 +16,13 @@ unsigned int CloseAfter(TCalibrationFileWriter& writer, unsigned int result)
     return result != kSuccess ? result : closing;
 }
 
+unsigned int OpenGrouped(TCalibrationFileWriter& writer, const char* path,
+                         const std::vector<std::string>& groupingNames)
+{
+    const unsigned int result = writer.Open(path, CalibrationFormat::kGroupedVersion);
+    return result == kSuccess ? writer.WriteGroupingNames(groupingNames) : result;
+}
+
 } // namespace
 
 unsigned int TBackgroundCorrectionProcessorUINT16::SaveFile(const char* fileName)
@@ -40,13 +47,23 @@ unsigned int TBackgroundCorrectionProcessorUINT16::SaveGroupedFile(const char* p
         return Fail(kHeaderOnlyMode, Messages::kHeaderOnly);
     }
     TCalibrationFileWriter writer({message, *fileMessage});
-    unsigned int result = writer.Open(path, CalibrationFormat::kGroupedVersion);
-    if (result != kSuccess) {
-        return result;
-    }
-    result = writer.WriteGroupingNames(groupingNames);
+    unsigned int result = OpenGrouped(writer, path, groupingNames);
     if (result == kSuccess) {
         result = writer.WriteCorrectionRecords(*corrections);
+    }
+    return CloseAfter(writer, result);
+}
+
+unsigned int TBackgroundCorrectionProcessorUINT16::SaveGroupedFileOf(const char* path,
+                                                                     const std::vector<std::string>& groupingNames,
+                                                                     const std::vector<std::size_t>& positions)
+{
+    const TGuard guard(lock.Get());
+    TObjectMessageBuffer unread;
+    TCalibrationFileWriter writer({unread, unread});
+    unsigned int result = OpenGrouped(writer, path, groupingNames);
+    if (result == kSuccess) {
+        result = writer.WriteCorrectionRecords(*corrections, positions);
     }
     return CloseAfter(writer, result);
 }

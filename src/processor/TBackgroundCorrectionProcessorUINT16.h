@@ -63,6 +63,11 @@ public:
     // Writes a file of structure version 2, with the grouping names before the corrections. Codes as SaveFile.
     unsigned int SaveGroupedFile(const char* path, const std::vector<std::string>& groupingNames);
 
+    // The same for the corrections at some positions only, in that order. Leaves no text: it stands for saving another
+    // processor that holds just these.
+    unsigned int SaveGroupedFileOf(const char* path, const std::vector<std::string>& groupingNames,
+                                   const std::vector<std::size_t>& positions);
+
     // Loads a file of structure version 2 or 1, and enters or leaves header-only mode, also when that fails.
     // `groupingNames` becomes the names that the file records: none for version 1, and none after a failure to read
     // them. `structureVersion` becomes 2, or the file's version on 772. Codes as LoadFile; 772 for any other version.
@@ -76,6 +81,9 @@ public:
 
     // The entry at a position, or null. Valid until it is removed.
     TBackgroundCorrectionEntry* GetEntryAt(unsigned int index);
+
+    // The entry whose key is spelled exactly so, or null. Valid until it is removed.
+    TBackgroundCorrectionEntry* FindEntrySpelled(const char* key);
 
     // Adds a copy of an entry, also in header-only mode. 1024 when the key is taken or memory runs out.
     unsigned int AddEntryCopy(const TBackgroundCorrectionEntry& entry);

@@ -1,0 +1,7 @@
+#include "platform/PathText.h"
+
+namespace Platform {
+
+void UseBackslashes(std::string&) {}
+
+} // namespace Platform

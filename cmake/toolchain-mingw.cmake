@@ -5,6 +5,7 @@ set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
 
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix) # GoogleTest asks for one
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
 # One self-contained program, and arithmetic in SSE registers: the old register stack rounds differently.

@@ -18,4 +18,7 @@ mkdir -p "$WINEPREFIX"
     fi
 ) 9>"$WINEPREFIX/.start-lock" </dev/null >/dev/null 2>&1
 
+# Tests of exhausted memory need memory to have an end.
+[ -z "${WINE_ADDRESS_SPACE_MB:-}" ] || ulimit -v $((WINE_ADDRESS_SPACE_MB * 1024))
+
 exec wine "$@"

@@ -12,6 +12,8 @@
 // The headers define a function of this name, which the compiler has built in.
 #define _InterlockedCompareExchange128 InterlockedCompareExchange128OfTheHeaders
 
+#include <corecrt.h>
+#include <stdarg.h>
 #include <stddef.h>
 
 typedef struct {
@@ -23,6 +25,9 @@ struct timespec {
     long long tv_sec;
     long tv_nsec;
 };
+
+// Formatting in a given locale, FormattedOutput.cpp.
+extern "C" int _vsnprintf_l(char* buffer, size_t size, const char* format, _locale_t locale, va_list arguments);
 
 // In this ABI libc++ takes the classification of numbers from the C headers, as templates.
 extern "C++" {

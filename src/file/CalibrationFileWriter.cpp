@@ -95,7 +95,7 @@ bool TCalibrationFileWriter::WriteBackground(TBackgroundCorrectionEntry& entry)
     if (!WriteRecordHeader(Format::kBackground, length)) {
         return false;
     }
-    if (length == 0) {
+    if (entry.Width() == 0 || entry.Height() == 0) { // not `length == 0`: a product that wraps is not nothing
         return true;
     }
     if (!entry.HasPixels()) {

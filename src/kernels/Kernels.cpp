@@ -1,66 +1,74 @@
+// Chooses the kernels for the processor at hand and calls them.
 #include "kernels/Kernels.h"
 
+#include "kernels/Dispatch.h"
+#include "kernels/PlainKernels.h"
+#include "platform/InstructionSet.h"
+
 #include <algorithm>
-#include <cmath>
-#include <cstring>
 
 namespace Kernels {
 
-namespace {
+std::atomic<const TKernelTable*> chosenTable{nullptr};
 
-// Frames are added tile by tile so that the running sums stay in the first-level cache and need no whole image.
-constexpr std::size_t kAverageTileLength = 4096;
-
-std::uint16_t MedianOfNine(std::uint16_t (&window)[9])
+const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept
 {
-    std::nth_element(window, window + 4, window + 9);
-    return window[4];
+#ifdef QX_KERNELS_FOR_X86
+    switch (instructionSet) {
+    case Platform::TInstructionSet::Avx512:
+        return kAvx512Kernels;
+    case Platform::TInstructionSet::Avx2:
+        return kAvx2Kernels;
+    case Platform::TInstructionSet::Baseline:
+        break;
+    }
+#else
+    static_cast<void>(instructionSet);
+#endif
+    return kBaselineKernels;
 }
 
-// Copies a row between its two pads.
-void PadRow(std::uint16_t* padded, const std::uint16_t* image, std::size_t row, std::size_t width, std::size_t height)
+namespace {
+
+// Chosen at the first call and then kept. Threads that come at the same time choose the same.
+const TKernelTable& Table() noexcept
 {
-    const std::uint16_t* source = image + row * width;
-    std::memcpy(padded + 1, source, width * sizeof *source);
-    padded[width + 1] = source[width - 1];
-    if (width > 1 || row + 1 < height) {
-        padded[0] = source[1];
-    } else {
-        padded[0] = source[0];
+    const TKernelTable* table = chosenTable.load(std::memory_order_relaxed);
+    if (table == nullptr) {
+        table = &TableFor(Platform::BestInstructionSet());
+        chosenTable.store(table, std::memory_order_relaxed);
     }
+    return *table;
+}
+
+// Pixels in a line buffer of the median filter: a row and its pads, up to an aligned length.
+std::size_t MedianStride(std::size_t width)
+{
+    constexpr std::size_t kStep = kMedianAlignment / sizeof(std::uint16_t);
+    return (width + 2 + kStep - 1) / kStep * kStep;
 }
 
 } // namespace
 
 void SubtractInPlace(std::uint16_t* image, const std::uint16_t* background, std::size_t count) noexcept
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t larger = std::max(image[i], background[i]);
-        image[i] = static_cast<std::uint16_t>(larger - background[i]);
-    }
+    Table().subtractInPlace(image, background, count);
 }
 
 void SubtractInto(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background,
                   std::size_t count) noexcept
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t larger = std::max(image[i], background[i]);
-        output[i] = static_cast<std::uint16_t>(larger - background[i]);
-    }
+    Table().subtractInto(output, image, background, count);
 }
 
 void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor) noexcept
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        const float scaled = static_cast<float>(pixels[i]) * factor;
-        const double rounded = static_cast<double>(scaled) + 0.5;
-        if (!(rounded >= 0.0)) { // also NaN
-            output[i] = 0;
-        } else if (rounded >= 65535.0) {
-            output[i] = 65535;
-        } else {
-            output[i] = static_cast<std::uint16_t>(rounded);
-        }
+    if (!(factor > 0.0f)) { // also NaN
+        std::fill(output, output + count, std::uint16_t{0});
+    } else if (factor < kScaleFactorLimit) {
+        Table().scale(output, pixels, count, factor);
+    } else {
+        Plain::Scale(output, pixels, count, factor);
     }
 }
 
@@ -72,28 +80,12 @@ std::size_t AverageScratchLength(std::size_t pixelCount) noexcept
 void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t pixelCount,
              float* scratch) noexcept
 {
-    const float divisor = static_cast<float>(frameCount);
-    for (std::size_t begin = 0; begin < pixelCount; begin += kAverageTileLength) {
-        const std::size_t length = std::min(kAverageTileLength, pixelCount - begin);
-        for (std::size_t i = 0; i < length; ++i) {
-            scratch[i] = static_cast<float>(frames[0][begin + i]);
-        }
-        for (std::size_t frame = 1; frame < frameCount; ++frame) {
-            const std::uint16_t* pixels = frames[frame] + begin;
-            for (std::size_t i = 0; i < length; ++i) {
-                scratch[i] += static_cast<float>(pixels[i]);
-            }
-        }
-        for (std::size_t i = 0; i < length; ++i) {
-            const double rounded = std::floor(static_cast<double>(scratch[i] / divisor) + 0.5);
-            output[begin + i] = static_cast<std::uint16_t>(static_cast<std::int32_t>(rounded) & 0xFFFF);
-        }
-    }
+    Table().average(output, frames, frameCount, pixelCount, scratch);
 }
 
 std::size_t MedianScratchLength(std::size_t width) noexcept
 {
-    return 3 * (width + 2);
+    return kMedianLineCount * MedianStride(width) + kMedianAlignment / sizeof(std::uint16_t);
 }
 
 void Median3x3(std::uint16_t* image, std::size_t width, std::size_t height, std::uint16_t* scratch) noexcept
@@ -101,41 +93,18 @@ void Median3x3(std::uint16_t* image, std::size_t width, std::size_t height, std:
     if (width == 0 || height == 0) {
         return;
     }
-    // Three padded rows as they were before the filter; a row is overwritten only after it was copied here.
-    std::uint16_t* above = scratch;
-    std::uint16_t* centre = above + (width + 2);
-    std::uint16_t* below = centre + (width + 2);
-    PadRow(centre, image, 0, width, height);
-    std::memcpy(above, centre, (width + 2) * sizeof *centre);
-    for (std::size_t row = 0; row < height; ++row) {
-        if (row + 1 < height) {
-            PadRow(below, image, row + 1, width, height);
-        } else {
-            std::memcpy(below, centre, (width + 2) * sizeof *centre);
-        }
-        for (std::size_t column = 0; column < width; ++column) {
-            std::uint16_t window[9] = {
-                above[column],      above[column + 1], above[column + 2], centre[column],    centre[column + 1],
-                centre[column + 2], below[column],     below[column + 1], below[column + 2],
-            };
-            image[row * width + column] = MedianOfNine(window);
-        }
-        std::uint16_t* const free = above;
-        above = centre;
-        centre = below;
-        below = free;
-    }
+    const std::size_t offset = reinterpret_cast<std::uintptr_t>(scratch) % kMedianAlignment;
+    std::uint16_t* const lines = scratch + (offset == 0 ? 0 : (kMedianAlignment - offset) / sizeof *scratch);
+    Table().median(image, width, height, lines, MedianStride(width));
 }
 
+// The sum is exact, and cutting its integer quotient gives what cutting that of a double sum gives: up to 2^31 pixels
+// a quotient that is no whole number stays further from the next one than double precision can err.
 TStatistics CalculateStatistics(const std::uint16_t* pixels, std::size_t count) noexcept
 {
-    TStatistics result = {pixels[0], pixels[0], 0};
-    std::uint64_t sum = 0; // exact; the mean it gives is that of a double sum, which is exact for 2^37 pixels too
-    for (std::size_t i = 0; i < count; ++i) {
-        result.minimum = std::min(result.minimum, pixels[i]);
-        result.maximum = std::max(result.maximum, pixels[i]);
-        sum += pixels[i];
-    }
+    TStatistics result = {};
+    std::uint64_t sum = 0;
+    Table().statistics(pixels, count, 1, &result.minimum, &result.maximum, &sum);
     result.average = static_cast<std::uint16_t>(sum / count);
     return result;
 }

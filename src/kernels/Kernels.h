@@ -1,7 +1,8 @@
 // The pixel loops: pure arithmetic on arrays. They know no object, no result code and allocate nothing.
 //
-// Lengths are counted in pixels and may be 0; buffers need no alignment. Single-precision arithmetic is done in the
-// order written, never contracted, so that every build gives the same bits.
+// Lengths are counted in pixels and may be 0; buffers need no alignment beyond that of a pixel. Each is compiled for
+// several instruction sets and the best that the processor has is used; all give the bits of the plain definitions in
+// PlainKernels.h, on every system and in every rounding mode.
 #ifndef KERNELS_KERNELS_H
 #define KERNELS_KERNELS_H
 
@@ -18,7 +19,7 @@ void SubtractInto(std::uint16_t* output, const std::uint16_t* image, const std::
                   std::size_t count) noexcept;
 
 // output[i] = pixels[i] * factor in single precision, rounded half up and clamped to 0 ... 65535: at or above 65535
-// (also infinity) gives 65535, negative and NaN give 0. `output` is `pixels` itself or does not overlap it.
+// (also infinity) gives 65535, negative and NaN give 0. `output` does not overlap `pixels`.
 void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor) noexcept;
 
 // Number of floats that Average wants as scratch.

@@ -1,0 +1,45 @@
+// The pixel loops of one instruction set.
+//
+// Included by the units that are compiled for one: nothing here or in what it includes may be an inline function or a
+// template, for the linker could keep the copy of such a unit for the whole program.
+#ifndef KERNELS_KERNELTABLE_H
+#define KERNELS_KERNELTABLE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace Kernels {
+
+// Tile of Average, in pixels: its sums (128 KiB) stay in the second-level cache.
+constexpr size_t kAverageTileLength = 32768;
+// Line buffers of Median3x3 start at multiples of this, in bytes.
+constexpr size_t kMedianAlignment = 64;
+constexpr size_t kMedianLineCount = 8;
+// From here on Scale has nothing to gain: 4 pixel values are not yet white.
+constexpr float kScaleFactorLimit = 16384.0f;
+
+struct TKernelTable {
+    // As the functions of the same names in Kernels.h.
+    void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count);
+    void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count);
+    // 0 < factor < kScaleFactorLimit.
+    void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor);
+    // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength).
+    void (*average)(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,
+                    float* scratch);
+    // `lines`: kMedianLineCount lines of `stride` pixels, aligned to kMedianAlignment as is the stride; width + 2 at
+    // least. width >= 1, height >= 1.
+    void (*median)(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);
+    // `one` is 1; a constant that the compiler can see would undo the multiplication that makes it choose the fast
+    // instruction. count >= 1.
+    void (*statistics)(const uint16_t* pixels, size_t count, int16_t one, uint16_t* minimum, uint16_t* maximum,
+                       uint64_t* sum);
+};
+
+extern const TKernelTable kBaselineKernels;
+extern const TKernelTable kAvx2Kernels;   // only on x86
+extern const TKernelTable kAvx512Kernels; // only on x86
+
+} // namespace Kernels
+
+#endif

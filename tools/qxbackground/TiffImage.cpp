@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -80,9 +79,8 @@ TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_u
     if (!std::filesystem::is_regular_file(status))
         throw TToolError(path, "is not a regular file");
     fileBytes = std::filesystem::file_size(path, error);
-    if (std::FILE* const probe = std::fopen(path.c_str(), "rb"))
-        std::fclose(probe);
-    else
+    bytes.open(path, std::ios::binary);
+    if (!bytes)
         throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
     file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
     if (file->tiff == nullptr)
@@ -109,8 +107,26 @@ bool TTiffReader::NextPage()
     } else {
         page = 1;
     }
+    CheckLink();
     CheckFormat();
     return true;
+}
+
+// libtiff takes a file that ends before the link to the next page for one whose last page this is.
+void TTiffReader::CheckLink()
+{
+    const bool big = TIFFIsBigTIFF(file->tiff) != 0;
+    const std::uint64_t offset = TIFFCurrentDirOffset(file->tiff);
+    unsigned char count[8] = {};
+    const std::size_t countBytes = big ? 8 : 2, entryBytes = big ? 20 : 12, linkBytes = big ? 8 : 4;
+    bytes.clear();
+    bytes.seekg(static_cast<std::streamoff>(offset));
+    bytes.read(reinterpret_cast<char*>(count), static_cast<std::streamsize>(countBytes));
+    std::uint64_t entries = 0;
+    for (std::size_t byte = 0; byte < countBytes; ++byte)
+        entries = entries * 256 + count[TIFFIsBigEndian(file->tiff) != 0 ? byte : countBytes - 1 - byte];
+    if (!bytes || entries > 65535 || offset + countBytes + entries * entryBytes + linkBytes > fileBytes)
+        Fail("the file ends inside its page header");
 }
 
 void TTiffReader::CheckFormat()

@@ -5,6 +5,7 @@
 #include "ReplacedFile.h"
 
 #include <cstdint>
+#include <fstream>
 #include <memory>
 #include <string>
 
@@ -31,10 +32,12 @@ public:
 private:
     [[noreturn]] void Fail(const std::string& what) const;
     void CheckFormat();
+    void CheckLink();
     void ReadStrips(TImage& image);
     void ReadTiles(TImage& image);
 
     std::string path;
+    std::ifstream bytes; // the same file, for what libtiff does not tell
     std::unique_ptr<TTiffHandle> file;
     unsigned page = 0;
     TSize size;

@@ -17,6 +17,8 @@ void AddApplyVerb(CLI::App& app, const TContext& context);
 void AddImportVerb(CLI::App& app, const TContext& context);
 void AddDeleteVerb(CLI::App& app, const TContext& context);
 void AddCheckVerb(CLI::App& app, TContext& context);
+void AddStoreVerb(CLI::App& app, const TContext& context);
+void AddStatisticsVerb(CLI::App& app);
 
 } // namespace workbench
 

@@ -42,7 +42,9 @@ int main(int argumentCount, char** arguments)
     AddImportVerb(app, context);
     AddDeleteVerb(app, context);
     AddCheckVerb(app, context);
+    AddStoreVerb(app, context);
     AddSimulateVerb(app);
+    AddStatisticsVerb(app);
 
     CatchInterrupts();
     try {

@@ -1,0 +1,58 @@
+#ifndef QXBACKGROUND_STOREPLACE_H
+#define QXBACKGROUND_STOREPLACE_H
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// Where an offline store lies: its group files are FOLDER/BASE_NAME_VALUE_NAME_VALUE..., one pair per grouping name.
+struct TStorePlace {
+    std::filesystem::path folder; // as it was written: empty for the current folder
+    std::string base;             // without the folder
+    std::vector<std::string> names;
+
+    std::filesystem::path Folder() const { return folder.empty() ? std::filesystem::path(".") : folder; }
+
+    std::filesystem::path PathOf(const std::string& file) const { return folder / file; }
+    std::string Text() const { return (folder / base).string(); } // as it is named in messages
+};
+
+// `path` is a base name, or any one of the store's group files; `groups` are the grouping names, which may be left out
+// for a group file because it records them. Throws TToolError when the two do not make a store.
+TStorePlace FindStore(const std::string& path, const std::vector<std::string>& groups);
+
+// The name of the group file that holds `key`. Throws TToolError when the key lacks a value for a grouping name, or
+// has one that could not be read back out of a file's name.
+std::string GroupFileOf(const TStorePlace& place, const std::string& key);
+
+// A file that the library takes for one of the store's, because its name fits the naming rule.
+struct TClaimedFile {
+    std::string name;
+    bool own = false; // it really is a group file of this very store: its name is exact and it records these names
+};
+
+// All of them, sorted by name. The rule is generous: characters between the base and the first "_" are ignored, so a
+// base that begins another base's name claims the other store's files, too.
+std::vector<TClaimedFile> ClaimedFiles(const TStorePlace& place);
+
+// The store's own group files among them.
+std::vector<std::string> OwnFiles(const TStorePlace& place);
+
+// The process works in `folder` while this object lives. The library lists a store's folder from the text before its
+// base name; a bare base name means the current folder, whatever characters the folder's own path holds.
+class TWorkingFolder {
+public:
+    explicit TWorkingFolder(const std::filesystem::path& folder);
+    ~TWorkingFolder();
+    TWorkingFolder(const TWorkingFolder&) = delete;
+    TWorkingFolder& operator=(const TWorkingFolder&) = delete;
+
+private:
+    std::filesystem::path old;
+};
+
+} // namespace workbench
+
+#endif

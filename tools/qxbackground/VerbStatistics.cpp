@@ -1,0 +1,55 @@
+// qxbackground statistics: what the correcting verbs print about their images, of any files.
+#include "Options.h"
+#include "Statistics.h"
+#include "TiffImage.h"
+#include "Verbs.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+void Run(const TOptions& options)
+{
+    nlohmann::json report = nlohmann::json::array();
+    for (const std::string& path : options.files) {
+        TSeriesStatistics statistics;
+        TTiffReader reader(path);
+        TImage image;
+        while (reader.NextPage()) {
+            reader.Read(image);
+            statistics.Add(image);
+        }
+        if (options.json) {
+            report.push_back(statistics.Json());
+            report.back()["file"] = path;
+        } else {
+            std::cout << path << ", pages: " << reader.Page() << '\n' << StatisticsTable({"all pages"}, {&statistics});
+        }
+    }
+    if (options.json)
+        std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+}
+
+} // namespace
+
+void AddStatisticsVerb(CLI::App& app)
+{
+    CLI::App* const verb = app.add_subcommand("statistics", "Print the statistics of images");
+    const auto options = std::make_shared<TOptions>();
+    verb->add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")->required();
+    verb->add_flag("--json", options->json, "Print as JSON");
+    verb->callback([options] { Run(*options); });
+}
+
+} // namespace workbench

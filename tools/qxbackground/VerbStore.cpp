@@ -1,0 +1,142 @@
+// qxbackground store: the verbs over an offline store; those that only read it are here.
+#include "CalibrationFile.h"
+#include "CorrectionRun.h"
+#include "Listing.h"
+#include "StorePlace.h"
+#include "StoreVerbs.h"
+#include "Verbs.h"
+
+#include <filesystem>
+#include <functional>
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+using QX_KRLSDK::TBackgroundCorrection;
+
+// A failure over a whole store carries no text of the library's: look for the file that is to blame.
+void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
+{
+    try {
+        Call(place.Text(), step);
+    } catch (const TToolError&) {
+        for (const TClaimedFile& file : ClaimedFiles(place)) {
+            const std::string path = place.PathOf(file.name).string();
+            const TCalibrationWalk walk = WalkCalibrationFile(path);
+            if (!walk.Whole())
+                throw TToolError(path, "does not load whole (" + walk.Complaint() + ")");
+        }
+        throw;
+    }
+}
+
+struct TListOptions {
+    TStoreOptions store;
+    bool json = false;
+};
+
+void List(const TContext& context, const TListOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const TWorkingFolder working(place.folder);
+    const TStorePlace here{{}, place.base, place.names};
+    TBackgroundCorrection object = context.Library().MakeStore(place.names);
+    CallOnStore(here, [&] { object.LoadHeaderOnly(place.base); });
+    const std::vector<std::string> keys = object.Keys();
+
+    nlohmann::json groups = nlohmann::json::array();
+    std::string text;
+    std::size_t files = 0, listedKeys = 0;
+    for (const TClaimedFile& claimed : ClaimedFiles(here)) {
+        ++files;
+        const TCalibrationWalk walk = WalkCalibrationFile(claimed.name);
+        std::vector<TListedCorrection> listed;
+        for (const TStoredCorrection& stored : walk.corrections)
+            listed.push_back(
+                {stored.key, stored.exposureSeconds, stored.lightIntensityPercent, stored.width, stored.height});
+        listedKeys += listed.size();
+        groups.push_back({{"file", place.PathOf(claimed.name).string()},
+                          {"own", claimed.own},
+                          {"corrections", ListingJson(listed)}});
+        text += place.PathOf(claimed.name).string() + ": " + std::to_string(listed.size()) +
+                (listed.size() == 1 ? " correction" : " corrections") +
+                (claimed.own ? "" : "   (no group file of this store, but its name fits)") + "\n" +
+                ListingTable(listed);
+    }
+    if (listedKeys != keys.size())
+        throw TToolError(place.Text(), "the library finds " + std::to_string(keys.size()) + " corrections, the files " +
+                                           "hold " + std::to_string(listedKeys));
+    if (options.json) {
+        std::cout << Text({{"base", place.Text()}, {"groupingNames", place.names}, {"groups", groups}});
+        return;
+    }
+    std::cout << "Store " << place.Text() << ", grouped by";
+    for (const std::string& name : place.names)
+        std::cout << ' ' << name;
+    std::cout << ": " << keys.size() << " corrections in " << files << " files\n" << text;
+}
+
+struct TApplyOptions {
+    TStoreOptions store;
+    std::string key;
+    TCorrectOptions correct;
+};
+
+void Apply(const TContext& context, const TApplyOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
+    RefuseSameFile(options.correct.output, {file});
+    RefuseSameFile(options.correct.output, options.correct.inputs);
+    if (!std::filesystem::exists(file))
+        throw TToolError(file, "the group of key '" + options.key + "' has no file");
+    RequireWhole(file);
+    TBackgroundCorrection object = context.Library().MakeStore(place.names);
+    {
+        const TWorkingFolder working(place.folder);
+        CallOnStore({{}, place.base, place.names}, [&] { object.Load(place.base); });
+        Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
+    }
+    CorrectImages(object, options.correct, "'" + Printable(options.key) + "' of " + file);
+}
+
+} // namespace
+
+void AddStoreOptions(CLI::App& verb, TStoreOptions& options)
+{
+    verb.add_option("base", options.base, "Base name of the store's files, with their folder; or any one of the files")
+        ->required();
+    verb.add_option("--group", options.groups,
+                    "A grouping name; one --group for each, in their order. Not needed with the name of a file")
+        ->allow_extra_args(false);
+}
+
+void AddStoreVerb(CLI::App& app, const TContext& context)
+{
+    CLI::App* const store = app.add_subcommand("store", "Work with an offline store: one calibration file per group");
+    store->footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
+                  "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
+                  "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
+    store->require_subcommand(1);
+    AddStoreChangeVerbs(*store, context);
+    {
+        CLI::App* const verb = store->add_subcommand("list", "List a store's groups and corrections (reads no pixels)");
+        const auto options = std::make_shared<TListOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_flag("--json", options->json, "Print as JSON");
+        verb->callback([&context, options] { List(context, *options); });
+    }
+    {
+        CLI::App* const verb = store->add_subcommand("apply", "Correct images with a correction of a store");
+        const auto options = std::make_shared<TApplyOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_option("--key", options->key, "Which correction; its group is found by its key")->required();
+        AddCorrectOptions(*verb, options->correct);
+        verb->callback([&context, options] { Apply(context, *options); });
+    }
+}
+
+} // namespace workbench

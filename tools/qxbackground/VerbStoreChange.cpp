@@ -1,0 +1,230 @@
+// qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "CalibrationFile.h"
+#include "CalibrationWalk.h"
+#include "FrameStack.h"
+#include "Options.h"
+#include "ScratchStore.h"
+#include "StoreVerbs.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <set>
+
+namespace workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using QX_KRLSDK::TBackgroundCorrection;
+
+std::string About(const TStorePlace& place, const std::string& key)
+{
+    return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
+}
+
+struct TAddOptions {
+    TStoreOptions store;
+    std::string key;
+    TConditions conditions;
+    std::vector<std::string> darks;
+};
+
+void Add(const TContext& context, const TAddOptions& options)
+{
+    CheckKey(options.key);
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const std::string file = GroupFileOf(place, options.key);
+    const TFrameStack stack = ReadFrames(options.darks);
+    TScratchStore scratch(place, {file});
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        Call(About(place, options.key), [&] {
+            object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+                       static_cast<float>(options.conditions.exposureSeconds),
+                       static_cast<float>(options.conditions.lightIntensityPercent));
+        });
+        scratch.SaveAndCommit(object);
+    }
+    std::cout << "Added '" << Printable(options.key) << "' from " << stack.frames.size() << " dark frames of "
+              << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+              << place.PathOf(file).string() << '\n';
+}
+
+struct TKeyOptions {
+    TStoreOptions store;
+    std::string key;
+};
+
+void Delete(const TContext& context, const TKeyOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const std::string file = GroupFileOf(place, options.key);
+    if (!fs::exists(place.PathOf(file)))
+        throw TToolError(place.PathOf(file).string(), "the group of key '" + options.key + "' has no file");
+    TScratchStore scratch(place, {file});
+    std::size_t left = 0;
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        left = object.Get().GetNumberOfCorrections() - 1; // asked now: the store keeps a key that is spelled otherwise
+        Call(About(place, options.key), [&] { object.Delete(options.key); });
+        Call(place.Text(), [&] { object.Save(place.base); });
+        scratch.Commit(left, {});
+    }
+    std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds " << left
+              << " corrections\n";
+}
+
+struct TImportOptions {
+    TStoreOptions store;
+    std::string source;
+    bool overwrite = false;
+};
+
+// The corrections of a single calibration file or of another store.
+TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& options, const TStorePlace& place)
+{
+    if (fs::is_regular_file(options.source) && WalkCalibrationFile(options.source).groupingNames.empty()) {
+        TBackgroundCorrection file = context.Library().MakeProcessor();
+        LoadWhole(file, options.source);
+        return file;
+    }
+    const TStorePlace from =
+        FindStore(options.source, fs::exists(options.source) ? std::vector<std::string>() : place.names);
+    for (const std::string& file : OwnFiles(from))
+        RequireWhole(from.PathOf(file).string());
+    TBackgroundCorrection store = context.Library().MakeStore(from.names);
+    // By its full name, because its groups are read while the other store is worked on in another folder.
+    Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+    return store;
+}
+
+void Import(const TContext& context, const TImportOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const TBackgroundCorrection source = OpenSource(context, options, place);
+    std::set<std::string> files;
+    const std::vector<std::string> keys = source.Keys();
+    for (const std::string& key : keys)
+        files.insert(GroupFileOf(place, key));
+    TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
+    std::size_t added = 0;
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        const std::size_t before = object.Get().GetNumberOfCorrections();
+        Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
+        added = object.Get().GetNumberOfCorrections() - before;
+        scratch.SaveAndCommit(object);
+    }
+    std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
+              << (options.overwrite ? " overwritten" : " already there and kept") << ", in " << files.size()
+              << " group files\n";
+}
+
+struct TCopyOptions {
+    TStoreOptions store;
+    std::string newBase;
+    bool force = false;
+};
+
+// The files of the target that the copy removes. Refuses when the naming rule claims more than that very store's.
+std::vector<std::string> FilesThatGo(const TStorePlace& from, const TStorePlace& to, bool force)
+{
+    std::vector<std::string> doomed;
+    bool foreign = false;
+    const std::vector<std::string> sources = OwnFiles(from);
+    const bool sameFolder = fs::equivalent(from.Folder(), to.Folder());
+    for (const TClaimedFile& file : ClaimedFiles(to)) {
+        if (sameFolder && std::find(sources.begin(), sources.end(), file.name) != sources.end())
+            throw TToolError(to.Text(), "claims " + file.name +
+                                            ", a file of the store that is to be copied, and would "
+                                            "remove it; choose another base name");
+        std::cout << (doomed.empty() ? "Files that go:\n" : "") << "  " << to.PathOf(file.name).string()
+                  << (file.own ? "" : "   (no group file of this store)") << '\n';
+        doomed.push_back(file.name);
+        foreign = foreign || !file.own;
+    }
+    std::cout << std::flush;
+    if (foreign && !force)
+        throw TToolError(to.Text(), "its base name claims files that are none of its group files (listed above); "
+                                    "nothing was removed; --force removes them");
+    return doomed;
+}
+
+void Copy(const TContext& context, const TCopyOptions& options)
+{
+    const TStorePlace from = FindStore(options.store.base, options.store.groups);
+    const TStorePlace to = FindStore(options.newBase, from.names);
+    const std::vector<std::string> files = OwnFiles(from);
+    if (files.empty())
+        throw TToolError(from.Text(), "there is no group file of this store");
+    std::size_t corrections = 0;
+    for (const std::string& file : files)
+        corrections += RequireWhole(from.PathOf(file).string()).corrections.size();
+    for (const TClaimedFile& file : ClaimedFiles(from)) {
+        if (!file.own)
+            throw TToolError(from.PathOf(file.name).string(),
+                             "is claimed by the base name '" + from.base + "' but is no group file of that store");
+    }
+    const std::vector<std::string> doomed = FilesThatGo(from, to, options.force);
+    TScratchStore scratch(to, {});
+    {
+        const TWorkingFolder working(from.folder);
+        TBackgroundCorrection object = context.Library().MakeStore(from.names);
+        Call(from.Text(), [&] { object.Load(from.base); });
+        Call(to.Text(), [&] { object.Save((scratch.Folder() / to.base).string()); });
+    }
+    scratch.Commit(corrections, doomed);
+    std::cout << "Copied " << corrections << " corrections in " << files.size() << " group files to " << to.Text()
+              << '\n';
+}
+
+} // namespace
+
+void AddStoreChangeVerbs(CLI::App& store, const TContext& context)
+{
+    {
+        CLI::App* const verb =
+            store.add_subcommand("add", "Build a correction from dark frames and add it to its group");
+        const auto options = std::make_shared<TAddOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+        AddConditions(*verb, "", "the dark frames", options->conditions);
+        verb->add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+            ->required();
+        verb->callback([&context, options] { Add(context, *options); });
+    }
+    {
+        CLI::App* const verb = store.add_subcommand("delete", "Delete a correction from its group file");
+        const auto options = std::make_shared<TKeyOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_option("--key", options->key, "Which correction")->required();
+        verb->callback([&context, options] { Delete(context, *options); });
+    }
+    {
+        CLI::App* const verb =
+            store.add_subcommand("import", "Copy corrections from a calibration file or another store into this one");
+        const auto options = std::make_shared<TImportOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_option("src", options->source, "Calibration file, base name or group file; not changed")->required();
+        verb->add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb->callback([&context, options] { Import(context, *options); });
+    }
+    {
+        CLI::App* const verb = store.add_subcommand("copy", "Copy a store to another base name");
+        const auto options = std::make_shared<TCopyOptions>();
+        AddStoreOptions(*verb, options->store);
+        verb->add_option("newbase", options->newBase, "Base name of the copy; a store of that name is replaced")
+            ->required();
+        verb->add_flag("--force", options->force,
+                       "Also remove files that the new base name claims though they are none of its group files");
+        verb->callback([&context, options] { Copy(context, *options); });
+    }
+}
+
+} // namespace workbench

@@ -13,6 +13,9 @@ namespace Format = CalibrationFormat;
 
 namespace {
 
+// Attempts after failures of the device that are made as if each could succeed.
+constexpr unsigned int kMostReadErrors = 1000;
+
 // Recognises attempts that go round in a circle.
 //
 // An attempt that fails changes nothing but the position in the file, and what it does depends on nothing else. So once
@@ -108,6 +111,7 @@ unsigned int TCalibrationFileReader::ReadCorrectionRecords(TCorrectionList& corr
     unsigned int result = kSuccess;
     std::uint64_t remaining = storedCount <= 0x7FFFFFFF ? storedCount : 0; // the count is signed
     TCircle circle;
+    unsigned int readErrors = 0;
     while (remaining > 0) {
         const std::uint64_t circleLength = circle.LengthAt(stream.Position());
         if (circleLength > 0) {
@@ -120,10 +124,14 @@ unsigned int TCalibrationFileReader::ReadCorrectionRecords(TCorrectionList& corr
         if (abandon) {
             return result;
         }
-        if (result == kSuccess) {
-            circle.Restart();
-        } else {
+        if (result != kSuccess) {
             messages.main.Format(Messages::kErrorLoading, messages.file.Text());
+        }
+        // A read that failed before the end of the file may succeed the next time, so that such an attempt need not
+        // repeat itself; but it is not made without end either.
+        const bool mayPass = result == kShortReadOrWrite && stream.Remaining() > 0 && ++readErrors < kMostReadErrors;
+        if (result == kSuccess || mayPass) {
+            circle.Restart();
         }
         --remaining;
     }

@@ -45,6 +45,14 @@ class RealFrames(ToolTest):
                 self.assertLess(after["columnPattern"], before["columnPattern"])
                 self.assertGreater(after["pixelsAtZero"], 0)
 
+    def test_stripes_fall_where_clipping_cannot_hide_them(self):
+        report = json.loads(self.correct(self.darks[:9], self.darks[9:], 60, "--level", 80))
+        before, after = report["before"], report["after"]
+        self.assertLess(after["pixelsAtZero"], 0.01 * after["pixels"])
+        self.assertLess(after["rowPattern"], 0.5 * before["rowPattern"])
+        self.assertLess(after["columnPattern"], 0.8 * before["columnPattern"])
+        self.assertLess(after["spread"], before["spread"])
+
     def test_single_hot_pixels_stay(self):
         self.correct(self.darks[:9], self.darks[9:], 60)
         before, after = self.pages(self.darks[9:])[0].astype(int), self.read("o.tif")[0].astype(int)

@@ -36,9 +36,20 @@ struct TKernelTable {
                        uint64_t* sum);
 };
 
-extern const TKernelTable kBaselineKernels;
-extern const TKernelTable kAvx2Kernels;   // only on x86
-extern const TKernelTable kAvx512Kernels; // only on x86
+// The kernels of an instruction set carry its name: SubtractInPlaceBaseline, SubtractInPlaceAvx2 and so on.
+#define KERNELS_DECLARE(suffix)                                                                                        \
+    void SubtractInPlace##suffix(uint16_t* image, const uint16_t* background, size_t count);                           \
+    void SubtractInto##suffix(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count);      \
+    void Scale##suffix(uint16_t* output, const uint16_t* pixels, size_t count, float factor);                          \
+    void Average##suffix(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,        \
+                         float* scratch);                                                                              \
+    void Median##suffix(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);                 \
+    void Statistics##suffix(const uint16_t* pixels, size_t count, int16_t one, uint16_t* minimum, uint16_t* maximum,   \
+                            uint64_t* sum);
+KERNELS_DECLARE(Baseline)
+KERNELS_DECLARE(Avx2)
+KERNELS_DECLARE(Avx512)
+#undef KERNELS_DECLARE
 
 } // namespace Kernels
 

@@ -11,21 +11,34 @@ namespace Kernels {
 
 std::atomic<const TKernelTable*> chosenTable{nullptr};
 
+namespace {
+
+constexpr TKernelTable kBaselineTable = {SubtractInPlaceBaseline, SubtractIntoBaseline, ScaleBaseline,
+                                         AverageBaseline,         MedianBaseline,       StatisticsBaseline};
+#ifdef QX_KERNELS_FOR_X86
+constexpr TKernelTable kAvx2Table = {SubtractInPlaceAvx2, SubtractIntoAvx2, ScaleAvx2,
+                                     AverageAvx2,         MedianAvx2,       StatisticsAvx2};
+constexpr TKernelTable kAvx512Table = {SubtractInPlaceAvx512, SubtractIntoAvx512, ScaleAvx512,
+                                       AverageAvx512,         MedianAvx2,         StatisticsAvx512};
+#endif
+
+} // namespace
+
 const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept
 {
 #ifdef QX_KERNELS_FOR_X86
     switch (instructionSet) {
     case Platform::TInstructionSet::Avx512:
-        return kAvx512Kernels;
+        return kAvx512Table;
     case Platform::TInstructionSet::Avx2:
-        return kAvx2Kernels;
+        return kAvx2Table;
     case Platform::TInstructionSet::Baseline:
         break;
     }
 #else
     static_cast<void>(instructionSet);
 #endif
-    return kBaselineKernels;
+    return kBaselineTable;
 }
 
 namespace {

@@ -1,3 +1,9 @@
 // What every processor of the kind has: SSE2 on x86, and the only unit on others.
-#define KERNEL_TABLE kBaselineKernels
-#include "kernels/KernelBody.inc"
+#define KERNEL_SUFFIX Baseline
+#include "kernels/KernelUnit.h"
+
+#include "kernels/Average.inc"
+#include "kernels/Median.inc"
+#include "kernels/Scale.inc"
+#include "kernels/Statistics.inc"
+#include "kernels/Subtract.inc"

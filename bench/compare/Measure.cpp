@@ -1,0 +1,46 @@
+#include "compare/Measure.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+
+namespace {
+
+double Seconds(const std::function<void()>& run, int count)
+{
+    const auto begin = std::chrono::steady_clock::now();
+    for (int i = 0; i < count; ++i) {
+        run();
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count() / count;
+}
+
+int RunsPerSample(const std::function<void()>& run)
+{
+    constexpr double kSampleSeconds = 0.002;
+    run();
+    return std::clamp(static_cast<int>(kSampleSeconds / std::max(Seconds(run, 1), 1e-9)), 1, 20000);
+}
+
+} // namespace
+
+std::vector<TTiming> Measure(const std::vector<TRival>& rivals, int rounds)
+{
+    std::vector<int> runs;
+    for (const TRival& rival : rivals) {
+        runs.push_back(rounds > 1 ? RunsPerSample(rival.run) : 1);
+    }
+    std::vector<std::vector<double>> samples(rivals.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < rivals.size(); ++i) {
+            rivals[i].run();
+            samples[i].push_back(Seconds(rivals[i].run, runs[i]));
+        }
+    }
+    std::vector<TTiming> timings;
+    for (std::size_t i = 0; i < rivals.size(); ++i) {
+        std::sort(samples[i].begin(), samples[i].end());
+        timings.push_back({rivals[i].name, samples[i][samples[i].size() / 2], samples[i].front(), samples[i].back()});
+    }
+    return timings;
+}

@@ -1,0 +1,47 @@
+// What the library is compared with. Images are row-major, 16-bit, `count` = width * height pixels.
+#ifndef BENCH_COMPARE_RIVALS_H
+#define BENCH_COMPARE_RIVALS_H
+
+#include <cstddef>
+#include <cstdint>
+
+// The algorithms as one would write them down: one pixel at a time, in double precision, with a padded image and a
+// partial selection sort for the median.
+namespace Literal {
+void Subtract(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background, std::size_t count);
+void CopyAndScale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor);
+void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count);
+void Median(std::uint16_t* image, std::size_t width, std::size_t height);
+double Statistics(const std::uint16_t* pixels, std::size_t count, std::uint16_t& minimum, std::uint16_t& maximum);
+} // namespace Literal
+
+// OpenCV's nearest equivalents, on one thread, into images that exist already.
+class TOpenCvRival {
+public:
+    TOpenCvRival(int width, int height);
+    ~TOpenCvRival();
+    TOpenCvRival(const TOpenCvRival&) = delete;
+    TOpenCvRival& operator=(const TOpenCvRival&) = delete;
+
+    void Subtract(std::uint16_t* output, std::uint16_t* image, std::uint16_t* background);
+    void Scale(std::uint16_t* output, std::uint16_t* pixels, double factor);
+    void Average(std::uint16_t* output, std::uint16_t* const* frames, std::size_t frameCount);
+    void Median(std::uint16_t* output, std::uint16_t* image);
+    double Statistics(std::uint16_t* pixels);
+
+private:
+    struct TState;
+    TState* state;
+};
+
+// Loops with the memory traffic of an operation and next to no arithmetic.
+namespace Limits {
+void ReadTwoWriteFirst(std::uint16_t* first, const std::uint16_t* second, std::size_t count);
+void ReadTwoWriteThird(std::uint16_t* third, const std::uint16_t* first, const std::uint16_t* second,
+                       std::size_t count);
+void Copy(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count);
+std::uint64_t ReadFrames(const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count);
+void ReadWriteInPlace(std::uint16_t* image, std::size_t count);
+} // namespace Limits
+
+#endif

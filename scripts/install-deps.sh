@@ -5,6 +5,8 @@ set -euo pipefail
 level=${1:-test}
 
 packages=(git cmake ninja-build g++ clang-19 libcli11-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
+# Configuring asks for it, whatever is built.
+packages+=(libgtest-dev libgmock-dev libbenchmark-dev)
 packages+=(libgtest-dev libgmock-dev) # the presets configure the tests as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.

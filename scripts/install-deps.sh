@@ -4,17 +4,14 @@
 set -euo pipefail
 level=${1:-test}
 
-packages=(git cmake ninja-build g++ clang-19 libcli11-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
-# Configuring asks for it, whatever is built.
-packages+=(libgtest-dev libgmock-dev libbenchmark-dev)
-packages+=(libgtest-dev libgmock-dev) # the presets configure the tests as well
+packages=(git cmake ninja-build g++ libcli11-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
+packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
-    packages+=(lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64 mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix)
-    packages+=(googletest libbenchmark-dev clang-format-19 valgrind python3-numpy)
-fi
-if [ "$level" = bench ]; then
-    packages+=(libopencv-core-dev libopencv-imgproc-dev)
+    packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
+    packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
+    packages+=(clang-format-19 valgrind python3-numpy)
+    packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 
 missing=()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test|bench]   (test includes build, bench includes test)
+# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
 set -euo pipefail
 level=${1:-test}
 

@@ -1,0 +1,36 @@
+# The unit tests: one executable over everything behind the interface, the exports included. Every folder names its own
+# sources; the fault tests and the tests of a room may be missing while that room is being built.
+find_package(GTest REQUIRED) # for MinGW built from Debian's source package, see cmake/mingw/FindGTest.cmake
+
+add_executable(qxbc_unit_tests)
+target_link_libraries(qxbc_unit_tests PRIVATE qxbc_core GTest::gtest GTest::gtest_main GTest::gmock)
+target_include_directories(qxbc_unit_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+
+foreach(folder support platform boundary kernels data file processor offline faults)
+  if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt")
+    add_subdirectory(${folder})
+  endif()
+endforeach()
+
+if(CMAKE_CROSSCOMPILING)
+  # Starting Wine takes longer than all tests together: one start for all of them.
+  add_test(NAME unit_tests COMMAND qxbc_unit_tests) # through CMAKE_CROSSCOMPILING_EMULATOR
+  set_tests_properties(unit_tests PROPERTIES TIMEOUT 900)
+else()
+  # Locales in which the library must not fall for a decimal comma or for letters beyond ASCII: made for the tests, since
+  # few systems have them installed. Where that is not possible the tests concerned skip.
+  find_program(QXBC_LOCALEDEF localedef)
+  set(locales "${CMAKE_CURRENT_BINARY_DIR}/locale")
+  foreach(charset UTF-8 ISO-8859-1)
+    if(QXBC_LOCALEDEF AND NOT EXISTS "${locales}/de_DE.${charset}")
+      file(MAKE_DIRECTORY "${locales}")
+      execute_process(COMMAND "${QXBC_LOCALEDEF}" -i de_DE -f ${charset} "${locales}/de_DE.${charset}"
+        OUTPUT_QUIET ERROR_QUIET)
+    endif()
+  endforeach()
+
+  include(GoogleTest)
+  gtest_discover_tests(qxbc_unit_tests DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 120
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "LOCPATH=${locales}")
+  add_subdirectory(structure)
+endif()

@@ -1,0 +1,30 @@
+// A host in the oldest C++ that hosts use: the public header comes first, alone, and twice. Only compiled.
+#include "QX_BackgroundCorrection.h"
+#include "QX_BackgroundCorrection.h"
+
+namespace {
+
+class Delegate : public QX_KRLSDK::ICorrectionDelegate {
+public:
+    virtual unsigned int SubtractInPlace(unsigned short*, const unsigned short*, int, int, bool, bool) { return 1; }
+    virtual unsigned int SubtractInto(unsigned short*, const unsigned short*, const unsigned short*, int, int, bool,
+                                      bool)
+    {
+        return 2;
+    }
+    virtual unsigned int ProcessInPlace(unsigned short*, int, int) { return 3; }
+};
+
+} // namespace
+
+int main()
+{
+    const QX_KRLSDK::CreateBackgroundCorrectionFunction create = &CreateBackgroundCorrection;
+    const QX_KRLSDK::DeleteBackgroundCorrectionFunction destroy = &DeleteBackgroundCorrection;
+    QX_KRLSDK::QX_IBackgroundCorrection* const object = create();
+    Delegate delegate;
+    unsigned short pixel = 0;
+    const bool isApplied =
+        object->ApplyCorrection(&pixel, 1, 0, 0, &delegate, true, true, false) == QX_KRLSDK::kSuccess;
+    return destroy(object) == QX_KRLSDK::kSuccess && isApplied ? 0 : 1;
+}

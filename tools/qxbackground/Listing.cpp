@@ -2,6 +2,8 @@
 
 #include "CalibrationFile.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <cstdio>
 #include <unordered_map>

@@ -4,7 +4,7 @@
 #include "CalibrationWalk.h"
 #include "Library.h"
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 #include <vector>

@@ -2,7 +2,6 @@
 
 #include "ToolError.h"
 
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
@@ -25,46 +24,33 @@ std::string TConditions::Text() const
     return text;
 }
 
-CLI::Validator Positive()
+void AddConditions(const TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)
 {
-    return CLI::Validator(
-        [](std::string& text) {
-            double value = 0;
-            if (!CLI::detail::lexical_cast(text, value))
-                return "'" + text + "' is not a number";
-            const auto single = static_cast<float>(value);
-            return std::isfinite(single) && single > 0 ? std::string() : "'" + text + "' must be a number above 0";
-        },
-        "above 0");
+    verb.Option("--" + prefix + "exposure", conditions.exposureSeconds, "Exposure time of " + whose + " in seconds")
+        .Required()
+        .AboveZero();
+    verb.Option("--" + prefix + "intensity", conditions.lightIntensityPercent,
+                "Light intensity of " + whose + " in percent")
+        .Required()
+        .AboveZero();
 }
 
-void AddConditions(CLI::App& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)
-{
-    verb.add_option("--" + prefix + "exposure", conditions.exposureSeconds, "Exposure time of " + whose + " in seconds")
-        ->required()
-        ->check(Positive());
-    verb.add_option("--" + prefix + "intensity", conditions.lightIntensityPercent,
-                    "Light intensity of " + whose + " in percent")
-        ->required()
-        ->check(Positive());
-}
-
-void AddCorrectOptions(CLI::App& verb, TCorrectOptions& options)
+void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options)
 {
     AddConditions(verb, "", "the images", options.conditions);
-    verb.add_option("--level", options.levelPercent, "How much of the background is subtracted, 0 to 100 percent")
-        ->check(CLI::Range(0, 100))
-        ->capture_default_str();
-    verb.add_option("--region", options.region,
-                    "Part of the dark frames that the images show: left,top,width,height in pixels "
-                    "(default: all of it). Images must have exactly this size");
-    verb.add_option("images", options.inputs, "Images to correct: 16-bit grayscale TIFF; every page is corrected")
-        ->required();
-    verb.add_option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF")->required();
-    verb.add_option("--picture", options.picture,
-                    "Also write a PNG of the first page: before, background and after side by side");
-    verb.add_flag("--json", options.json, "Print the statistics as JSON");
-    verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    verb.Option("--level", options.levelPercent, "How much of the background is subtracted, 0 to 100 percent")
+        .BetweenWhole(0, 100)
+        .ShowDefault();
+    verb.Option("--region", options.region,
+                "Part of the dark frames that the images show: left,top,width,height in pixels "
+                "(default: all of it). Images must have exactly this size");
+    verb.Option("images", options.inputs, "Images to correct: 16-bit grayscale TIFF; every page is corrected")
+        .Required();
+    verb.Option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF").Required();
+    verb.Option("--picture", options.picture,
+                "Also write a PNG of the first page: before, background and after side by side");
+    verb.Flag("--json", options.json, "Print the statistics as JSON");
+    verb.Flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
 }
 
 void RefuseSameFile(const std::string& output, const std::vector<std::string>& inputs)

@@ -1,7 +1,7 @@
 #ifndef QXBACKGROUND_OPTIONS_H
 #define QXBACKGROUND_OPTIONS_H
 
-#include <CLI/CLI.hpp>
+#include "CommandLine.h"
 
 #include <optional>
 #include <string>
@@ -18,10 +18,7 @@ struct TConditions {
 };
 
 // Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
-void AddConditions(CLI::App& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
-
-// A value that the library takes as a positive single-precision number: above 0 and finite.
-CLI::Validator Positive();
+void AddConditions(const TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
 
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {
@@ -34,7 +31,7 @@ struct TCorrectOptions {
     bool json = false;
     bool noStatistics = false;
 };
-void AddCorrectOptions(CLI::App& verb, TCorrectOptions& options);
+void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options);
 
 // Throws TToolError when `output` is also one of `inputs`: a slip on the command line must not cost a measurement.
 void RefuseSameFile(const std::string& output, const std::vector<std::string>& inputs);

@@ -3,7 +3,7 @@
 
 #include "Library.h"
 
-#include <CLI/CLI.hpp>
+#include "CommandLine.h"
 
 #include <string>
 #include <vector>
@@ -15,9 +15,9 @@ struct TStoreOptions {
     std::string base;
     std::vector<std::string> groups;
 };
-void AddStoreOptions(CLI::App& verb, TStoreOptions& options);
+void AddStoreOptions(const TVerb& verb, TStoreOptions& options);
 
-void AddStoreChangeVerbs(CLI::App& store, const TContext& context);
+void AddStoreChangeVerbs(const TVerb& store, const TContext& context);
 
 } // namespace workbench
 

@@ -27,14 +27,14 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddApplyVerb(CLI::App& app, const TContext& context)
+void AddApplyVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("apply", "Correct images with a correction from a calibration file");
+    const TVerb verb = app.Add("apply", "Correct images with a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("file", options->file, "Calibration file")->required();
-    verb->add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    AddCorrectOptions(*verb, options->correct);
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
+    AddCorrectOptions(verb, options->correct);
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

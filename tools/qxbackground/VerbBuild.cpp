@@ -42,17 +42,15 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddBuildVerb(CLI::App& app, const TContext& context)
+void AddBuildVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb =
-        app.add_subcommand("build", "Build a correction from dark frames and keep it in a calibration file");
+    const TVerb verb = app.Add("build", "Build a correction from dark frames and keep it in a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("file", options->file, "Calibration file: created, or added to when it exists")->required();
-    verb->add_option("--key", options->key, kKeyHelp)->required();
-    AddConditions(*verb, "", "the dark frames", options->conditions);
-    verb->add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-        ->required();
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("file", options->file, "Calibration file: created, or added to when it exists").Required();
+    verb.Option("--key", options->key, kKeyHelp).Required();
+    AddConditions(verb, "", "the dark frames", options->conditions);
+    verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack").Required();
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

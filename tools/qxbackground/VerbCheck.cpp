@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kDeparts = 1;
 
-void Run(TContext& context, const std::string& path)
+void Check(TContext& context, const std::string& path)
 {
     TCalibrationWalk walk = WalkCalibrationFile(path);
     // The walk is this program's own reading of the format; the library has the last word on its own files.
@@ -40,13 +40,16 @@ void Run(TContext& context, const std::string& path)
 
 } // namespace
 
-void AddCheckVerb(CLI::App& app, TContext& context)
+void AddCheckVerb(const TVerb& app, TContext& context)
 {
-    CLI::App* const verb =
-        app.add_subcommand("check", "Check every record of a calibration file. Exit status: 0 loads whole, 1 does not");
-    const auto file = std::make_shared<std::string>();
-    verb->add_option("file", *file, "Calibration file")->required();
-    verb->callback([&context, file] { Run(context, *file); });
+    const TVerb verb =
+        app.Add("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
+    const auto files = std::make_shared<std::vector<std::string>>();
+    verb.Option("files", *files, "Calibration files").Required();
+    verb.Run([&context, files] {
+        for (const std::string& file : *files)
+            Check(context, file);
+    });
 }
 
 } // namespace workbench

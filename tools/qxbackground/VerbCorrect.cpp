@@ -38,16 +38,15 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddCorrectVerb(CLI::App& app, const TContext& context)
+void AddCorrectVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("correct", "Build a correction from dark frames and apply it to images");
+    const TVerb verb = app.Add("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("--dark", options->darks,
-                     "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
-        ->required();
-    AddConditions(*verb, "dark-", "the dark frames", options->darkConditions);
-    AddCorrectOptions(*verb, options->correct);
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("--dark", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
+        .Required();
+    AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
+    AddCorrectOptions(verb, options->correct);
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

@@ -26,13 +26,13 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddDeleteVerb(CLI::App& app, const TContext& context)
+void AddDeleteVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("delete", "Delete a correction from a calibration file");
+    const TVerb verb = app.Add("delete", "Delete a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("file", options->file, "Calibration file")->required();
-    verb->add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

@@ -37,14 +37,14 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddImportVerb(CLI::App& app, const TContext& context)
+void AddImportVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("import", "Copy corrections from one calibration file into another");
+    const TVerb verb = app.Add("import", "Copy corrections from one calibration file into another");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("dest", options->destination, "File to add to; created when missing")->required();
-    verb->add_option("src", options->source, "File to copy from; not changed")->required();
-    verb->add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("dest", options->destination, "File to add to; created when missing").Required();
+    verb.Option("src", options->source, "File to copy from; not changed").Required();
+    verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

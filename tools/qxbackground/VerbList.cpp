@@ -4,6 +4,8 @@
 #include "Listing.h"
 #include "Verbs.h"
 
+#include <nlohmann/json.hpp>
+
 #include <iostream>
 #include <memory>
 
@@ -40,13 +42,13 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddListVerb(CLI::App& app, const TContext& context)
+void AddListVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("list", "List a calibration file's corrections (reads no pixels)");
+    const TVerb verb = app.Add("list", "List a calibration file's corrections (reads no pixels)");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("file", options->file, "Calibration file")->required();
-    verb->add_flag("--json", options->json, "Print as JSON");
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Flag("--json", options->json, "Print as JSON");
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

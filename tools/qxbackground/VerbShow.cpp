@@ -83,14 +83,14 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddShowVerb(CLI::App& app, const TContext& context)
+void AddShowVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const verb = app.add_subcommand("show", "Show one stored correction: statistics, histogram, picture");
+    const TVerb verb = app.Add("show", "Show one stored correction: statistics, histogram, picture");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("file", options->file, "Calibration file")->required();
-    verb->add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb->add_option("-o,--output", options->picture, "Write a PNG picture of it");
-    verb->callback([&context, options] { Run(context, *options); });
+    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
+    verb.Option("-o,--output", options->picture, "Write a PNG picture of it");
+    verb.Run([&context, options] { Run(context, *options); });
 }
 
 } // namespace workbench

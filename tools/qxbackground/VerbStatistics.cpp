@@ -43,13 +43,13 @@ void Run(const TOptions& options)
 
 } // namespace
 
-void AddStatisticsVerb(CLI::App& app)
+void AddStatisticsVerb(const TVerb& app)
 {
-    CLI::App* const verb = app.add_subcommand("statistics", "Print the statistics of images");
+    const TVerb verb = app.Add("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TOptions>();
-    verb->add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")->required();
-    verb->add_flag("--json", options->json, "Print as JSON");
-    verb->callback([options] { Run(*options); });
+    verb.Option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together").Required();
+    verb.Flag("--json", options->json, "Print as JSON");
+    verb.Run([options] { Run(*options); });
 }
 
 } // namespace workbench

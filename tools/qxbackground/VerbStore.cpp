@@ -6,6 +6,8 @@
 #include "StoreVerbs.h"
 #include "Verbs.h"
 
+#include <nlohmann/json.hpp>
+
 #include <filesystem>
 #include <functional>
 #include <iostream>
@@ -105,37 +107,37 @@ void Apply(const TContext& context, const TApplyOptions& options)
 
 } // namespace
 
-void AddStoreOptions(CLI::App& verb, TStoreOptions& options)
+void AddStoreOptions(const TVerb& verb, TStoreOptions& options)
 {
-    verb.add_option("base", options.base, "Base name of the store's files, with their folder; or any one of the files")
-        ->required();
-    verb.add_option("--group", options.groups,
-                    "A grouping name; one --group for each, in their order. Not needed with the name of a file")
-        ->allow_extra_args(false);
+    verb.Option("base", options.base, "Base name of the store's files, with their folder; or any one of the files")
+        .Required();
+    verb.Option("--group", options.groups,
+                "A grouping name; one --group for each, in their order. Not needed with the name of a file")
+        .OneAtATime();
 }
 
-void AddStoreVerb(CLI::App& app, const TContext& context)
+void AddStoreVerb(const TVerb& app, const TContext& context)
 {
-    CLI::App* const store = app.add_subcommand("store", "Work with an offline store: one calibration file per group");
-    store->footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
-                  "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
-                  "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
-    store->require_subcommand(1);
-    AddStoreChangeVerbs(*store, context);
+    const TVerb store = app.Add("store", "Work with an offline store: one calibration file per group");
+    store.Footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
+                 "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
+                 "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
+    store.NeedsOneVerb();
+    AddStoreChangeVerbs(store, context);
     {
-        CLI::App* const verb = store->add_subcommand("list", "List a store's groups and corrections (reads no pixels)");
+        const TVerb verb = store.Add("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TListOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_flag("--json", options->json, "Print as JSON");
-        verb->callback([&context, options] { List(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Flag("--json", options->json, "Print as JSON");
+        verb.Run([&context, options] { List(context, *options); });
     }
     {
-        CLI::App* const verb = store->add_subcommand("apply", "Correct images with a correction of a store");
+        const TVerb verb = store.Add("apply", "Correct images with a correction of a store");
         const auto options = std::make_shared<TApplyOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_option("--key", options->key, "Which correction; its group is found by its key")->required();
-        AddCorrectOptions(*verb, options->correct);
-        verb->callback([&context, options] { Apply(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Option("--key", options->key, "Which correction; its group is found by its key").Required();
+        AddCorrectOptions(verb, options->correct);
+        verb.Run([&context, options] { Apply(context, *options); });
     }
 }
 

@@ -186,44 +186,41 @@ void Copy(const TContext& context, const TCopyOptions& options)
 
 } // namespace
 
-void AddStoreChangeVerbs(CLI::App& store, const TContext& context)
+void AddStoreChangeVerbs(const TVerb& store, const TContext& context)
 {
     {
-        CLI::App* const verb =
-            store.add_subcommand("add", "Build a correction from dark frames and add it to its group");
+        const TVerb verb = store.Add("add", "Build a correction from dark frames and add it to its group");
         const auto options = std::make_shared<TAddOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
-        AddConditions(*verb, "", "the dark frames", options->conditions);
-        verb->add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-            ->required();
-        verb->callback([&context, options] { Add(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2").Required();
+        AddConditions(verb, "", "the dark frames", options->conditions);
+        verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack").Required();
+        verb.Run([&context, options] { Add(context, *options); });
     }
     {
-        CLI::App* const verb = store.add_subcommand("delete", "Delete a correction from its group file");
+        const TVerb verb = store.Add("delete", "Delete a correction from its group file");
         const auto options = std::make_shared<TKeyOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_option("--key", options->key, "Which correction")->required();
-        verb->callback([&context, options] { Delete(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Option("--key", options->key, "Which correction").Required();
+        verb.Run([&context, options] { Delete(context, *options); });
     }
     {
-        CLI::App* const verb =
-            store.add_subcommand("import", "Copy corrections from a calibration file or another store into this one");
+        const TVerb verb =
+            store.Add("import", "Copy corrections from a calibration file or another store into this one");
         const auto options = std::make_shared<TImportOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_option("src", options->source, "Calibration file, base name or group file; not changed")->required();
-        verb->add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
-        verb->callback([&context, options] { Import(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Option("src", options->source, "Calibration file, base name or group file; not changed").Required();
+        verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb.Run([&context, options] { Import(context, *options); });
     }
     {
-        CLI::App* const verb = store.add_subcommand("copy", "Copy a store to another base name");
+        const TVerb verb = store.Add("copy", "Copy a store to another base name");
         const auto options = std::make_shared<TCopyOptions>();
-        AddStoreOptions(*verb, options->store);
-        verb->add_option("newbase", options->newBase, "Base name of the copy; a store of that name is replaced")
-            ->required();
-        verb->add_flag("--force", options->force,
-                       "Also remove files that the new base name claims though they are none of its group files");
-        verb->callback([&context, options] { Copy(context, *options); });
+        AddStoreOptions(verb, options->store);
+        verb.Option("newbase", options->newBase, "Base name of the copy; a store of that name is replaced").Required();
+        verb.Flag("--force", options->force,
+                  "Also remove files that the new base name claims though they are none of its group files");
+        verb.Run([&context, options] { Copy(context, *options); });
     }
 }
 

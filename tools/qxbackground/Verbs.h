@@ -3,22 +3,22 @@
 
 #include "Library.h"
 
-#include <CLI/CLI.hpp>
+#include "CommandLine.h"
 
 namespace workbench {
 
 // Each adds one verb to the command line. The verb runs while the command line is parsed, with `context` filled.
-void AddCorrectVerb(CLI::App& app, const TContext& context);
-void AddSimulateVerb(CLI::App& app);
-void AddBuildVerb(CLI::App& app, const TContext& context);
-void AddListVerb(CLI::App& app, const TContext& context);
-void AddShowVerb(CLI::App& app, const TContext& context);
-void AddApplyVerb(CLI::App& app, const TContext& context);
-void AddImportVerb(CLI::App& app, const TContext& context);
-void AddDeleteVerb(CLI::App& app, const TContext& context);
-void AddCheckVerb(CLI::App& app, TContext& context);
-void AddStoreVerb(CLI::App& app, const TContext& context);
-void AddStatisticsVerb(CLI::App& app);
+void AddCorrectVerb(const TVerb& app, const TContext& context);
+void AddSimulateVerb(const TVerb& app);
+void AddBuildVerb(const TVerb& app, const TContext& context);
+void AddListVerb(const TVerb& app, const TContext& context);
+void AddShowVerb(const TVerb& app, const TContext& context);
+void AddApplyVerb(const TVerb& app, const TContext& context);
+void AddImportVerb(const TVerb& app, const TContext& context);
+void AddDeleteVerb(const TVerb& app, const TContext& context);
+void AddCheckVerb(const TVerb& app, TContext& context);
+void AddStoreVerb(const TVerb& app, const TContext& context);
+void AddStatisticsVerb(const TVerb& app);
 
 } // namespace workbench
 

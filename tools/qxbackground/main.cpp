@@ -28,34 +28,31 @@ int main(int argumentCount, char** arguments)
 {
     using namespace workbench;
     TContext context;
-    CLI::App app("Background correction of 16-bit camera images from the command line.\n"
-                 "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line that "
-                 "says why.",
-                 "qxbackground");
-    app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str();
-    app.require_subcommand(1);
-    AddCorrectVerb(app, context);
-    AddBuildVerb(app, context);
-    AddListVerb(app, context);
-    AddShowVerb(app, context);
-    AddApplyVerb(app, context);
-    AddImportVerb(app, context);
-    AddDeleteVerb(app, context);
-    AddCheckVerb(app, context);
-    AddStoreVerb(app, context);
-    AddSimulateVerb(app);
-    AddStatisticsVerb(app);
-
+    const auto addVerbs = [&context](const TVerb& app) {
+        app.Option("--library", context.libraryPath, "Library file to load").ShowDefault();
+        AddCorrectVerb(app, context);
+        AddBuildVerb(app, context);
+        AddListVerb(app, context);
+        AddShowVerb(app, context);
+        AddApplyVerb(app, context);
+        AddImportVerb(app, context);
+        AddDeleteVerb(app, context);
+        AddCheckVerb(app, context);
+        AddStoreVerb(app, context);
+        AddSimulateVerb(app);
+        AddStatisticsVerb(app);
+    };
     CatchInterrupts();
     try {
-        app.parse(argumentCount, arguments);
+        RunCommandLine(
+            argumentCount, arguments, "qxbackground",
+            "Background correction of 16-bit camera images from the command line.\n"
+            "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line "
+            "that says why.",
+            addVerbs);
         if (std::fflush(stdout) != 0)
             return Report("cannot write to the standard output");
         return context.status;
-    } catch (const CLI::Success& success) { // help was asked for
-        return app.exit(success);
-    } catch (const CLI::ParseError& error) {
-        return Report(error.what());
     } catch (const std::bad_alloc&) {
         return Report("there is not enough memory");
     } catch (const std::exception& error) {

@@ -1,0 +1,155 @@
+// What only this family of systems has: full and endless devices, pipes, permissions, file systems made for a test.
+#include "file/ProcessorDriver.h"
+#include "file/SampleFiles.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::uint32_t kMinusOne = 4294967295u;
+
+std::size_t OpenDescriptors()
+{
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        count += entry.exists() ? 1u : 0u;
+    }
+    return count;
+}
+
+class PosixFiles : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        descriptors = OpenDescriptors();
+        processor.SetActiveCorrection("nobody");
+    }
+    void TearDown() override { EXPECT_EQ(OpenDescriptors(), descriptors) << "a stream was left open"; }
+
+    void StoreLarge()
+    {
+        ProcessorDriver::Store(processor,
+                               {"large", 1000, 500, 0x3F800000, 0x3F800000, std::vector<std::uint16_t>(500'000, 1)});
+    }
+
+    TTemporaryFolder folder;
+    TBackgroundCorrectionProcessorUINT16 processor;
+    std::size_t descriptors = 0;
+};
+
+TEST_F(PosixFiles, FullDeviceFailsASaveThatIsWrittenAtOnce)
+{
+    StoreLarge();
+    EXPECT_EQ(processor.SaveFile("/dev/full"), 4294967295u);
+    EXPECT_STREQ(processor.FileMessage(), "Couldn't read Data from calibration file.");
+    EXPECT_EQ(processor.SaveGroupedFile("/dev/full", {"A"}), kMinusOne);
+    EXPECT_STREQ(processor.GetLastErrorMessage(), "Background correction key not found - 'nobody'");
+}
+
+TEST_F(PosixFiles, FullDeviceNoticedOnlyAtTheEndFailsTheSaveToo)
+{
+    EXPECT_EQ(processor.SaveFile("/dev/full"), kMinusOne);
+    EXPECT_EQ(processor.SaveGroupedFile("/dev/full", {}), kMinusOne);
+    ProcessorDriver::Store(processor, SampleFiles::TwoCorrections().corrections);
+    EXPECT_EQ(processor.SaveFile("/dev/full"), kMinusOne);
+    EXPECT_STREQ(processor.GetLastErrorMessage(), "Background correction key not found - 'nobody'");
+}
+
+TEST_F(PosixFiles, FullDiskFailsTheSaveAndKeepsWhatWasWritten)
+{
+    const std::string disk = folder.File("disk");
+    std::filesystem::create_directory(disk);
+    if (mount("qxbc", disk.c_str(), "tmpfs", 0, "size=64k") != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    const std::string path = disk + "/file.qxb";
+    StoreLarge();
+    const unsigned int result = processor.SaveFile(path.c_str());
+    const auto size = std::filesystem::file_size(path);
+    TBackgroundCorrectionProcessorUINT16 reader;
+    const unsigned int loaded = reader.LoadFile(path.c_str());
+    umount(disk.c_str());
+    EXPECT_EQ(result, kMinusOne);
+    EXPECT_STREQ(processor.FileMessage(), "Couldn't read Data from calibration file.");
+    EXPECT_GT(size, 0u);
+    EXPECT_LE(size, 65536u);
+    EXPECT_EQ(loaded, kMinusOne);
+}
+
+TEST_F(PosixFiles, PipeAndDeviceAreRefusedWithoutWaiting)
+{
+    const std::string pipe = folder.File("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::string paths[] = {pipe, "/dev/zero", "/dev/null"};
+    for (const std::string& path : paths) {
+        for (const TLoadKind kind : kEveryLoad) {
+            const TLoadOutcome outcome = ProcessorDriver::Load(processor, path.c_str(), kind);
+            EXPECT_EQ(outcome.result, 769u);
+            EXPECT_EQ(outcome.mainText, "Could not open file - '" + path + "'");
+        }
+    }
+}
+
+TEST_F(PosixFiles, ReadOnlyFolderAndUnreadableFileAre769)
+{
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "the superuser may write and read anything";
+    }
+    const std::string path = folder.File("file.qxb");
+    FileBytes::WriteFile(path, SampleFiles::EmptyList().bytes);
+    ASSERT_EQ(chmod(path.c_str(), 0), 0);
+    EXPECT_EQ(processor.LoadFile(path.c_str()), 769u);
+    EXPECT_EQ(processor.GetLastErrorMessage(), "Could not open file - '" + path + "'");
+    EXPECT_EQ(processor.SaveFile(path.c_str()), 769u);
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0500), 0);
+    EXPECT_EQ(processor.SaveFile(folder.File("new.qxb").c_str()), 769u);
+    ASSERT_EQ(chmod(folder.Path().c_str(), 0700), 0);
+}
+
+TEST_F(PosixFiles, ReadOnlyFileSystemIs769)
+{
+    const std::string disk = folder.File("disk");
+    std::filesystem::create_directory(disk);
+    if (mount("qxbc", disk.c_str(), "tmpfs", MS_RDONLY, "size=64k") != 0) {
+        GTEST_SKIP() << "no file system can be mounted here";
+    }
+    const std::string path = disk + "/file.qxb";
+    const unsigned int result = processor.SaveFile(path.c_str());
+    umount(disk.c_str());
+    EXPECT_EQ(result, 769u);
+    EXPECT_EQ(processor.GetLastErrorMessage(), "Could not create file - '" + path + "'");
+}
+
+TEST_F(PosixFiles, BackslashSeparatesFoldersToo)
+{
+    const std::string path = folder.Path() + "\\file.qxb";
+    ProcessorDriver::Store(processor, SampleFiles::OneCorrection().corrections);
+    EXPECT_EQ(processor.SaveFile(path.c_str()), 0u);
+    EXPECT_EQ(FileBytes::Difference(FileBytes::ReadFile(folder.File("file.qxb")), SampleFiles::OneCorrection().bytes),
+              "");
+    EXPECT_EQ(processor.LoadFile(path.c_str()), 0u);
+}
+
+TEST_F(PosixFiles, NoLoadLeavesAStreamOpen)
+{
+    const std::string path = folder.File("file.qxb");
+    const FileBytes::TBytes whole = SampleFiles::Grouped().bytes;
+    for (std::size_t length = 0; length < whole.size(); length += 11) {
+        FileBytes::WriteFile(path, {whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)});
+        for (const TLoadKind kind : kEveryLoad) {
+            ProcessorDriver::Load(processor, path.c_str(), kind);
+            ASSERT_EQ(OpenDescriptors(), descriptors) << length;
+        }
+    }
+}
+
+} // namespace

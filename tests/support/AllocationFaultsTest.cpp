@@ -13,6 +13,13 @@ struct alignas(64) TWide {
     char bytes[64];
 };
 
+// Compilers may leave out memory that nobody looks at.
+const void* Keep(const void* block)
+{
+    const void* const volatile kept = block;
+    return kept;
+}
+
 TEST(AllocationFaults, FailsOnlyTheChosenAllocation)
 {
     TAllocationFaults faults(2);
@@ -37,14 +44,14 @@ TEST(AllocationFaults, FailsForGood)
         const TAllocationFaults faults(1, TFaultRepeat::kForGood);
         for (int i = 0; i < 3; ++i) {
             try {
-                const std::vector<char> block(100);
+                Keep(std::vector<char>(100).data());
             } catch (const std::bad_alloc&) {
                 ++thrown;
             }
         }
     }
     EXPECT_EQ(thrown, 3);
-    EXPECT_NO_THROW(std::vector<char>(100));
+    EXPECT_NO_THROW(Keep(std::vector<char>(100).data()));
 }
 
 TEST(AllocationFaults, CountsLiveBlocksOfEveryForm)
@@ -57,6 +64,10 @@ TEST(AllocationFaults, CountsLiveBlocksOfEveryForm)
         const auto several = std::make_unique<int[]>(5);
         const auto wide = std::make_unique<TWide>();
         const auto manyWide = std::make_unique<TWide[]>(3);
+        Keep(single.get());
+        Keep(several.get());
+        Keep(wide.get());
+        Keep(manyWide.get());
         within = TAllocationFaults::LiveBlocks();
         isAligned = reinterpret_cast<std::uintptr_t>(wide.get()) % 64 == 0 &&
                     reinterpret_cast<std::uintptr_t>(manyWide.get()) % 64 == 0;

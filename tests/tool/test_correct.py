@@ -1,11 +1,13 @@
 """qxbackground correct: equal to the library pixel for pixel, clear about everything it refuses."""
 import json
 import os
+import pty
 import resource
+import signal
 import struct
 import subprocess
 import sys
-from pathlib import Path
+import time
 
 import numpy as np
 
@@ -248,7 +250,6 @@ class Refusals(ToolTest):
         (self.folder / "o.tif").write_bytes(b"old")
 
         def limit():
-            import signal
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (100_000, 100_000))
         result = self.run_tool("correct", "--dark", "dark.tif", *conditions(), "big.tif", "-o", "o.tif",
@@ -261,6 +262,44 @@ class Refusals(ToolTest):
     def test_a_library_that_is_not_there(self):
         self.refused("--library", "/nowhere/lib.so", "correct", "--dark", "d.tif", *conditions(), "i.tif", "-o",
                      "o.tif", says=["/nowhere/lib.so"])
+
+
+class AtTheTerminal(ToolTest):
+    def start(self, **how):
+        self.write("d.tif", self.images(1, 300, 300))
+        self.write("i.tif", self.images(1, 300, 300) * 400)
+        return subprocess.Popen([TOOL, *map(str, ["correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif"])],
+                                cwd=self.folder, stdout=subprocess.PIPE, **how)
+
+    def test_a_progress_bar_is_drawn_on_a_terminal_only(self):
+        master, terminal = pty.openpty()
+        process = self.start(stderr=terminal)
+        os.close(terminal)
+        drawn = b""
+        try:
+            while chunk := os.read(master, 4096):
+                drawn += chunk
+        except OSError:  # the other side was closed
+            pass
+        os.close(master)
+        process.communicate()
+        self.assertEqual(process.returncode, 0)
+        self.assertIn(b"Correcting [", drawn)
+        self.assertIn(b"100 %", drawn)
+        self.assertTrue(drawn.endswith(b"\x1b[K"), "the bar is wiped at the end")
+        process = self.start(stderr=subprocess.PIPE)
+        self.assertEqual(process.communicate()[1], b"")
+
+    def test_an_interrupted_run_leaves_nothing_behind(self):
+        process = self.start(stderr=subprocess.PIPE)
+        deadline = time.monotonic() + 60
+        while not list(self.folder.glob(".qxbackground-*")) and time.monotonic() < deadline:
+            time.sleep(0.001)
+        process.send_signal(signal.SIGTERM)
+        error = process.communicate()[1].decode()
+        self.assertEqual(process.returncode, 2)
+        self.assertIn("interrupted", error)
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["d.tif", "i.tif"])
 
 
 class Memory(ToolTest):

@@ -79,7 +79,8 @@ int Dump(QX_KRLSDK::QX_IBackgroundCorrection* object, char** a)
         Require(object, object->SetExposureAndIntensity(exposure, intensity));
         Require(object, object->GetRegion(&left, &top, &width, &height));
         TPixels image(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 65535);
-        Require(object, object->ApplyCorrection(image.data(), width * height, nullptr, 0, nullptr, false, false, false));
+        Require(object,
+                object->ApplyCorrection(image.data(), width * height, nullptr, 0, nullptr, false, false, false));
         for (unsigned short& pixel : image)
             pixel = static_cast<unsigned short>(65535 - pixel);
         Append(out, image);

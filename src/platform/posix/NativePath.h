@@ -3,33 +3,30 @@
 #define PLATFORM_POSIX_NATIVEPATH_H
 
 #include <algorithm>
-#include <exception>
-#include <string>
+#include <climits>
+#include <cstring>
 
 namespace Platform {
 
-// A copy of a path with every "\" turned into "/". Not valid for a null path and when there is no memory for it.
+// A copy of a path with every "\" turned into "/". Not valid for a null path and for one that is longer than the system
+// takes. Needs no memory: want of memory would look like a file that does not exist, and a store that believes so
+// begins the file's group anew.
 class TNativePath {
 public:
     explicit TNativePath(const char* path) noexcept
     {
-        if (path == nullptr) {
-            return;
-        }
-        try {
-            text = path;
-            std::replace(text.begin(), text.end(), '\\', '/');
+        const std::size_t length = path != nullptr ? std::strlen(path) : sizeof text;
+        if (length < sizeof text) {
+            std::replace_copy(path, path + length + 1, text, '\\', '/');
             valid = true;
-        } catch (const std::exception&) {
-            valid = false;
         }
     }
 
     bool IsValid() const noexcept { return valid; }
-    const char* Text() const noexcept { return text.c_str(); }
+    const char* Text() const noexcept { return text; }
 
 private:
-    std::string text;
+    char text[PATH_MAX]; // set while valid; the system's limit counts the terminator
     bool valid = false;
 };
 

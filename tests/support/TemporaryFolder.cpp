@@ -7,8 +7,9 @@
 
 namespace fs = std::filesystem;
 
-TTemporaryFolder::TTemporaryFolder()
+TTemporaryFolder::TTemporaryFolder(const std::string& parent)
 {
+    const fs::path folder = parent.empty() ? fs::temp_directory_path() : fs::path(parent);
     // Tests of several processes run at the same time: try names until one was free.
     std::random_device random;
     for (;;) {

@@ -4,10 +4,11 @@
 
 #include <string>
 
-// Made with the object, empty, under the system's folder for temporary files; removed with it and all it holds then.
+// Made with the object, empty, under the system's folder for temporary files or another one; removed with it and all it
+// holds then.
 class TTemporaryFolder {
 public:
-    TTemporaryFolder();
+    explicit TTemporaryFolder(const std::string& parent = std::string());
     ~TTemporaryFolder();
     TTemporaryFolder(const TTemporaryFolder&) = delete;
     TTemporaryFolder& operator=(const TTemporaryFolder&) = delete;

@@ -1,0 +1,137 @@
+// The register behind the list of corrections and the store's keys, against a plain sequence.
+#include "data/OrderedRegister.h"
+
+#include "support/AllocationFaults.h"
+#include "support/RandomImages.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct TTextOrder {
+    static const char* Text(const std::string& value) { return value.c_str(); }
+    static int Compare(const char* left, const char* right) { return std::strcmp(left, right); }
+};
+using TRegister = TOrderedRegister<std::string, TTextOrder>;
+
+std::vector<std::string> Values(const TRegister& values)
+{
+    std::vector<std::string> all;
+    values.ForEach([&all](const std::string& value) { all.push_back(value); });
+    return all;
+}
+
+void ExpectEqual(const TRegister& values, const std::vector<std::string>& model)
+{
+    ASSERT_EQ(Values(values), model);
+    ASSERT_EQ(values.Count(), model.size());
+    for (std::size_t i = 0; i < model.size(); ++i) {
+        ASSERT_EQ(values.At(i), model[i]) << "at position " << i << " of " << model.size();
+    }
+}
+
+// Long enough that slots are renumbered many times; texts come several times each.
+TEST(OrderedRegister, FollowsASequenceThroughAppendingAndRemoving)
+{
+    TRandomImages random(1);
+    TRegister values;
+    std::vector<std::string> model;
+    for (int step = 0; step < 3000; ++step) {
+        const std::string text = std::to_string(random.Number(0, 150));
+        const bool growing = step / 300 % 2 == 0;
+        if (random.Number(0, 9) < (growing ? 8u : 2u)) {
+            values.Append(text);
+            model.push_back(text);
+        } else {
+            const std::size_t before = model.size();
+            model.erase(std::remove(model.begin(), model.end(), text), model.end());
+            ASSERT_EQ(values.Remove(text.c_str()), before - model.size());
+        }
+        ASSERT_EQ(values.Find(text.c_str()) != nullptr, std::count(model.begin(), model.end(), text) > 0);
+        if (step % 7 == 0) {
+            ASSERT_NO_FATAL_FAILURE(ExpectEqual(values, model)) << "step " << step;
+        }
+    }
+}
+
+TEST(OrderedRegister, StartsAnewAfterClear)
+{
+    TRegister values;
+    for (int i = 0; i < 100; ++i) {
+        values.Append(std::to_string(i));
+    }
+    values.Remove("5");
+    values.Clear();
+    ExpectEqual(values, {});
+    values.Append(std::string("b"));
+    values.Append(std::string("a"));
+    ExpectEqual(values, {"b", "a"});
+}
+
+TEST(OrderedRegister, RemovesByTheTextOfAValueThatGoes)
+{
+    TRegister values;
+    values.Append(std::string(100, 'x')); // long, so that the text lies in memory of its own
+    values.Append(std::string("y"));
+    EXPECT_EQ(values.Remove(values.At(0).c_str()), 1u);
+    ExpectEqual(values, {"y"});
+}
+
+TEST(OrderedRegister, SwapsWithoutMovingValues)
+{
+    TRegister left;
+    TRegister right;
+    left.Append(std::string("a"));
+    right.Append(std::string("b"));
+    right.Append(std::string("c"));
+    const std::string* const value = &right.At(1);
+    left.Swap(right);
+    ExpectEqual(left, {"b", "c"});
+    ExpectEqual(right, {"a"});
+    EXPECT_EQ(&left.At(1), value);
+    left.Append(std::string("d"));
+    ExpectEqual(left, {"b", "c", "d"});
+}
+
+TEST(OrderedRegister, StaysAsItWasWhenMemoryRunsOut)
+{
+    const std::string text(200, 'x');
+    for (std::size_t size : {0u, 1u, 16u, 17u}) {
+        for (std::size_t failing = 1;; ++failing) {
+            TRegister values;
+            std::vector<std::string> model;
+            for (std::size_t i = 0; i < size; ++i) {
+                model.push_back(std::to_string(i));
+                values.Append(model.back());
+            }
+            bool failed = false;
+            {
+                TAllocationFaults memory(failing, TFaultRepeat::kOnce);
+                try {
+                    values.Append(text);
+                } catch (const std::bad_alloc&) {
+                    failed = true;
+                }
+            }
+            if (!failed) {
+                model.push_back(text);
+            }
+            ASSERT_NO_FATAL_FAILURE(ExpectEqual(values, model)) << "allocation " << failing;
+            values.Append(std::string("after"));
+            model.push_back("after");
+            ASSERT_NO_FATAL_FAILURE(ExpectEqual(values, model)) << "allocation " << failing;
+            if (!failed) {
+                ASSERT_GT(failing, 2u) << "nothing was made to fail";
+                break;
+            }
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,36 @@
+// Runs tests once for each instruction set that the library has kernels for.
+#ifndef QXBC_TESTS_FORCED_INSTRUCTION_SET_H
+#define QXBC_TESTS_FORCED_INSTRUCTION_SET_H
+
+#include "kernels/Dispatch.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+// A test of this fixture uses the kernels of its parameter, and is skipped where the processor lacks the instructions.
+class TForcedInstructionSet : public testing::TestWithParam<Platform::TInstructionSet> {
+protected:
+    void SetUp() override
+    {
+        if (GetParam() > Platform::BestInstructionSet()) {
+            GTEST_SKIP() << "this processor or system does not have the instruction set";
+        }
+        Kernels::chosenTable.store(&Kernels::TableFor(GetParam()));
+    }
+    void TearDown() override { Kernels::chosenTable.store(nullptr); }
+};
+
+inline std::string InstructionSetName(const testing::TestParamInfo<Platform::TInstructionSet>& info)
+{
+    const char* const names[] = {"Baseline", "Avx2", "Avx512"};
+    return names[static_cast<int>(info.param)];
+}
+
+#define QXBC_FOR_EVERY_INSTRUCTION_SET(Fixture)                                                                        \
+    INSTANTIATE_TEST_SUITE_P(Forced, Fixture,                                                                          \
+                             testing::Values(Platform::TInstructionSet::Baseline, Platform::TInstructionSet::Avx2,     \
+                                             Platform::TInstructionSet::Avx512),                                       \
+                             InstructionSetName)
+
+#endif

@@ -100,6 +100,24 @@ TEST_F(HostileFiles, CircleOfTwoThousandMillionEndsWhereRunningItOutWould)
     }
 }
 
+// A way round that comes upon a correction is no circle: the second time its key is taken.
+TEST_F(HostileFiles, WayRoundThroughACorrectionEndsWhenItsKeyIsTaken)
+{
+    const TBytes correction = SampleFiles::Correction("met twice", 1, 1, 1.0f, 1.0f, Hex("01 00"));
+    const std::uint32_t start = 46 + 12;
+    const std::uint32_t end = start + static_cast<std::uint32_t>(correction.size());
+    for (const std::uint32_t count : {5u, 1000u, kTwoThousandMillion, kTwoThousandMillion + 1}) {
+        const TBytes bytes = Join({SampleFiles::Beginning(count), Number(60), Number(1), Number(end), correction,
+                                   Number(60), Number(1), Number(start)});
+        for (const TLoadKind kind : kEveryLoad) {
+            const TLoadOutcome outcome = Load(bytes, kind);
+            EXPECT_EQ(outcome.result, 1024u);
+            EXPECT_EQ(outcome.corrections.size(), 1u);
+            ExpectAsModel(outcome, bytes, kind);
+        }
+    }
+}
+
 TEST_F(HostileFiles, LongWayThroughALargeFileIsFollowedQuickly)
 {
     // 40,000 records, each of which leads to one far away; the last leads back to the first.

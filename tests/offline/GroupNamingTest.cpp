@@ -336,6 +336,14 @@ TEST(BucketsTest, TellValuesApartByLetterCase)
     EXPECT_EQ(buckets.All().size(), 2u);
 }
 
+TEST(BucketsTest, TellValuesApartWhoseTextsJoinToTheSame)
+{
+    TBuckets buckets;
+    buckets.Add("A,1,B,12", Dual({"A", "B"}));
+    buckets.Add("A,11,B,2", Dual({"A", "B"}));
+    EXPECT_EQ(buckets.All().size(), 2u);
+}
+
 TEST(BucketsTest, WithoutNamesThereIsOne)
 {
     TBuckets buckets;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -127,9 +128,11 @@ void TStoreModelWorld::Sort(const std::string& below, std::vector<std::string>& 
         const auto found = std::find(order.begin(), order.end(), name);
         position = found != order.end() ? found + 1 : order.insert(position, name) + 1;
     }
-    const auto rank = [&order](const std::string& name) { return std::find(order.begin(), order.end(), name); };
-    std::stable_sort(names.begin(), names.end(),
-                     [&rank](const std::string& left, const std::string& right) { return rank(left) < rank(right); });
+    const auto rank = [&order](const std::string& name) {
+        return std::make_pair(std::find(order.begin(), order.end(), name), name);
+    };
+    std::sort(names.begin(), names.end(),
+              [&rank](const std::string& left, const std::string& right) { return rank(left) < rank(right); });
 }
 
 std::string TStoreModelWorld::Do(const TOperation& operation)

@@ -320,6 +320,14 @@ TEST_F(StoreSaveTest, SavingANamedStoreWritesTheLoadedGroupEvenUnmodified)
     EXPECT_EQ(store.Select("A,1,B,1"), 0u);
 }
 
+TEST_F(StoreSaveTest, SavingWritesAnEmptyGroupThatWasOnlyAskedFor)
+{
+    MakeNamedStore();
+    EXPECT_EQ(store.Select("A,9,B,9"), 513u);
+    EXPECT_EQ(store.Save("s"), 0u);
+    EXPECT_EQ(folder.Files(), (TFiles{{"s_A_1_B_1", first}, {"s_A_2_B_1", second}, {"s_A_9_B_9", Grouped(kAB, {})}}));
+}
+
 TEST_F(StoreSaveTest, SavingANamedStoreWithoutGroupToItselfWritesNothing)
 {
     MakeNamedStore();

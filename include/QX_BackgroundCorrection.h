@@ -80,7 +80,8 @@ const unsigned int kMaximumKeyLength = 512;
 
 /// An object of the host that ApplyCorrection may hand its work to. The library calls it during that call only, while
 /// it holds the object's lock, and never owns or keeps it. The result of each operation becomes the result of
-/// ApplyCorrection. Operations must not throw.
+/// ApplyCorrection. Operations must not throw. They may call the object back on the same thread (the background they
+/// were given is gone once a setting or the active correction changes), but must not wait for another thread that does.
 ///
 /// The first six operations are reserved: the library never calls them. There is deliberately no virtual destructor,
 /// which would shift the operations by one slot in one compiler's tables and by two in another's.

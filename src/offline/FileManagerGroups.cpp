@@ -53,8 +53,7 @@ unsigned int TBackgroundCorrectionFileManager::SelectGroup(const TDualString& ke
                 }
                 currentGroup.processor->SaveGroupedFile(oldPath.Text(), GroupFiles::NarrowTexts(groupingNames));
             }
-            currentGroup.processor = std::move(processor);
-            currentGroup.values = std::move(values);
+            ReplaceCurrentGroup(std::move(processor), std::move(values));
         }
     }
     if (currentGroup.processor == nullptr) {
@@ -89,8 +88,22 @@ void TBackgroundCorrectionFileManager::ApplyPendingSettings(TProcessor& processo
 void TBackgroundCorrectionFileManager::ReleaseCurrentGroup()
 {
     const TGuard guard(lock.Get());
-    currentGroup.processor.reset();
-    currentGroup.values.clear();
+    ReplaceCurrentGroup(nullptr, TTextList());
+}
+
+// The old processor goes, unless a call of its ApplyCorrection is on its way.
+void TBackgroundCorrectionFileManager::ReplaceCurrentGroup(std::unique_ptr<TProcessor> processor,
+                                                           TTextList values) noexcept
+{
+    currentGroup.processor.swap(processor);
+    currentGroup.values.swap(values);
+    TApplying* last = nullptr; // the call that returns last
+    for (TApplying* call = applying; call != nullptr; call = call->outer) {
+        last = processor != nullptr && call->processor == processor.get() ? call : last;
+    }
+    if (last != nullptr) {
+        last->dismissed = std::move(processor);
+    }
 }
 
 // The entry of a key spelled exactly so, or null; valid until another group is loaded. Looks it up by key instead of

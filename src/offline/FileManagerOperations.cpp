@@ -201,8 +201,9 @@ unsigned int TBackgroundCorrectionFileManager::ApplyCorrection(unsigned short* i
         return Fail(kFirstArgumentInvalid, Messages::kStoreImageNull);
     }
     if (currentGroup.processor != nullptr) {
-        return currentGroup.processor->ApplyCorrection(image, imageLength, output, outputLength, delegate, useDelegate,
-                                                       delegateProcessing, delegateOption);
+        const TApplying call(*this);
+        return call.processor->ApplyCorrection(image, imageLength, output, outputLength, delegate, useDelegate,
+                                               delegateProcessing, delegateOption);
     }
     if (headerOnly) {
         return Fail(kHeaderOnlyMode, Messages::kHeaderOnly);

@@ -76,6 +76,24 @@ private:
         TTextList values;
     };
 
+    // A call of ApplyCorrection on its way. The host's delegate may call back and have another group loaded; the
+    // processor that called the delegate then lives on here until the call returns.
+    struct TApplying {
+        explicit TApplying(TBackgroundCorrectionFileManager& manager)
+            : processor(manager.currentGroup.processor.get()), innermost(manager.applying), outer(manager.applying)
+        {
+            innermost = this;
+        }
+        ~TApplying() { innermost = outer; }
+        TApplying(const TApplying&) = delete;
+        TApplying& operator=(const TApplying&) = delete;
+
+        TProcessor* processor;
+        TApplying*& innermost;
+        TApplying* outer; // the call from whose delegate this one came, or null
+        std::unique_ptr<TProcessor> dismissed;
+    };
+
     struct TExactOrder {
         static const char* Text(const TDualString& text) noexcept { return text.Text(); }
         static int Compare(const char* left, const char* right) noexcept;
@@ -97,6 +115,7 @@ private:
     unsigned int SelectGroup(const TDualString& key);
     bool IsCurrentGroup(const TTextList& values) const;
     void ApplyPendingSettings(TProcessor& processor);
+    void ReplaceCurrentGroup(std::unique_ptr<TProcessor> processor, TTextList values) noexcept;
     void ReleaseCurrentGroup();
     TBackgroundCorrectionEntry* FindEntryForKey(const TDualString& key);
 
@@ -114,6 +133,7 @@ private:
     unsigned int CopyGroups(const TDualString& targetBase);
 
     GroupSlot currentGroup;
+    TApplying* applying = nullptr;       // the innermost call
     TKeyRegister keys;                   // of all groups, in the order in which they became known, as they were given
     TTextList groupingNames;             // in the order given
     TDualString baseFileName;            // empty while the store is unnamed

@@ -33,14 +33,11 @@ void ListDirectory(TDirectoryListing& listing)
     if (count == 0) {
         return;
     }
-    listing.names.resize(static_cast<std::size_t>(count));
-    int stored = 0;
-    for (Platform::TFolderSearch search(specification); search.HasName() && stored < count; search.Next()) {
-        listing.names[static_cast<std::size_t>(stored)] = search.Name();
-        ++stored;
+    listing.names.reserve(static_cast<std::size_t>(count));
+    for (Platform::TFolderSearch search(specification); search.HasName(); search.Next()) {
+        listing.names.emplace_back(search.Name());
     }
-    listing.names.resize(static_cast<std::size_t>(stored));
-    listing.count = stored;
+    listing.count = static_cast<int>(listing.names.size());
 }
 
 void FreeDirectoryListing(TDirectoryListing& listing)

@@ -32,9 +32,9 @@ TEST_F(ChangingFolderTest, NamesKeepTheOrderOfTheSystem)
     EXPECT_EQ(List({u"b", u".", u"a"}, {u"b", u".", u"a"}).names, (TNames{u"b", u".", u"a"}));
 }
 
-TEST_F(ChangingFolderTest, AFolderThatGrowsGivesNoMoreThanWereCounted)
+TEST_F(ChangingFolderTest, AFolderThatGrowsGivesTheNewNamesAndNoneOfTheOldIsLeftOut)
 {
-    EXPECT_EQ(List({u"a", u"b"}, {u"new", u"a", u"b", u"newer"}).names, (TNames{u"new", u"a"}));
+    EXPECT_EQ(List({u"a", u"b"}, {u"new", u"a", u"b", u"newer"}).names, (TNames{u"new", u"a", u"b", u"newer"}));
 }
 
 TEST_F(ChangingFolderTest, AFolderThatShrinksGivesWhatIsLeft)

@@ -8,7 +8,6 @@ namespace {
 
 constexpr std::uint32_t kMinusOne = 4294967295u;
 constexpr std::uint32_t kMinusTwo = 4294967294u;
-constexpr std::int64_t kMostAttempts = 2'000'000;
 
 // At most 256 characters, as the processor's buffers hold.
 std::string Cut(std::string text)
@@ -26,8 +25,9 @@ bool SameKey(const std::string& left, const std::string& right)
 
 class TLiteralReader {
 public:
-    TLiteralReader(const FileBytes::TBytes& fileBytes, const TLoadOutcome& before, const TLiteralFaults& plannedFaults)
-        : bytes(fileBytes), faults(plannedFaults), state(before)
+    TLiteralReader(const FileBytes::TBytes& fileBytes, const TLoadOutcome& before, const TLiteralFaults& plannedFaults,
+                   std::int64_t attemptLimit)
+        : bytes(fileBytes), faults(plannedFaults), mostAttempts(attemptLimit), state(before)
     {}
 
     std::optional<TLoadOutcome> Load(const std::string& path, TLoadKind kind)
@@ -111,7 +111,7 @@ private:
         const auto count = static_cast<std::int32_t>(stored);
         std::uint32_t result = 0;
         for (std::int64_t i = 0; i < count; ++i) {
-            if (i == kMostAttempts) {
+            if (i == mostAttempts) {
                 undecided = true;
                 return 0;
             }
@@ -290,6 +290,7 @@ private:
 
     const FileBytes::TBytes& bytes;
     TLiteralFaults faults;
+    std::int64_t mostAttempts;
     TLoadOutcome state;
     std::uint64_t position = 0;
     std::uint64_t reads = 0;
@@ -300,7 +301,8 @@ private:
 } // namespace
 
 std::optional<TLoadOutcome> LoadLiterally(const FileBytes::TBytes& bytes, const std::string& path, TLoadKind kind,
-                                          const TLoadOutcome& before, const TLiteralFaults& faults)
+                                          const TLoadOutcome& before, const TLiteralFaults& faults,
+                                          std::int64_t mostAttempts)
 {
-    return TLiteralReader(bytes, before, faults).Load(path, kind);
+    return TLiteralReader(bytes, before, faults, mostAttempts).Load(path, kind);
 }

@@ -21,9 +21,10 @@ struct TLiteralFaults {
 
 // What a load of a file with these bytes leaves behind. `before` is the state of the processor that loads it.
 //
-// Nothing when the loop over the corrections would run more than a few million times without standing at the end of the
-// file: there is no shortcut here that could be wrong.
+// Nothing when the loop over the corrections would run more often than `mostAttempts` without standing at the end of
+// the file: there is no shortcut here that could be wrong.
 std::optional<TLoadOutcome> LoadLiterally(const FileBytes::TBytes& bytes, const std::string& path, TLoadKind kind,
-                                          const TLoadOutcome& before, const TLiteralFaults& faults = {});
+                                          const TLoadOutcome& before, const TLiteralFaults& faults = {},
+                                          std::int64_t mostAttempts = 2'000'000);
 
 #endif

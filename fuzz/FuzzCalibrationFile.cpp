@@ -1,0 +1,215 @@
+// The bytes are a calibration file. It is loaded in every way by a processor, each load is compared with the literal
+// reader, and what was loaded is used, saved and loaded again; then a store opens it, whole and without pixels.
+#include "Check.h"
+#include "HostChecks.h"
+#include "LimitedMemory.h"
+#include "MemoryFiles.h"
+
+#include "file/LiteralReader.h"
+#include "file/ProcessorDriver.h"
+#include "file/SampleFiles.h"
+#include "offline/GroupNaming.h"
+#include "offline/TBackgroundCorrectionFileManager.h"
+#include "support/LiteralArithmetic.h"
+
+#include <algorithm>
+
+using FileBytes::TBytes;
+using HostChecks::TKind;
+
+namespace {
+
+constexpr char kPath[] = "d\\file";
+constexpr std::size_t kUsedCorrections = 4;
+constexpr std::size_t kMostNames = 64;
+constexpr std::int64_t kMostAttempts = 1000; // of the literal reader, which knows no shortcut
+
+bool IsLoadResult(unsigned int code)
+{
+    return code == 0 || code == 769 || code == 772 || code == 1024 || code == 4294967295u || code == 4294967294u;
+}
+
+Literal::TImage ImageOf(const TStoredCorrection& correction)
+{
+    return {static_cast<int>(correction.width), static_cast<int>(correction.height), correction.pixels};
+}
+
+// What activating a correction and setting nothing else subtracts, written down once more.
+std::vector<std::uint16_t> ExpectedBackground(const TStoredCorrection& correction, float exposure, float intensity)
+{
+    const float factor = Literal::ScaleFactor(exposure, intensity, Literal::LevelFraction(100),
+                                              FromBits(correction.exposureBits), FromBits(correction.intensityBits));
+    return Literal::Scale(ImageOf(correction), factor).pixels;
+}
+
+void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::vector<TStoredCorrection>& corrections)
+{
+    HostChecks::CheckState(processor, TKind::kProcessor);
+    for (std::size_t i = 0; i < std::min(corrections.size(), kUsedCorrections); ++i) {
+        const TStoredCorrection& correction = corrections[i];
+        FUZZ_CHECK_EQUAL(processor.SetActiveCorrection(correction.key.c_str()), 0u);
+        FUZZ_CHECK_EQUAL(std::string(processor.GetActiveCorrectionKey()), correction.key);
+        HostChecks::CheckState(processor, TKind::kProcessor);
+        float exposure = 0.0f;
+        float intensity = 0.0f;
+        processor.GetReferenceExposureAndIntensity(&exposure, &intensity);
+        FUZZ_CHECK_EQUAL(BitsOf(exposure), correction.exposureBits);
+        FUZZ_CHECK_EQUAL(BitsOf(intensity), correction.intensityBits);
+        if (!correction.pixels.empty()) {
+            FUZZ_CHECK_EQUAL(processor.SetExposureAndIntensity(1.5f, 30.0f), 0u);
+            const auto background = HostChecks::CheckApplication(processor);
+            FUZZ_CHECK(!background || *background == ExpectedBackground(correction, 1.5f, 30.0f));
+            const Literal::TStatistics expected = Literal::CalculateStatistics(correction.pixels);
+            unsigned short statistics[3] = {};
+            processor.GetCorrectionStatistics(&statistics[0], &statistics[1], &statistics[2]);
+            FUZZ_CHECK(statistics[0] == expected.minimum && statistics[1] == expected.maximum &&
+                       statistics[2] == expected.average);
+        }
+    }
+}
+
+// A file of corrections that all have pixels, or none to have.
+TBytes Written(const std::vector<TStoredCorrection>& corrections)
+{
+    TBytes bytes = SampleFiles::Beginning(static_cast<std::uint32_t>(corrections.size()));
+    for (const TStoredCorrection& correction : corrections) {
+        TBytes pixels;
+        for (const std::uint16_t pixel : correction.pixels) {
+            pixels.push_back(static_cast<unsigned char>(pixel & 0xFF));
+            pixels.push_back(static_cast<unsigned char>(pixel >> 8));
+        }
+        const TBytes records =
+            SampleFiles::Correction(correction.key, correction.width, correction.height,
+                                    FromBits(correction.exposureBits), FromBits(correction.intensityBits), pixels);
+        bytes.insert(bytes.end(), records.begin(), records.end());
+    }
+    return bytes;
+}
+
+void SaveAndLoadAgain(TBackgroundCorrectionProcessorUINT16& processor,
+                      const std::vector<TStoredCorrection>& corrections, const std::vector<std::string>& groupingNames)
+{
+    const bool grouped = !groupingNames.empty();
+    FUZZ_CHECK_EQUAL(grouped ? processor.SaveGroupedFile("d\\saved", groupingNames) : processor.SaveFile("d\\saved"),
+                     0u);
+    const TBytes& saved = *MemoryFiles::Find("d\\saved");
+    FUZZ_CHECK(grouped || saved == Written(corrections));
+    TBackgroundCorrectionProcessorUINT16 again;
+    const TLoadOutcome outcome = ProcessorDriver::Load(again, "d\\saved", {grouped, false});
+    FUZZ_CHECK_EQUAL(outcome.result, 0u);
+    FUZZ_CHECK(outcome.corrections == corrections);
+    FUZZ_CHECK(!grouped || outcome.groupingNames == groupingNames);
+}
+
+// Corrections without pixels are in no state that a host could not reach: a load that fails ends header-only mode.
+void UseDescriptions(TBackgroundCorrectionProcessorUINT16& processor)
+{
+    HostChecks::CheckState(processor, TKind::kProcessor);
+    FUZZ_CHECK_EQUAL(processor.LoadFile("gone\\file"), 769u);
+    const unsigned int count = processor.GetNumberOfCorrections();
+    for (unsigned int i = 0; i < std::min<unsigned int>(count, kUsedCorrections); ++i) {
+        FUZZ_CHECK_EQUAL(processor.SetActiveCorrection(processor.GetCorrectionKey(i)), 0u);
+        HostChecks::CheckState(processor, TKind::kProcessor);
+        const auto background = HostChecks::CheckApplication(processor);
+        FUZZ_CHECK(!background || std::count(background->begin(), background->end(), std::uint16_t{0}) ==
+                                      static_cast<std::ptrdiff_t>(background->size()));
+    }
+    TBackgroundCorrectionProcessorUINT16 other;
+    FUZZ_CHECK_EQUAL(other.ImportCorrections(&processor, true), 0u);
+    FUZZ_CHECK(ProcessorDriver::Corrections(other) == ProcessorDriver::Corrections(processor));
+    const unsigned int saved = other.SaveFile("d\\saved");
+    FUZZ_CHECK(saved == 0 || saved == 4294967295u);
+}
+
+// Gives the number of grouping names.
+std::size_t LoadWithProcessor(const TBytes& bytes, TLoadKind kind)
+{
+    const TStoredCorrection held = {"Held", 2, 1, BitsOf(0.5f), BitsOf(100.0f), {1, 2}};
+    TBackgroundCorrectionProcessorUINT16 processor;
+    ProcessorDriver::Store(processor, held);
+    processor.SetActiveCorrection("held");
+    TLoadOutcome before;
+    before.corrections = {held};
+    before.active = true;
+
+    const TLoadOutcome outcome = ProcessorDriver::Load(processor, kPath, kind);
+    FUZZ_CHECK(IsLoadResult(outcome.result));
+    FUZZ_CHECK_EQUAL(MemoryFiles::OpenStreams(), 0u);
+    const auto model = LoadLiterally(bytes, kPath, kind, before, {}, kMostAttempts);
+    if (model && !(outcome == *model)) {
+        Fuzz::Fail(__FILE__, __LINE__,
+                   Describe(kind) + "\nlibrary: " + Describe(outcome) + "\nmodel: " + Describe(*model));
+    }
+    if (kind.headerOnly) {
+        UseDescriptions(processor);
+    } else {
+        UseCorrections(processor, outcome.corrections);
+        SaveAndLoadAgain(processor, outcome.corrections, outcome.groupingNames);
+    }
+    return outcome.groupingNames.size();
+}
+
+// Where a store looks for the file: under its base, the recorded names and, when the first key names a group, that.
+std::string StorePath(TTextList& names)
+{
+    TBackgroundCorrectionProcessorUINT16 reader;
+    std::vector<std::string> recordedNames;
+    std::uint32_t version = 0;
+    reader.LoadGroupedFileHeaderOnly(kPath, recordedNames, version);
+    names = TTextList(recordedNames.begin(), recordedNames.end());
+    TTextList values;
+    if (reader.GetNumberOfCorrections() == 0 ||
+        GroupNaming::ExtractGroupValues(reader.GetCorrectionKey(0), names, values) != 0) {
+        values = TTextList(names.size(), "1");
+    }
+    TDualString path;
+    FUZZ_CHECK_EQUAL(GroupNaming::BuildGroupFileName("d\\s", names, values, path), 0u);
+    return path.Narrow();
+}
+
+void OpenWithStore(const TBytes& bytes)
+{
+    TTextList names;
+    const std::string path = StorePath(names);
+    MemoryFiles::Put(path, bytes);
+    for (const bool headerOnly : {true, false}) {
+        TBackgroundCorrectionFileManager store;
+        const char* const grouping[] = {"A", "B"};
+        store.SetGroupingParameters(grouping, 2);
+        const unsigned int result = headerOnly ? store.LoadFileHeaderOnly(path.c_str()) : store.LoadFile(path.c_str());
+        FUZZ_CHECK(IsLoadResult(result) || result == 768);
+        FUZZ_CHECK(result == 0 || !headerOnly || store.GetNumberOfCorrections() == 0);
+        HostChecks::CheckState(store, TKind::kStore);
+        const unsigned int count = store.GetNumberOfCorrections();
+        for (unsigned int i = 0; i < std::min<unsigned int>(count, kUsedCorrections); ++i) {
+            const unsigned int chosen = store.SetActiveCorrection(store.GetCorrectionKey(i));
+            FUZZ_CHECK(IsLoadResult(chosen) || chosen == 513);
+            HostChecks::CheckState(store, TKind::kStore);
+            HostChecks::CheckApplication(store);
+        }
+        const unsigned int saved = store.SaveFile("d\\t");
+        FUZZ_CHECK(headerOnly && result == 0 ? saved == 770 : IsLoadResult(saved) || saved == 513);
+        HostChecks::CheckState(store, TKind::kStore);
+        FUZZ_CHECK_EQUAL(MemoryFiles::OpenStreams(), 0u);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const TLimitedMemory limitedMemory;
+    const TBytes bytes(data, data + size);
+    MemoryFiles::Clear();
+    MemoryFiles::MakeFolder("d");
+    MemoryFiles::Put(kPath, bytes);
+    // Thousands of grouping names take time and find nothing that a few would not: they are read once.
+    if (LoadWithProcessor(bytes, {true, false}) <= kMostNames) {
+        LoadWithProcessor(bytes, {true, true});
+        LoadWithProcessor(bytes, {false, false});
+        LoadWithProcessor(bytes, {false, true});
+        OpenWithStore(bytes);
+    }
+    MemoryFiles::Clear(); // what stays looks like a leak and is searched for every time
+    return 0;
+}

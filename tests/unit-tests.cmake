@@ -6,7 +6,7 @@ add_executable(qxbc_unit_tests)
 target_link_libraries(qxbc_unit_tests PRIVATE qxbc_core GTest::gtest GTest::gtest_main GTest::gmock)
 target_include_directories(qxbc_unit_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 
-foreach(folder support platform boundary kernels data file processor offline faults)
+foreach(folder support platform boundary kernels data file processor offline faults threads)
   if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt")
     add_subdirectory(${folder})
   endif()

@@ -233,6 +233,7 @@ TEST_F(StoreGroupsTest, ARegionIsPendingOnlyWithAllFourValues)
         store->SetRegion(values[0], values[1], values[2], values[3]);
         store.Add("A,1,B,1");
         EXPECT_EQ(Region(), (std::vector<int>{0, 0, 1, 1})) << unset;
+        EXPECT_EQ(store.InnerText(), "") << unset; // nor was it tried
     }
     store->ClearCorrections();
     store->SetRegion(2, 3, 4, 5); // not checked against anything while nothing is active

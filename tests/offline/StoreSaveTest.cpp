@@ -200,6 +200,16 @@ TEST_F(StoreSaveTest, SavingOntoAnUngroupedFileRemovesWhateverItsNameClaims)
     EXPECT_EQ(folder.Files(), (TFiles{{"old_A_1_B_1", first}, {"old_x", {2}}}));
 }
 
+TEST_F(StoreSaveTest, SavingOntoAFileOfOtherNamesRemovesItsStoreByThoseNames)
+{
+    folder.Write("s_X_1", Grouped({"X"}, {}));
+    folder.Write("s_X_2", Grouped({"X"}, {}));
+    folder.Write("s_Y_2", Grouped({"Y"}, {}));
+    store.Add("A,1,B,1", 100);
+    EXPECT_EQ(store.Save("s_X_1"), 0u);
+    EXPECT_EQ(folder.Files(), (TFiles{{"s_A_1_B_1", first}, {"s_Y_2", Grouped({"Y"}, {})}}));
+}
+
 TEST_F(StoreSaveTest, ABaseClaimsTheFilesOfEveryBaseThatItBegins)
 {
     store.Add("A,1,B,1", 100);

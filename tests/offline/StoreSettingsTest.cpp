@@ -203,6 +203,8 @@ TEST_F(StoreSettingsTest, ApplyWithoutGroupPassesTheImageThrough)
     EXPECT_EQ(store->ApplyCorrection(image, 2, output, 2, nullptr, false, false, false), 0u);
     EXPECT_EQ(std::vector<int>(output, output + 3), (std::vector<int>{1, 2, 7}));
     EXPECT_EQ(store->ApplyCorrection(image, 3, image, 3, nullptr, false, false, false), 0u);
+    EXPECT_EQ(store->ApplyCorrection(image + 2, 1, output, 1, nullptr, false, false, false), 0u);
+    EXPECT_EQ(std::vector<int>(output, output + 3), (std::vector<int>{3, 2, 7}));
     EXPECT_EQ(store.Text(), "");
 }
 
@@ -216,6 +218,7 @@ TEST_F(StoreSettingsTest, ApplyWithoutGroupWantsEqualLengths)
     EXPECT_EQ(output[0], 7);
     EXPECT_EQ(delegate.image, nullptr);
     EXPECT_EQ(store->ApplyCorrection(image, 3, image, 2, nullptr, false, false, false), 516u);
+    EXPECT_EQ(store->ApplyCorrection(image, 2, output, 3, nullptr, false, false, false), 516u);
 }
 
 TEST_F(StoreSettingsTest, ApplyWithoutGroupCopiesNothingForALengthBelowOne)

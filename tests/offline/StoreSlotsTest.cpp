@@ -144,6 +144,8 @@ TEST_F(StoreSlotsTest, ClearingForgetsGroupKeysBaseAndMode)
     EXPECT_EQ(Left(store, store->ClearCorrections()), (TOutcome{0, ""}));
     EXPECT_FALSE(store.HasGroup());
     EXPECT_EQ(store->GetNumberOfCorrections(), 0u);
+    unsigned short pixel = 5;
+    EXPECT_EQ(store->ApplyCorrection(&pixel, 1, nullptr, 0, nullptr, false, false, false), 0u);
     EXPECT_EQ(store.Add("A,3,B,3"), 0u);                                // not header-only
     EXPECT_EQ(store.Add("A,4,B,3"), 0u);                                // unnamed: no switch,
     EXPECT_EQ(store.Select("A,3,B,3"), 0u);                             // so both are in memory

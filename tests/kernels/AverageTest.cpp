@@ -37,6 +37,15 @@ TEST(Average, EqualsTheLiteralArithmeticOnAwkwardSizes)
     }
 }
 
+TEST(Average, EqualsTheLiteralArithmeticOnALargeImage)
+{
+    TRandomImages random(8);
+    for (const int frameCount : {2, 3, 4, 5, 9}) {
+        const auto frames = random.Stack(frameCount, kLargeSize.width, kLargeSize.height);
+        ASSERT_EQ(AverageOf(frames), Literal::Average(frames).pixels) << frameCount << " frames";
+    }
+}
+
 TEST(Average, RoundsHalfUp)
 {
     EXPECT_THAT(AverageOf({{3, 1, {1, 1, 0}}, {3, 1, {2, 1, 65535}}}), testing::ElementsAre(2, 1, 32768));

@@ -44,6 +44,13 @@ TEST(Median, EqualsTheLiteralArithmeticForEverySmallSize)
     }
 }
 
+TEST(Median, EqualsTheLiteralArithmeticOnALargeImage)
+{
+    TRandomImages random(9);
+    const Literal::TImage image = random.Image(kLargeSize.width, kLargeSize.height);
+    ASSERT_EQ(MedianOf(image), Literal::Median(image).pixels);
+}
+
 TEST(Median, FindsTheFifthOfNineInEveryOrder)
 {
     // Of nine different values only the order of each with the median matters: every choice of the four smaller ones.

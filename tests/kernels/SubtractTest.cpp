@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <vector>
 
 namespace {
@@ -25,7 +26,10 @@ TEST(Subtract, ClampsAtZero)
 TEST(Subtract, EqualsTheLiteralArithmeticAtEveryLength)
 {
     TRandomImages random(6);
-    for (int length = 0; length <= 130; ++length) {
+    std::vector<int> lengths(131);
+    std::iota(lengths.begin(), lengths.end(), 0);
+    lengths.push_back(kLargeSize.width * kLargeSize.height);
+    for (const int length : lengths) {
         const std::size_t count = static_cast<std::size_t>(length);
         const Literal::TImage image = random.Image(length, 1);
         const Literal::TImage background = random.Image(length, 1);

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -174,6 +176,41 @@ TEST(Activation, EndsWithALoadThatReplacesTheList)
     unsigned short image[6] = {9, 9, 9, 9, 9, 9};
     EXPECT_EQ(object->ApplyCorrection(image, 6, nullptr, 0, nullptr, false, false, false), 0u);
     EXPECT_THAT(image, testing::Each(9));
+}
+
+TEST(Activation, EndsWithAFailedLoadExactlyWhenThatClearedTheList)
+{
+    const TTemporaryFolder folder;
+    const std::string path = folder.File("corrections.cal");
+    const TTestObject writer;
+    writer.Store("other", kTall);
+    ASSERT_EQ(writer->SaveFile(path.c_str()), 0u);
+    std::ifstream whole(path, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(whole)), std::istreambuf_iterator<char>());
+    whole.close();
+
+    int survivals = 0;
+    int ends = 0;
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes.substr(0, length);
+        const TTestObject object;
+        object.Store("kept", kTall);
+        object->SetActiveCorrection("kept");
+        const unsigned int code = object->LoadFile(path.c_str());
+        EXPECT_NE(code, 0u) << length;
+        const bool isListKept = object.Keys() == std::vector<std::string>{"kept"};
+        if (isListKept) {
+            EXPECT_STREQ(object->GetActiveCorrectionKey(), "kept") << length;
+            EXPECT_THAT(object.Background(), ElementsAre(7, 8)) << length;
+        } else {
+            EXPECT_EQ(object->GetActiveCorrectionKey(), nullptr) << length;
+        }
+        if (code == 0xFFFFFFFFu) {
+            (isListKept ? survivals : ends) += 1;
+        }
+    }
+    EXPECT_GT(survivals, 0) << "no file ended before the list was cleared";
+    EXPECT_GT(ends, 0) << "no file ended after that";
 }
 
 // Operations that use others of the same object go through the interface.

@@ -18,9 +18,9 @@ class Delegate : public testing::Test {
 protected:
     Delegate()
     {
-        object.Store("k", {3, 2, {10, 20, 30, 40, 50, 60}});
+        object.Store("k", {4, 2, {9, 10, 20, 30, 9, 40, 50, 60}});
         object->SetActiveCorrection("k");
-        object->SetRegion(1, 0, 2, 2);
+        object->SetRegion(1, 0, 3, 2);
         object->SetCorrectionLevel(50);
         delegate.result = 0xDEADBEEFu;
     }
@@ -29,14 +29,14 @@ protected:
     unsigned int Apply(unsigned short* toCorrect, unsigned short* into, bool useDelegate, bool processing, bool option)
     {
         delegate.calls.clear();
-        return object->ApplyCorrection(toCorrect, 4, into, into != nullptr ? 4 : 0, &delegate, useDelegate, processing,
+        return object->ApplyCorrection(toCorrect, 6, into, into != nullptr ? 6 : 0, &delegate, useDelegate, processing,
                                        option);
     }
 
     TTestObject object;
     TRecordingDelegate delegate;
-    std::vector<unsigned short> image = {100, 100, 100, 100};
-    std::vector<unsigned short> output = {1, 2, 3, 4};
+    std::vector<unsigned short> image = {100, 100, 100, 100, 100, 100};
+    std::vector<unsigned short> output = {1, 2, 3, 4, 5, 6};
 };
 
 TEST_F(Delegate, SubtractsInPlaceWithoutAnOutput)
@@ -45,8 +45,8 @@ TEST_F(Delegate, SubtractsInPlaceWithoutAnOutput)
         for (const bool option : {false, true}) {
             EXPECT_EQ(Apply(image.data(), nullptr, true, processing, option), 0xDEADBEEFu);
             EXPECT_THAT(delegate.calls,
-                        ElementsAre(TDelegateCall{"SubtractInPlace", nullptr, image.data(), 2, 2, processing, option}));
-            EXPECT_THAT(delegate.lastBackground, ElementsAre(10, 15, 25, 30));
+                        ElementsAre(TDelegateCall{"SubtractInPlace", nullptr, image.data(), 3, 2, processing, option}));
+            EXPECT_THAT(delegate.lastBackground, ElementsAre(5, 10, 15, 20, 25, 30));
         }
     }
     EXPECT_THAT(image, Each(100)) << "the library itself subtracted";
@@ -57,12 +57,12 @@ TEST_F(Delegate, SubtractsIntoTheOutput)
     for (const bool processing : {false, true}) {
         for (const bool option : {false, true}) {
             EXPECT_EQ(Apply(image.data(), output.data(), true, processing, option), 0xDEADBEEFu);
-            EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInto", output.data(), image.data(), 2, 2,
+            EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInto", output.data(), image.data(), 3, 2,
                                                                   processing, option}));
-            EXPECT_THAT(delegate.lastBackground, ElementsAre(10, 15, 25, 30));
+            EXPECT_THAT(delegate.lastBackground, ElementsAre(5, 10, 15, 20, 25, 30));
         }
     }
-    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4)) << "the library itself wrote";
+    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4, 5, 6)) << "the library itself wrote";
     EXPECT_EQ(Apply(image.data(), image.data(), true, false, false), 0xDEADBEEFu);
     EXPECT_EQ(delegate.calls.at(0).operation, "SubtractInto") << "an output equal to the image is an output";
 }
@@ -72,9 +72,9 @@ TEST_F(Delegate, IsNotCalledUnlessItIsToBeUsed)
     for (const bool processing : {false, true}) {
         std::vector<unsigned short> copy = image;
         EXPECT_EQ(Apply(copy.data(), nullptr, false, processing, true), 0u);
-        EXPECT_THAT(copy, ElementsAre(90, 85, 75, 70));
+        EXPECT_THAT(copy, ElementsAre(95, 90, 85, 80, 75, 70));
         EXPECT_EQ(Apply(image.data(), output.data(), false, processing, true), 0u);
-        EXPECT_THAT(output, ElementsAre(90, 85, 75, 70));
+        EXPECT_THAT(output, ElementsAre(95, 90, 85, 80, 75, 70));
         EXPECT_THAT(delegate.calls, IsEmpty());
     }
 }
@@ -85,11 +85,11 @@ TEST_F(Delegate, ProcessesTheImageWhenNothingIsActive)
     for (const bool option : {false, true}) {
         EXPECT_EQ(Apply(image.data(), nullptr, true, true, option), 0xDEADBEEFu);
         EXPECT_THAT(delegate.calls,
-                    ElementsAre(TDelegateCall{"ProcessInPlace", nullptr, image.data(), 2, 2, false, false}));
-        output.assign(4, 4711);
+                    ElementsAre(TDelegateCall{"ProcessInPlace", nullptr, image.data(), 3, 2, false, false}));
+        output.assign(6, 4711);
         EXPECT_EQ(Apply(image.data(), output.data(), true, true, option), 0xDEADBEEFu);
         EXPECT_THAT(delegate.calls,
-                    ElementsAre(TDelegateCall{"ProcessInPlace", nullptr, image.data(), 2, 2, false, false}))
+                    ElementsAre(TDelegateCall{"ProcessInPlace", nullptr, image.data(), 3, 2, false, false}))
             << "the image, not the output";
         EXPECT_THAT(output, Each(100)) << "copied before";
     }
@@ -109,7 +109,7 @@ TEST_F(Delegate, IsNotCalledWithNothingActiveAndNothingToProcess)
     object->SetActiveCorrection(nullptr);
     const bool combinations[][2] = {{false, false}, {false, true}, {true, false}};
     for (const auto& flags : combinations) {
-        output.assign(4, 4711);
+        output.assign(6, 4711);
         EXPECT_EQ(Apply(image.data(), nullptr, flags[0], flags[1], true), 0u);
         EXPECT_EQ(Apply(image.data(), output.data(), flags[0], flags[1], true), 0u);
         EXPECT_THAT(output, Each(100));
@@ -121,9 +121,9 @@ TEST_F(Delegate, IsNotCalledWithNothingActiveAndNothingToProcess)
 TEST_F(Delegate, GetsANullImageWhenItSubtractsWithoutProcessing)
 {
     EXPECT_EQ(Apply(nullptr, nullptr, true, false, true), 0xDEADBEEFu);
-    EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInPlace", nullptr, nullptr, 2, 2, false, true}));
+    EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInPlace", nullptr, nullptr, 3, 2, false, true}));
     EXPECT_EQ(Apply(nullptr, output.data(), true, false, false), 0xDEADBEEFu);
-    EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInto", output.data(), nullptr, 2, 2, false, false}));
+    EXPECT_THAT(delegate.calls, ElementsAre(TDelegateCall{"SubtractInto", output.data(), nullptr, 3, 2, false, false}));
 }
 
 TEST_F(Delegate, DoesNotGetANullImageOtherwise)
@@ -137,14 +137,14 @@ TEST_F(Delegate, DoesNotGetANullImageOtherwise)
         }
     }
     EXPECT_THAT(delegate.calls, IsEmpty());
-    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
 TEST_F(Delegate, ANullImageWithNothingActiveIsNotCopied)
 {
     object->SetActiveCorrection(nullptr);
     EXPECT_EQ(Apply(nullptr, output.data(), true, false, false), 0u);
-    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4, 5, 6));
     EXPECT_EQ(Apply(nullptr, nullptr, true, false, false), 0u);
     EXPECT_THAT(delegate.calls, IsEmpty());
 }
@@ -160,13 +160,13 @@ TEST_F(Delegate, ThatIsNullLeavesNothingToDoWithANullImage)
             EXPECT_EQ(object->ApplyCorrection(nullptr, length, into, length, nullptr, true, true, false), 513u);
         }
     }
-    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4));
+    EXPECT_THAT(output, ElementsAre(1, 2, 3, 4, 5, 6));
 }
 
 TEST_F(Delegate, IsNotAskedWhenTheLengthsAreWrong)
 {
     delegate.calls.clear();
-    EXPECT_EQ(object->ApplyCorrection(nullptr, 4, output.data(), 3, &delegate, true, false, false), 516u);
+    EXPECT_EQ(object->ApplyCorrection(nullptr, 6, output.data(), 3, &delegate, true, false, false), 516u);
     EXPECT_EQ(object->ApplyCorrection(nullptr, 3, output.data(), 3, &delegate, true, false, false), 514u);
     EXPECT_EQ(object->ApplyCorrection(image.data(), 3, nullptr, 0, &delegate, true, true, false), 514u);
     EXPECT_THAT(delegate.calls, IsEmpty());
@@ -200,7 +200,7 @@ TEST_F(Delegate, MayCallTheSameObjectFromTheSameThread)
     delegate.result = 7;
     EXPECT_EQ(object.Outcome(Apply(image.data(), nullptr, true, false, false)), (TOutcome{7, "Supplied key is NULL."}));
     EXPECT_EQ(key, "k");
-    EXPECT_EQ(width, 2);
+    EXPECT_EQ(width, 3);
 }
 
 } // namespace

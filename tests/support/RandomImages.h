@@ -52,6 +52,9 @@ struct TImageSize {
 constexpr TImageSize kAwkwardSizes[] = {{1, 1}, {1, 2}, {1, 9}, {2, 1}, {9, 1},  {2, 2},   {3, 2},
                                         {2, 3}, {3, 3}, {8, 8}, {5, 4}, {17, 5}, {33, 16}, {641, 7}};
 
+// Large enough for the loops over whole blocks of pixels, with some left over.
+constexpr TImageSize kLargeSize = {1031, 67};
+
 inline Literal::TImage FlatImage(int width, int height, std::uint16_t value)
 {
     return {width, height,

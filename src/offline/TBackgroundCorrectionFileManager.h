@@ -24,8 +24,9 @@
 // splits them. Settings made while no group is loaded are kept and applied to every group that is loaded later.
 //
 // Every operation holds the recursive lock for its whole run, except GetCorrectionLevel. Locks are taken in one order:
-// this object, its processor, an import source. May let std::bad_alloc through; it is then as it was before the step
-// that failed.
+// this object, its processor, an import source. May let std::bad_alloc through, and TZRException when there is no
+// memory to write a group; it is then as it was before the step that failed. An import that ends so leaves nothing
+// active.
 class TBackgroundCorrectionFileManager : public QX_KRLSDK::QX_IBackgroundCorrection {
 public:
     TBackgroundCorrectionFileManager() = default;

@@ -9,11 +9,11 @@ using namespace QX_KRLSDK;
 
 namespace {
 
-// What was written counts only once it is stored; an earlier failure says more than one of closing.
+// What was written counts only once it is stored. After an earlier failure the writer's destructor closes the file:
+// what closing has to say then must not replace the first text.
 unsigned int CloseAfter(TCalibrationFileWriter& writer, unsigned int result)
 {
-    const unsigned int closing = writer.Close();
-    return result != kSuccess ? result : closing;
+    return result != kSuccess ? result : writer.Close();
 }
 
 unsigned int OpenGrouped(TCalibrationFileWriter& writer, const char* path,

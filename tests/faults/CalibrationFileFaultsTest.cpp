@@ -134,6 +134,26 @@ TEST_P(CalibrationFileFaults, FailedCloseFailsTheSave)
     ExpectUntouchedBySave();
 }
 
+TEST_P(CalibrationFileFaults, FailedCloseAfterAnotherFailureLeavesTheResultAndTextOfThat)
+{
+    const std::vector<std::string> texts = TextsOfBytes(sample.bytes);
+    for (std::size_t limit = 0; limit < sample.bytes.size(); limit += 2) {
+        TFileFaults faults({TFileOperation::kClose, 1});
+        faults.LimitDisk(limit);
+        EXPECT_EQ(Save(), kMinusOne);
+        EXPECT_EQ(processor.FileMessage(), texts[limit]) << limit;
+        EXPECT_EQ(faults.Count(TFileOperation::kClose), 1u);
+    }
+    TFileFaults faults({TFileOperation::kClose, 1});
+    faults.BeforeWrite([&](std::uint64_t writtenBytes) {
+        if (writtenBytes > 102) {
+            processor.ClearCorrections();
+        }
+    });
+    EXPECT_EQ(Save(), 271u);
+    EXPECT_EQ(faults.Count(TFileOperation::kClose), 1u);
+}
+
 TEST_P(CalibrationFileFaults, FileThatCannotBeCreatedIs769)
 {
     const TFileFaults faults({TFileOperation::kOpenForWriting, 1});

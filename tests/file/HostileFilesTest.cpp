@@ -160,27 +160,32 @@ TEST_F(HostileFiles, GroupingNamesAreFollowedUpTo65536EvenInACircle)
 
 TEST_F(HostileFiles, ClaimOfMorePixelsThanTheFileHoldsIsFoundBeforeMemoryIsAskedFor)
 {
-    const TBytes bytes = Join({SampleFiles::Beginning(kTwoThousandMillion),
-                               SampleFiles::Correction("small", 2, 1, 1.0f, 1.0f, Hex("01 00 02 00")),
-                               SampleFiles::Correction("claims", 30'000, 30'000, 1.0f, 1.0f, Hex("01 00 02 00"))});
-    FileBytes::WriteFile(path, bytes);
-    std::size_t allocations = 0;
-    for (;; ++allocations) {
-        TBackgroundCorrectionProcessorUINT16 processor;
-        TAllocationFaults faults(allocations + 1);
-        processor.LoadFile(path.c_str());
-        faults.Disarm();
-        if (!faults.Fired()) {
-            break;
+    TBytes bytes = Join({SampleFiles::Beginning(kTwoThousandMillion),
+                         SampleFiles::Correction("small", 2, 1, 1.0f, 1.0f, Hex("01 00 02 00")),
+                         SampleFiles::Correction("claims", 30'000, 30'000, 1.0f, 1.0f, Hex("01 00 02 00"))});
+    const std::size_t lengthOfPixels = bytes.size() - 8;
+    // The claim stands as it is, or its record leads to the end of the file, or far beyond it.
+    for (const std::uint32_t length : {2u * 30'000 * 30'000, static_cast<std::uint32_t>(bytes.size()), 0xFFFFFFF0u}) {
+        FileBytes::PutNumber(bytes, lengthOfPixels, length);
+        FileBytes::WriteFile(path, bytes);
+        std::size_t allocations = 0;
+        for (;; ++allocations) {
+            TBackgroundCorrectionProcessorUINT16 processor;
+            TAllocationFaults faults(allocations + 1);
+            processor.LoadFile(path.c_str());
+            faults.Disarm();
+            if (!faults.Fired()) {
+                break;
+            }
+            EXPECT_LE(faults.FailedSize(), bytes.size()) << "allocation " << allocations + 1;
         }
-        EXPECT_LE(faults.FailedSize(), bytes.size()) << "allocation " << allocations + 1;
-    }
-    EXPECT_GT(allocations, 0u);
+        EXPECT_GT(allocations, 0u);
 
-    const TLoadOutcome outcome = Load(bytes, {false, false});
-    EXPECT_EQ(outcome.result, 4294967295u);
-    EXPECT_EQ(outcome.corrections.size(), 1u);
-    ExpectAsModel(outcome, bytes, {false, false});
+        const TLoadOutcome outcome = Load(bytes, {false, false});
+        EXPECT_EQ(outcome.result, 4294967295u);
+        EXPECT_EQ(outcome.corrections.size(), 1u);
+        ExpectAsModel(outcome, bytes, {false, false});
+    }
 }
 
 TEST_F(HostileFiles, GroupingCountAsksForNoMemoryByItself)

@@ -96,6 +96,19 @@ TEST_F(LargeFiles, RepositioningGoesByAnUnsigned32BitLength)
     EXPECT_STREQ(processor.GetLastErrorMessage(), "Error loading file - 'Calibration file contains invalid data.'");
 }
 
+TEST_F(LargeFiles, PixelsAcross4GiBAreLoaded)
+{
+    const std::uint32_t start = 0xFFFF'FF00; // its pixels lie beyond
+    TSparseFile file(path);
+    file.Append(SampleFiles::Beginning(2));
+    file.Append(FileBytes::Join({Number(60), Number(1), Number(start)}));
+    file.PutAt(start, SampleFiles::Correction("across", 2, 1, 1.0f, 1.0f, Hex("01 00 02 00")));
+    ASSERT_TRUE(file.Close());
+    EXPECT_EQ(processor.LoadFile(path.c_str()), 0u);
+    EXPECT_EQ(ProcessorDriver::Corrections(processor),
+              (std::vector<TStoredCorrection>{{"across", 2, 1, BitsOf(1.0f), BitsOf(1.0f), {1, 2}}}));
+}
+
 TEST_F(LargeFiles, ClaimOfOneBytePastTheEndIsFoundBeyond2GiBToo)
 {
     TSparseFile file(path);

@@ -21,6 +21,8 @@ namespace {
 
 using TTexts = std::vector<std::string>;
 
+constexpr std::size_t kMostKeys = 6;
+
 TTexts Parts(const std::string& text, char separator)
 {
     TTexts parts;
@@ -52,20 +54,15 @@ bool AreDistinct(const TTexts& texts)
     return std::set<std::string>(texts.begin(), texts.end()).size() == texts.size();
 }
 
-TTextList Dual(const TTexts& texts)
-{
-    return GroupFiles::DualTexts(texts);
-}
-
-void CheckKey(const std::string& key, const TTexts& names)
+void CheckKey(const std::string& key, const TTexts& names, const TTextList& dualNames)
 {
     TTextList values;
-    const unsigned int result = GroupNaming::ExtractGroupValues(key, Dual(names), values);
+    const unsigned int result = GroupNaming::ExtractGroupValues(key, dualNames, values);
     FUZZ_CHECK(result == 0 || result == 513);
     FUZZ_CHECK(result == 0 ? values.size() == names.size() : values.size() < names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string expected = Literal::FindValueForName(key, names[i], ',');
-        FUZZ_CHECK_EQUAL(GroupNaming::FindValueForName(key, names[i], ",").Narrow(), expected);
+        FUZZ_CHECK_EQUAL(GroupNaming::FindValueForName(key, dualNames[i], ",").Narrow(), expected);
         FUZZ_CHECK(i < values.size() ? values[i].Narrow() == expected : i > values.size() || expected.empty());
     }
     for (const TDualString& value : values) {
@@ -73,14 +70,14 @@ void CheckKey(const std::string& key, const TTexts& names)
     }
 }
 
-void CheckBuckets(const TTexts& keys, const TTexts& names)
+void CheckBuckets(const TTexts& keys, const TTextList& names)
 {
     GroupNaming::TBuckets buckets;
     std::vector<std::pair<TTextList, TTexts>> expected;
     for (const std::string& key : keys) {
         TTextList values;
-        const unsigned int result = GroupNaming::ExtractGroupValues(key, Dual(names), values);
-        FUZZ_CHECK_EQUAL(buckets.Add(key, Dual(names)), result);
+        const unsigned int result = GroupNaming::ExtractGroupValues(key, names, values);
+        FUZZ_CHECK_EQUAL(buckets.Add(key, names), result);
         if (result != 0) {
             continue;
         }
@@ -99,10 +96,12 @@ void CheckBuckets(const TTexts& keys, const TTexts& names)
 }
 
 // A file name is made of what it is made of, and gives that back when nothing in it looks like a delimiter.
-void CheckFileName(const std::string& base, const TTexts& names, const TTexts& values)
+void CheckFileName(const TDualString& dualBase, const TTexts& names, const TTextList& dualNames, const TTexts& values)
 {
+    const std::string& base = dualBase.Narrow();
+    const TTextList dualValues = GroupFiles::DualTexts(values);
     TDualString path("left over");
-    const unsigned int result = GroupNaming::BuildGroupFileName(base, Dual(names), Dual(values), path);
+    const unsigned int result = GroupNaming::BuildGroupFileName(dualBase, dualNames, dualValues, path);
     if (names.size() != values.size()) {
         FUZZ_CHECK(result == 513 && path.IsEmpty());
         return;
@@ -114,38 +113,42 @@ void CheckFileName(const std::string& base, const TTexts& names, const TTexts& v
     }
     FUZZ_CHECK_EQUAL(path.Narrow(), expected);
     if (!AnyContains(values, "_")) {
-        FUZZ_CHECK(GroupNaming::IsGroupFileOf(path, Dual(names), base));
+        FUZZ_CHECK(GroupNaming::IsGroupFileOf(path, dualNames, dualBase));
     }
     if (!AnyContains(values, "_\\") && !AnyContains(names, "_\\") && AreDistinct(names)) {
         TTextList parsed = {"left over"};
         // A base that is left in front, because it is empty, must not look like the first pair.
-        FUZZ_CHECK_EQUAL(GroupNaming::ParseGroupValuesFromFileName(path, base, Dual(names), parsed), 0u);
-        FUZZ_CHECK(parsed == Dual(values));
+        FUZZ_CHECK_EQUAL(GroupNaming::ParseGroupValuesFromFileName(path, dualBase, dualNames, parsed), 0u);
+        FUZZ_CHECK(parsed == dualValues);
     }
     if (!names.empty()) {
         TDualString found;
-        FUZZ_CHECK(GroupNaming::BaseOfGroupFileName(path, Dual(names), found));
+        FUZZ_CHECK(GroupNaming::BaseOfGroupFileName(path, dualNames, found));
         const std::string first = "_" + names.front() + "_";
         FUZZ_CHECK_EQUAL(found.Narrow(), expected.substr(0, expected.find(first)));
         FUZZ_CHECK(found.Narrow().size() <= base.size());
     }
 }
 
-void CheckForeignFileName(const std::string& path, const std::string& base, const TTexts& names)
+void CheckForeignFileName(const TDualString& dualPath, const TDualString& dualBase, const TTexts& names,
+                          const TTextList& dualNames)
 {
-    FUZZ_CHECK_EQUAL(GroupNaming::IsGroupFileOf(path, Dual(names), base), Literal::IsGroupFileOf(path, names, base));
+    const std::string& path = dualPath.Narrow();
+    const std::string& base = dualBase.Narrow();
+    FUZZ_CHECK_EQUAL(GroupNaming::IsGroupFileOf(dualPath, dualNames, dualBase),
+                     Literal::IsGroupFileOf(path, names, base));
     TTextList values = {"left over"};
-    const unsigned int result = GroupNaming::ParseGroupValuesFromFileName(path, base, Dual(names), values);
+    const unsigned int result = GroupNaming::ParseGroupValuesFromFileName(dualPath, dualBase, dualNames, values);
     FUZZ_CHECK(result == 0 ? values.size() == names.size() : result == 513 && values.size() < names.size());
     for (const TDualString& value : values) {
         FUZZ_CHECK(!value.IsEmpty() && value.Narrow().find_first_of("_\\") == std::string::npos);
     }
     for (const std::string& name : names) {
-        FUZZ_CHECK_EQUAL(GroupNaming::FindValueForName(path, name, "_").Narrow(),
+        FUZZ_CHECK_EQUAL(GroupNaming::FindValueForName(dualPath, name, "_").Narrow(),
                          Literal::FindValueForName(path, name, '_'));
     }
     TDualString found("left over");
-    if (!names.empty() && GroupNaming::BaseOfGroupFileName(path, Dual(names), found)) {
+    if (!names.empty() && GroupNaming::BaseOfGroupFileName(dualPath, dualNames, found)) {
         const std::string first = "_" + names.front() + "_";
         FUZZ_CHECK_EQUAL(path.compare(0, found.Narrow().size() + first.size(), found.Narrow() + first), 0);
     }
@@ -237,22 +240,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     text.erase(std::remove(text.begin(), text.end(), '\0'), text.end()); // no text of a host holds one
     TTexts lines = Parts(text, '\n');
     lines.resize(std::max<std::size_t>(lines.size(), 4));
+    lines.resize(std::min(lines.size(), 4 + kMostKeys));
     const std::string path = lines[0];
     const std::string base = lines[1];
     const TTexts names = WithoutEmpty(Parts(lines[2], ';'));
     const TTexts values = WithoutEmpty(Parts(lines[3], ';'));
     const TTexts keys(lines.begin() + 4, lines.end());
+    const TTextList dualNames = GroupFiles::DualTexts(names);
 
     CheckText(path, base);
-    CheckText(base, path);
     CheckWide(path);
     CheckNarrowText(path, base);
-    CheckForeignFileName(path, base, names);
-    CheckFileName(base, names, values);
+    CheckForeignFileName(path, base, names, dualNames);
+    CheckFileName(base, names, dualNames, values);
     for (const std::string& key : keys) {
-        CheckKey(key, names);
-        CheckNarrowText(key, keys.front());
+        CheckKey(key, names, dualNames);
     }
-    CheckBuckets(keys, names);
+    CheckBuckets(keys, dualNames);
     return 0;
 }

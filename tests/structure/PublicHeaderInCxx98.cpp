@@ -1,6 +1,8 @@
 // A host in the oldest C++ that hosts use: the public header comes first, alone, and twice. Only compiled.
+// clang-format off: it would take one of them away
 #include "QX_BackgroundCorrection.h"
 #include "QX_BackgroundCorrection.h"
+// clang-format on
 
 namespace {
 

@@ -28,6 +28,14 @@ TBackgroundCorrectionEntry& TBackgroundCorrectionEntry::operator=(const TBackgro
     return *this;
 }
 
+void TBackgroundCorrectionEntry::RequireMemoryForCopy() const
+{
+    if (data != nullptr) {
+        std::uint16_t* volatile pixels = AllocatePixels(width, height); // volatile: no compiler may leave it out
+        delete[] pixels;
+    }
+}
+
 TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(TBackgroundCorrectionEntry&& other) noexcept
 {
     CopyDescription(other);

@@ -23,6 +23,9 @@ public:
     TBackgroundCorrectionEntry& operator=(const TBackgroundCorrectionEntry& other);
     virtual ~TBackgroundCorrectionEntry();
 
+    // Throws the TZRException that copying would throw for want of memory, and does nothing otherwise.
+    void RequireMemoryForCopy() const;
+
     // Takes over the pixels of an entry that is not needed any more.
     TBackgroundCorrectionEntry(TBackgroundCorrectionEntry&& other) noexcept;
 

@@ -60,15 +60,17 @@ unsigned int TCalibrationFileWriter::WriteCorrections(const TCorrectionList& cor
     if (!WriteNumber(Format::kCorrectionCount, count)) {
         return kShortReadOrWrite;
     }
-    TBackgroundCorrectionEntry copy;
     for (std::uint32_t index = 0; index < count; ++index) {
         const std::size_t position = positionOf(index);
         if (position >= corrections.Count()) {
             messages.main.Format(Messages::kListEndedWhileSaving);
             return kListEndedWhileSaving;
         }
-        copy = corrections.EntryAt(position);
-        if (!WriteEntry(copy)) {
+        // Each entry is to be written from a copy, and hosts know the exception of a copy that finds no memory. The
+        // lock is held, so that the entry itself reads the same: asking for the memory is enough.
+        const TBackgroundCorrectionEntry& entry = corrections.EntryAt(position);
+        entry.RequireMemoryForCopy();
+        if (!WriteEntry(entry)) {
             return kShortReadOrWrite;
         }
     }
@@ -80,7 +82,7 @@ unsigned int TCalibrationFileWriter::Close()
     return Item(stream.Close(), Messages::kCouldNotWriteHeader) ? kSuccess : kShortReadOrWrite;
 }
 
-bool TCalibrationFileWriter::WriteEntry(TBackgroundCorrectionEntry& entry)
+bool TCalibrationFileWriter::WriteEntry(const TBackgroundCorrectionEntry& entry)
 {
     return WriteRecordHeader(Format::kCorrectionStart, Format::CorrectionStartLength(entry.Width(), entry.Height())) &&
            WriteRecord(Format::kKey, entry.Key()) && WriteNumber(Format::kWidth, entry.Width()) &&
@@ -89,7 +91,7 @@ bool TCalibrationFileWriter::WriteEntry(TBackgroundCorrectionEntry& entry)
            WriteFloat(Format::kIntensity, entry.ReferenceIntensityPercent()) && WriteBackground(entry);
 }
 
-bool TCalibrationFileWriter::WriteBackground(TBackgroundCorrectionEntry& entry)
+bool TCalibrationFileWriter::WriteBackground(const TBackgroundCorrectionEntry& entry)
 {
     const std::uint32_t length = Format::BackgroundLength(entry.Width(), entry.Height());
     if (!WriteRecordHeader(Format::kBackground, length)) {
@@ -102,7 +104,9 @@ bool TCalibrationFileWriter::WriteBackground(TBackgroundCorrectionEntry& entry)
         return Item(false, Messages::kCouldNotReadData);
     }
     if (!ByteOrder::IsLittleEndian()) {
-        ByteOrder::Swap(entry.MutablePixels(), entry.PixelCount()); // the entry is a copy made for writing
+        TBackgroundCorrectionEntry copy(entry);
+        ByteOrder::Swap(copy.MutablePixels(), copy.PixelCount());
+        return Item(stream.Write(copy.Pixels(), length), Messages::kCouldNotReadData);
     }
     return Item(stream.Write(entry.Pixels(), length), Messages::kCouldNotReadData);
 }

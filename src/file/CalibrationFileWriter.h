@@ -24,8 +24,8 @@ public:
     // Each name is cut to 16 characters. -1.
     unsigned int WriteGroupingNames(const std::vector<std::string>& names);
 
-    // -1; 271 when the list gets shorter meanwhile. Every entry is copied before it is written; lets the TZRException
-    // of a copy that finds no memory through.
+    // -1; 271 when the list gets shorter meanwhile. Throws the TZRException of an entry's copy when there is no memory
+    // for one.
     unsigned int WriteCorrectionRecords(const TCorrectionList& corrections);
 
     // The same for the corrections at some positions of the list, in the order of `positions`.
@@ -39,8 +39,8 @@ private:
     bool WriteRecord(const CalibrationFormat::TRecord& record, const void* data);
     bool WriteNumber(const CalibrationFormat::TRecord& record, std::uint32_t value);
     bool WriteFloat(const CalibrationFormat::TRecord& record, float value);
-    bool WriteBackground(TBackgroundCorrectionEntry& entry);
-    bool WriteEntry(TBackgroundCorrectionEntry& entry);
+    bool WriteBackground(const TBackgroundCorrectionEntry& entry);
+    bool WriteEntry(const TBackgroundCorrectionEntry& entry);
     template <typename TPositionOf>
     unsigned int WriteCorrections(const TCorrectionList& corrections, std::uint32_t count, TPositionOf positionOf);
     bool Item(bool written, const char* text);

@@ -16,7 +16,7 @@ struct TFolderSearch::TState {
 
 TFolderSearch::TFolderSearch(const std::u16string& specification) : state(nullptr)
 {
-    std::string folder; // the specification without its "*", every character by its low byte
+    std::string folder; // what is searched for without its "*", every character by its low byte
     for (std::size_t i = 0; i + 1 < specification.size(); ++i) {
         folder.push_back(static_cast<char>(static_cast<unsigned char>(specification[i] & 0xFF)));
     }

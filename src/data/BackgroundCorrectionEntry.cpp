@@ -8,6 +8,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace {
 constexpr std::uint64_t kMaximumPixelCount = 0x7FFFFFFF;
@@ -15,12 +16,14 @@ constexpr std::uint64_t kMaximumPixelCount = 0x7FFFFFFF;
 
 TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(const TBackgroundCorrectionEntry& other)
 {
+    SetKey(other.key.data(), other.key.size());
     CopyDescription(other);
     CopyPixels(other);
 }
 
 TBackgroundCorrectionEntry& TBackgroundCorrectionEntry::operator=(const TBackgroundCorrectionEntry& other)
 {
+    SetKey(other.key.data(), other.key.size());
     delete[] data;
     data = nullptr;
     CopyDescription(other);
@@ -37,6 +40,7 @@ void TBackgroundCorrectionEntry::RequireMemoryForCopy() const
 }
 
 TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(TBackgroundCorrectionEntry&& other) noexcept
+    : key(std::move(other.key))
 {
     CopyDescription(other);
     statistics = other.statistics;
@@ -128,10 +132,11 @@ void TBackgroundCorrectionEntry::Describe(const char* newKey, std::uint32_t newW
     if (newKey == nullptr || newKey[0] == '\0') {
         throw TZRException(Messages::kKeyNotValid, newKey == nullptr ? "NULL" : newKey);
     }
-    std::memset(key, 0, sizeof key);
-    for (std::size_t i = 0; i < kMaximumKeyLength && newKey[i] != '\0'; ++i) {
-        key[i] = newKey[i];
+    std::size_t length = 0;
+    while (length < kMaximumKeyLength && newKey[length] != '\0') {
+        ++length;
     }
+    SetKey(newKey, length);
     referenceExposure = exposureSeconds;
     referenceIntensity = lightIntensityPercent;
     referenceProduct = exposureSeconds * lightIntensityPercent;
@@ -145,12 +150,22 @@ void TBackgroundCorrectionEntry::Describe(const char* newKey, std::uint32_t newW
 
 void TBackgroundCorrectionEntry::CopyDescription(const TBackgroundCorrectionEntry& other) noexcept
 {
-    std::memmove(key, other.key, sizeof key);
     referenceExposure = other.referenceExposure;
     referenceIntensity = other.referenceIntensity;
     referenceProduct = other.referenceProduct;
     width = other.width;
     height = other.height;
+}
+
+// A key as long as the one before needs no memory, and stays where it is: an import replaces an entry by one whose key
+// is the same but for the case of its letters.
+void TBackgroundCorrectionEntry::SetKey(const char* text, std::size_t length)
+{
+    try {
+        key.assign(text, length);
+    } catch (const std::bad_alloc&) {
+        throw TZRException(Messages::kOutOfMemoryConstructing);
+    }
 }
 
 // The statistics follow the pixels: a copy that failed keeps its old ones.

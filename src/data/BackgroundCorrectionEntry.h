@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 // A named background image with the exposure and light intensity at which it was taken.
 //
@@ -49,7 +50,7 @@ public:
     // Over the whole image, computed at the first request. Only for entries with pixels.
     const Kernels::TStatistics& Statistics() noexcept;
 
-    const char* Key() const noexcept { return key; }
+    const char* Key() const noexcept { return key.c_str(); }
     float ReferenceExposureSeconds() const noexcept { return referenceExposure; }
     float ReferenceIntensityPercent() const noexcept { return referenceIntensity; }
     std::uint32_t Width() const noexcept { return width; }
@@ -68,14 +69,15 @@ public:
 private:
     void Describe(const char* newKey, std::uint32_t newWidth, std::uint32_t newHeight, float exposureSeconds,
                   float lightIntensityPercent);
-    void CopyDescription(const TBackgroundCorrectionEntry& other) noexcept;
+    void CopyDescription(const TBackgroundCorrectionEntry& other) noexcept; // but for the key
+    void SetKey(const char* text, std::size_t length);
     void CopyPixels(const TBackgroundCorrectionEntry& other);
     static std::uint16_t* AllocatePixels(std::uint32_t width, std::uint32_t height);
 
-    char key[kMaximumKeyLength + 1] = {}; // always terminated, zeros behind the text
-    float referenceExposure = 0.0f;       // seconds
-    float referenceIntensity = 0.0f;      // percent
-    float referenceProduct = 0.0f;        // only to refuse a product of zero
+    std::string key;
+    float referenceExposure = 0.0f;  // seconds
+    float referenceIntensity = 0.0f; // percent
+    float referenceProduct = 0.0f;   // only to refuse a product of zero
     std::uint32_t width = 0;
     std::uint32_t height = 0;
     std::uint16_t* data = nullptr; // width * height values from new[], or null

@@ -4,12 +4,13 @@
 #include "boundary/TZRException.h"
 #include "platform/Text.h"
 
+#include <cstring>
 #include <new>
 #include <utility>
 
-int TCorrectionList::TKeyOrder::Compare(const char* left, const char* right) noexcept
+bool TCorrectionList::TKeyRule::AreEqual(const char* left, const char* right) noexcept
 {
-    return Platform::CompareIgnoringCase(left, right);
+    return std::strcmp(left, right) == 0 || Platform::CompareIgnoringCase(left, right) == 0;
 }
 
 void TCorrectionList::CreateAndAddEntry(const char* key, const std::uint16_t* const* frames, std::uint32_t frameCount,

@@ -11,8 +11,8 @@
 // Ordered corrections, unique by key (case ignored).
 //
 // Owns its entries by value: every copy in or out is deep, and an entry never moves while it is stored. Finding,
-// adding, removing and reading by position cost O(log n). Not synchronised: the owning processor's lock covers it.
-// Fails by throwing; the list is then unchanged unless said otherwise.
+// adding, removing and reading by position cost O(log n) at most. Not synchronised: the owning processor's lock covers
+// it. Fails by throwing; the list is then unchanged unless said otherwise.
 class TCorrectionList {
 public:
     TCorrectionList() = default;
@@ -48,14 +48,18 @@ public:
     TBackgroundCorrectionEntry& EntryAt(std::size_t index) const;
 
 private:
-    struct TKeyOrder {
+    struct TKeyRule {
         static const char* Text(const TBackgroundCorrectionEntry& entry) noexcept { return entry.Key(); }
-        static int Compare(const char* left, const char* right) noexcept;
+        static bool AreEqual(const char* left, const char* right) noexcept;
+        static std::uint64_t Hash(const char* text, const TextHash::TSeed& seed) noexcept
+        {
+            return TextHash::OfIgnoringCase(text, seed);
+        }
     };
 
     template <typename TSource> void AddUnique(TSource&& entry);
 
-    TOrderedRegister<TBackgroundCorrectionEntry, TKeyOrder> entries; // insertion order is file order
+    TOrderedRegister<TBackgroundCorrectionEntry, TKeyRule> entries; // insertion order is file order
 };
 
 #endif

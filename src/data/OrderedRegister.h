@@ -3,55 +3,49 @@
 #define DATA_ORDEREDREGISTER_H
 
 #include "data/PositionIndex.h"
+#include "data/TextHash.h"
 
 #include <cstddef>
-#include <iterator>
-#include <list>
-#include <set>
+#include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
-// Keeps values in the order of appending; a value never moves while it is stored. `TOrder` orders values by their text:
-// it has Text(value) and Compare(text, text), which is negative, 0 or positive as the texts compare.
+// Keeps values in the order of appending; a value never moves while it is stored. `TRule` says what their texts are and
+// which are equal: it has Text(value), AreEqual(text, text) and Hash(text, seed), which is the same for equal texts.
 //
-// Appending, finding, removing and reading by position cost O(log n). Not synchronised. What throws leaves it
-// unchanged.
-template <typename TValue, typename TOrder> class TOrderedRegister {
+// Appending, finding and removing cost O(1), but for O(log n) of adding up positions when something was removed; so
+// does reading by position. Values with equal texts hang in a chain, so that many of them cost no more. Not
+// synchronised. What throws leaves it unchanged.
+template <typename TValue, typename TRule> class TOrderedRegister {
     struct TNode {
-        template <typename TSource> explicit TNode(TSource&& source) : value(std::forward<TSource>(source)), slot(0) {}
+        template <typename TSource>
+        TNode(TSource&& source, const TextHash::TSeed& seed)
+            : value(std::forward<TSource>(source)), hash(TRule::Hash(TRule::Text(value), seed))
+        {}
 
         TValue value;
-        std::size_t slot;
+        std::uint64_t hash;
+        std::size_t slot = 0;
+        TNode* next = nullptr; // of those with an equal text
     };
-    using TNodes = std::list<TNode>;
-    struct TNodeOrder {
-        using is_transparent = void;
-        using TIterator = typename TNodes::iterator;
-        bool operator()(TIterator left, TIterator right) const noexcept
-        {
-            return TOrder::Compare(TOrder::Text(left->value), TOrder::Text(right->value)) < 0;
-        }
-        bool operator()(TIterator left, const char* right) const noexcept
-        {
-            return TOrder::Compare(TOrder::Text(left->value), right) < 0;
-        }
-        bool operator()(const char* left, TIterator right) const noexcept
-        {
-            return TOrder::Compare(left, TOrder::Text(right->value)) < 0;
-        }
+
+    // An open table of the first nodes of all texts; collisions move on to the next cell. The hashes stand beside the
+    // nodes, so that a search looks into no other node than the one it is for.
+    struct TCell {
+        std::uint64_t hash;
+        TNode* first; // null: empty
     };
-    using TIndex = std::multiset<typename TNodes::iterator, TNodeOrder>;
 
 public:
-    TOrderedRegister() = default;
+    TOrderedRegister() : seed(TextHash::SeedFor(reinterpret_cast<std::uintptr_t>(this))) {}
     TOrderedRegister(const TOrderedRegister&) = delete;
     TOrderedRegister& operator=(const TOrderedRegister&) = delete;
 
     // A value that is ready to be appended, so that appending it cannot fail.
     class TPrepared {
         friend class TOrderedRegister;
-        TNodes node;
-        TIndex index; // that node alone
+        std::unique_ptr<TNode> node;
     };
 
     // Makes a value from `source`, and room for it. Throws std::bad_alloc, or whatever making the value throws. Only
@@ -62,92 +56,165 @@ public:
         if (slots.size() == slots.capacity()) {
             slots.reserve(slots.empty() ? 16 : slots.size() * 2);
         }
+        if ((textCount + 1) * 5 > cells.size() * 4) {
+            Widen();
+        }
         TPrepared prepared;
-        prepared.node.emplace_back(std::forward<TSource>(source));
-        prepared.index.insert(prepared.node.begin());
+        prepared.node.reset(new TNode(std::forward<TSource>(source), seed));
         return prepared;
     }
 
     void Append(TPrepared&& prepared) noexcept
     {
-        const typename TNodes::iterator node = prepared.node.begin();
-        nodes.splice(nodes.end(), prepared.node);
-        byText.insert(prepared.index.extract(prepared.index.begin()));
+        TNode* const node = prepared.node.get();
+        TCell& cell = cells[CellOf(TRule::Text(node->value), node->hash)];
+        if (cell.first == nullptr) {
+            cell = {node->hash, node};
+            ++textCount;
+        } else {
+            node->next = cell.first->next;
+            cell.first->next = node;
+        }
         node->slot = positions.Append();
-        slots.push_back(node);
+        slots.push_back(std::move(prepared.node));
     }
 
     // Prepares and appends.
     template <typename TSource> void Append(TSource&& source) { Append(Prepare(std::forward<TSource>(source))); }
 
-    // A value with this text, or null.
+    // The first value with this text, or null.
     TValue* Find(const char* text) const noexcept
     {
-        const auto found = byText.find(text);
-        return found == byText.end() ? nullptr : &(*found)->value;
+        if (textCount == 0) {
+            return nullptr;
+        }
+        TNode* const node = cells[CellOf(text, TRule::Hash(text, seed))].first;
+        return node == nullptr ? nullptr : &node->value;
     }
 
     // Removes every value with this text and gives their number. `text` may be that of a value that goes.
     std::size_t Remove(const char* text) noexcept
     {
-        const auto range = byText.equal_range(text);
-        TNodes removed; // kept to the end, for the text may lie in one of them
-        for (auto found = range.first; found != range.second; ++found) {
-            positions.Remove((*found)->slot);
-            removed.splice(removed.end(), nodes, *found);
+        if (textCount == 0) {
+            return 0;
         }
-        byText.erase(range.first, range.second);
+        const std::size_t found = CellOf(text, TRule::Hash(text, seed));
+        TNode* node = cells[found].first;
+        if (node == nullptr) {
+            return 0;
+        }
+        Vacate(found);
+        std::size_t removed = 0;
+        while (node != nullptr) {
+            TNode* const next = node->next;
+            positions.Remove(node->slot);
+            slots[node->slot].reset();
+            node = next;
+            ++removed;
+        }
         if (positions.IsWorthRenumbering()) {
             Renumber();
         }
-        return removed.size();
+        return removed;
     }
 
     // The value at a position below Count().
     TValue& At(std::size_t position) const noexcept { return slots[positions.SlotAt(position)]->value; }
 
-    std::size_t Count() const noexcept { return nodes.size(); }
+    std::size_t Count() const noexcept { return positions.Count(); }
 
     // Calls `action` with every value, in order.
     template <typename TAction> void ForEach(TAction action) const
     {
-        for (const TNode& node : nodes) {
-            action(node.value);
+        for (const std::unique_ptr<TNode>& node : slots) {
+            if (node != nullptr) {
+                action(node->value);
+            }
         }
     }
 
     void Clear() noexcept
     {
-        byText.clear();
         positions.Clear();
         slots.clear();
-        nodes.clear();
+        cells.clear();
+        textCount = 0;
     }
 
     // Exchanges the contents; values stay where they are in memory.
     void Swap(TOrderedRegister& other) noexcept
     {
-        nodes.swap(other.nodes);
-        byText.swap(other.byText);
+        std::swap(seed, other.seed);
         std::swap(positions, other.positions);
         slots.swap(other.slots);
+        cells.swap(other.cells);
+        std::swap(textCount, other.textCount);
     }
 
 private:
-    void Renumber() noexcept
+    std::size_t Mask() const noexcept { return cells.size() - 1; }
+
+    // The cell of this text, or the empty one where it would stand. There always is an empty one.
+    std::size_t CellOf(const char* text, std::uint64_t hash) const noexcept
     {
-        positions.Clear();
-        slots.clear();
-        for (auto node = nodes.begin(); node != nodes.end(); ++node) {
-            node->slot = positions.Append();
-            slots.push_back(node);
+        std::size_t cell = static_cast<std::size_t>(hash) & Mask();
+        while (cells[cell].first != nullptr &&
+               !(cells[cell].hash == hash && TRule::AreEqual(TRule::Text(cells[cell].first->value), text))) {
+            cell = (cell + 1) & Mask();
+        }
+        return cell;
+    }
+
+    // Twice as many cells, or the first ones.
+    void Widen()
+    {
+        std::vector<TCell> wider(cells.empty() ? 16 : cells.size() * 2, TCell{0, nullptr});
+        cells.swap(wider);
+        for (const TCell& old : wider) {
+            if (old.first != nullptr) {
+                std::size_t cell = static_cast<std::size_t>(old.hash) & Mask();
+                while (cells[cell].first != nullptr) {
+                    cell = (cell + 1) & Mask();
+                }
+                cells[cell] = old;
+            }
         }
     }
 
-    TNodes nodes;
-    TIndex byText;                                // every node
-    TPositionIndex positions;                     // of the nodes' slots
-    std::vector<typename TNodes::iterator> slots; // node of each slot; dead slots hold anything
+    // Empties a cell. Those behind it that had been moved on by it move back, so that no search stops before them.
+    void Vacate(std::size_t hole) noexcept
+    {
+        for (std::size_t cell = (hole + 1) & Mask(); cells[cell].first != nullptr; cell = (cell + 1) & Mask()) {
+            const std::size_t moved = (cell - static_cast<std::size_t>(cells[cell].hash)) & Mask(); // from its own cell
+            if (moved >= ((cell - hole) & Mask())) {
+                cells[hole] = cells[cell];
+                hole = cell;
+            }
+        }
+        cells[hole].first = nullptr;
+        --textCount;
+    }
+
+    // Closes the gaps that removed values left.
+    void Renumber() noexcept
+    {
+        positions.Clear();
+        std::size_t live = 0;
+        for (std::size_t slot = 0; slot < slots.size(); ++slot) {
+            if (slots[slot] != nullptr) {
+                slots[slot]->slot = positions.Append();
+                slots[live].swap(slots[slot]);
+                ++live;
+            }
+        }
+        slots.resize(live);
+    }
+
+    TextHash::TSeed seed;
+    TPositionIndex positions;                  // of the values' slots
+    std::vector<std::unique_ptr<TNode>> slots; // in order; null: removed
+    std::vector<TCell> cells;                  // none, or a power of two
+    std::size_t textCount = 0;                 // different texts
 };
 
 #endif

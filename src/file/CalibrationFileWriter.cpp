@@ -84,8 +84,10 @@ unsigned int TCalibrationFileWriter::Close()
 
 bool TCalibrationFileWriter::WriteEntry(const TBackgroundCorrectionEntry& entry)
 {
+    char key[Format::kKeyLength] = {}; // zeros behind the text
+    std::memcpy(key, entry.Key(), std::min(std::strlen(entry.Key()), sizeof key));
     return WriteRecordHeader(Format::kCorrectionStart, Format::CorrectionStartLength(entry.Width(), entry.Height())) &&
-           WriteRecord(Format::kKey, entry.Key()) && WriteNumber(Format::kWidth, entry.Width()) &&
+           WriteRecord(Format::kKey, key) && WriteNumber(Format::kWidth, entry.Width()) &&
            WriteNumber(Format::kHeight, entry.Height()) &&
            WriteFloat(Format::kExposure, entry.ReferenceExposureSeconds()) &&
            WriteFloat(Format::kIntensity, entry.ReferenceIntensityPercent()) && WriteBackground(entry);

@@ -54,7 +54,7 @@ const char* TBackgroundCorrectionFileManager::GetLastErrorMessage()
     return message.Text();
 }
 
-int TBackgroundCorrectionFileManager::TExactOrder::Compare(const char* left, const char* right) noexcept
+bool TBackgroundCorrectionFileManager::TExactRule::AreEqual(const char* left, const char* right) noexcept
 {
-    return std::strcmp(left, right);
+    return std::strcmp(left, right) == 0;
 }

@@ -95,11 +95,15 @@ private:
         std::unique_ptr<TProcessor> dismissed;
     };
 
-    struct TExactOrder {
+    struct TExactRule {
         static const char* Text(const TDualString& text) noexcept { return text.Text(); }
-        static int Compare(const char* left, const char* right) noexcept;
+        static bool AreEqual(const char* left, const char* right) noexcept;
+        static std::uint64_t Hash(const char* text, const TextHash::TSeed& seed) noexcept
+        {
+            return TextHash::Of(text, seed);
+        }
     };
-    using TKeyRegister = TOrderedRegister<TDualString, TExactOrder>;
+    using TKeyRegister = TOrderedRegister<TDualString, TExactRule>;
 
     // Leaves the text of a failure and gives its code.
     template <typename... TArguments>

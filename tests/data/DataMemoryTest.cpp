@@ -145,6 +145,61 @@ TEST(DataMemory, ImportingKeepsWhatWasImportedBefore)
     EXPECT_EQ(counts, (std::set<std::size_t>{1, 2}));
 }
 
+// Longer than what a text keeps within itself.
+std::string LongKey()
+{
+    return std::string(TBackgroundCorrectionEntry::kMaximumKeyLength, 'k');
+}
+
+TEST(DataMemory, ALongKeyBelongsToTheConstruction)
+{
+    const std::string key = LongKey();
+    const TBackgroundCorrectionEntry entry = RowEntry(key.c_str(), {1, 2, 3, 4, 5});
+    const std::uint16_t pixel = 1;
+    const std::uint16_t* const frames[] = {&pixel};
+    std::size_t keysRefused = 0;
+    const auto check = [&](const TCorrectionList& list, const std::string& text, std::size_t failedSize) {
+        if (failedSize == key.size() + 1) {
+            EXPECT_EQ(text, kConstructionMemoryText);
+            ++keysRefused;
+        }
+        EXPECT_NE(text, "");
+        ASSERT_EQ(list.Count(), 1u);
+    };
+    WithEveryAllocationFailing(ListOfOne, [&entry](TCorrectionList& list) { list.AddEntry(entry); }, check);
+    EXPECT_EQ(keysRefused, 2u) << "once, and for good";
+    WithEveryAllocationFailing(
+        ListOfOne, [&](TCorrectionList& list) { list.CreateAndAddEntry(key.c_str(), frames, 1, 1, 1, 1.0f, 1.0f); },
+        check);
+    EXPECT_EQ(keysRefused, 4u);
+}
+
+TEST(DataMemory, AssigningWithoutMemoryForTheKeyChangesNothing)
+{
+    const TBackgroundCorrectionEntry original = RowEntry(LongKey().c_str(), {1, 2, 3});
+    TBackgroundCorrectionEntry target = RowEntry("other", {1, 2});
+    TAllocationFaults faults(1);
+    EXPECT_EQ(ThrownText([&] { target = original; }), kConstructionMemoryText);
+    faults.Disarm();
+    EXPECT_STREQ(target.Key(), "other");
+    EXPECT_EQ(PixelsOf(target), (std::vector<std::uint16_t>{1, 2}));
+}
+
+// Hosts hold the address of a key while its correction is there.
+TEST(DataMemory, AnImportLeavesTheKeyWhereItIs)
+{
+    std::string otherCase = LongKey();
+    otherCase[100] = 'K';
+    TCorrectionList list;
+    list.AddEntry(RowEntry(LongKey().c_str(), {1}));
+    const char* const key = list.EntryAt(0).Key();
+    TCorrectionList source;
+    source.AddEntry(RowEntry(otherCase.c_str(), {2}));
+    list.ImportEntries(source, true);
+    EXPECT_EQ(list.EntryAt(0).Key(), key);
+    EXPECT_STREQ(key, otherCase.c_str());
+}
+
 TEST(DataMemory, AListStaysUsableAfterAFailure)
 {
     const TBackgroundCorrectionEntry entry = RowEntry("new", {7, 8});

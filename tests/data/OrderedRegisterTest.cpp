@@ -14,20 +14,30 @@
 
 namespace {
 
-struct TTextOrder {
+struct TTextRule {
     static const char* Text(const std::string& value) { return value.c_str(); }
-    static int Compare(const char* left, const char* right) { return std::strcmp(left, right); }
+    static bool AreEqual(const char* left, const char* right) { return std::strcmp(left, right) == 0; }
+    static std::uint64_t Hash(const char* text, const TextHash::TSeed& seed) { return TextHash::Of(text, seed); }
 };
-using TRegister = TOrderedRegister<std::string, TTextOrder>;
+using TRegister = TOrderedRegister<std::string, TTextRule>;
 
-std::vector<std::string> Values(const TRegister& values)
+// Few hashes for many texts: cells are taken by others, also around the end of the table.
+struct TCollidingRule : TTextRule {
+    static std::uint64_t Hash(const char* text, const TextHash::TSeed&)
+    {
+        return ~std::uint64_t{0} - static_cast<std::uint64_t>(text[0] % 3);
+    }
+};
+
+template <typename TRule> std::vector<std::string> Values(const TOrderedRegister<std::string, TRule>& values)
 {
     std::vector<std::string> all;
     values.ForEach([&all](const std::string& value) { all.push_back(value); });
     return all;
 }
 
-void ExpectEqual(const TRegister& values, const std::vector<std::string>& model)
+template <typename TRule>
+void ExpectEqual(const TOrderedRegister<std::string, TRule>& values, const std::vector<std::string>& model)
 {
     ASSERT_EQ(Values(values), model);
     ASSERT_EQ(values.Count(), model.size());
@@ -37,10 +47,10 @@ void ExpectEqual(const TRegister& values, const std::vector<std::string>& model)
 }
 
 // Long enough that slots are renumbered many times; texts come several times each.
-TEST(OrderedRegister, FollowsASequenceThroughAppendingAndRemoving)
+template <typename TRule> void FollowASequence(unsigned int seed)
 {
-    TRandomImages random(1);
-    TRegister values;
+    TRandomImages random(seed);
+    TOrderedRegister<std::string, TRule> values;
     std::vector<std::string> model;
     for (int step = 0; step < 3000; ++step) {
         const std::string text = std::to_string(random.Number(0, 150));
@@ -53,11 +63,36 @@ TEST(OrderedRegister, FollowsASequenceThroughAppendingAndRemoving)
             model.erase(std::remove(model.begin(), model.end(), text), model.end());
             ASSERT_EQ(values.Remove(text.c_str()), before - model.size());
         }
-        ASSERT_EQ(values.Find(text.c_str()) != nullptr, std::count(model.begin(), model.end(), text) > 0);
+        const std::string wanted = std::to_string(random.Number(0, 150));
+        const std::string* const found = values.Find(wanted.c_str());
+        ASSERT_EQ(found != nullptr, std::count(model.begin(), model.end(), wanted) > 0) << "step " << step;
+        ASSERT_TRUE(found == nullptr || *found == wanted) << "step " << step;
         if (step % 7 == 0) {
             ASSERT_NO_FATAL_FAILURE(ExpectEqual(values, model)) << "step " << step;
         }
     }
+}
+
+TEST(OrderedRegister, FollowsASequenceThroughAppendingAndRemoving)
+{
+    FollowASequence<TTextRule>(1);
+}
+
+TEST(OrderedRegister, FollowsASequenceWhereTextsCollide)
+{
+    FollowASequence<TCollidingRule>(2);
+}
+
+TEST(OrderedRegister, FindsTheFirstOfEqualTexts)
+{
+    TRegister values;
+    for (int i = 0; i < 5; ++i) {
+        values.Append(std::string("same"));
+    }
+    EXPECT_EQ(values.Find("same"), &values.At(0));
+    EXPECT_EQ(values.Remove("same"), 5u);
+    EXPECT_EQ(values.Find("same"), nullptr);
+    EXPECT_EQ(values.Count(), 0u);
 }
 
 TEST(OrderedRegister, StartsAnewAfterClear)

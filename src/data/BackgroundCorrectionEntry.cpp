@@ -2,6 +2,7 @@
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"
+#include "data/PixelMemory.h"
 #include "platform/Text.h"
 
 #include <algorithm>
@@ -183,7 +184,7 @@ std::uint16_t* TBackgroundCorrectionEntry::AllocatePixels(std::uint32_t width, s
 {
     std::uint16_t* pixels = nullptr;
     if (IsSizeValid(width, height)) {
-        pixels = new (std::nothrow) std::uint16_t[PixelCount(width, height)];
+        pixels = ::AllocatePixels(PixelCount(width, height));
     }
     if (pixels == nullptr) {
         throw TZRException(Messages::kOutOfMemoryConstructing);

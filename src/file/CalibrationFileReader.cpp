@@ -2,10 +2,10 @@
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"
+#include "data/PixelMemory.h"
 #include "file/ByteOrder.h"
 
 #include <cstring>
-#include <new>
 #include <utility>
 
 using namespace CalibrationFile;
@@ -202,7 +202,7 @@ unsigned int TCalibrationFileReader::ReadPixels(std::uint32_t width, std::uint32
             messages.file.Format(Messages::kCouldNotReadData);
             return kShortReadOrWrite;
         }
-        buffer = new (std::nothrow) std::uint16_t[count];
+        buffer = AllocatePixels(count);
     }
     if (buffer == nullptr) {
         messages.main.Format(Messages::kReadMemory);

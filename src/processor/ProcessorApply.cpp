@@ -2,9 +2,9 @@
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
 
 #include "boundary/Messages.h"
+#include "data/PixelMemory.h"
 
 #include <cstring>
-#include <new>
 
 using namespace QX_KRLSDK;
 
@@ -29,7 +29,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::RecalculateScaledBackground()
     const std::size_t length = TBackgroundCorrectionEntry::PixelCount(width, height); // 0: too large for memory
     if (scaledBackground == nullptr || length != scaledBackgroundLength) {
         scaledBackground.reset();
-        scaledBackground.reset(length > 0 ? new (std::nothrow) std::uint16_t[length] : nullptr);
+        scaledBackground.reset(length > 0 ? AllocatePixels(length) : nullptr);
         scaledBackgroundLength = scaledBackground != nullptr ? length : 0;
     }
     if (scaledBackground == nullptr) {

@@ -1,5 +1,6 @@
 // Compares the library with the literal algorithms, with OpenCV, and with what the memory allows.
-//   qxbc_compare [--once] [--rounds N] [--json FILE]
+//   qxbc_compare [--once] [--rounds N] [--json FILE] [--size N] [--operation TEXT]
+// --size and --operation (part of a row's name) leave the other rows out.
 // The library is called through its exports, lock and checks included; only averaging and median, which have no
 // operation of their own, are called as kernels.
 #include "QX_BackgroundCorrection.h"
@@ -210,7 +211,9 @@ void Print(nlohmann::json& report, const std::string& operation, int size, const
 int main(int argc, char** argv)
 {
     int rounds = 15;
+    int onlySize = 0;
     std::string jsonPath;
+    std::string onlyOperation;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--once") == 0) {
             rounds = 1;
@@ -218,8 +221,13 @@ int main(int argc, char** argv)
             rounds = std::max(1, std::atoi(argv[++i]));
         } else if (std::strcmp(argv[i], "--json") == 0 && i + 1 < argc) {
             jsonPath = argv[++i];
+        } else if (std::strcmp(argv[i], "--size") == 0 && i + 1 < argc) {
+            onlySize = std::atoi(argv[++i]);
+        } else if (std::strcmp(argv[i], "--operation") == 0 && i + 1 < argc) {
+            onlyOperation = argv[++i];
         } else {
-            std::fprintf(stderr, "usage: qxbc_compare [--once] [--rounds N] [--json FILE]\n");
+            std::fprintf(stderr,
+                         "usage: qxbc_compare [--once] [--rounds N] [--json FILE] [--size N] [--operation TEXT]\n");
             return 2;
         }
     }
@@ -228,15 +236,23 @@ int main(int argc, char** argv)
         "operation             size      median      [spread]       ratio of each rival's time to the library's\n");
     const std::vector<int> sizes = rounds > 1 ? std::vector<int>{64, 512, 2048, 4096} : std::vector<int>{64, 100};
     for (const int size : sizes) {
+        if (onlySize != 0 && size != onlySize) {
+            continue;
+        }
         TBench bench(size);
         std::vector<std::string> names;
         const std::vector<std::vector<TRival>> rows = bench.Rows(names);
         for (std::size_t row = 0; row < rows.size(); ++row) {
-            Print(report, names[row], size, Measure(rows[row], rounds));
+            if (names[row].find(onlyOperation) != std::string::npos) {
+                Print(report, names[row], size, Measure(rows[row], rounds));
+            }
         }
     }
     const int corrections = rounds > 1 ? 100 : 2;
     for (const int size : rounds > 1 ? std::vector<int>{512, 2048} : std::vector<int>{16}) {
+        if (!onlyOperation.empty() || (onlySize != 0 && size != onlySize)) {
+            continue;
+        }
         for (const auto& [operation, timings] : MeasureFiles(corrections, size, rounds > 1 ? 5 : 1)) {
             Print(report, operation, size, timings);
         }

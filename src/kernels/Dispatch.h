@@ -6,11 +6,15 @@
 #include "platform/InstructionSet.h"
 
 #include <atomic>
+#include <cstddef>
 
 namespace Kernels {
 
 // The table in use; null before the first call of a kernel, and to have it chosen anew.
 extern std::atomic<const TKernelTable*> chosenTable;
+
+// Outputs of this many pixels and more go past the caches; 0 to have it chosen anew.
+extern std::atomic<std::size_t> streamingLength;
 
 // The table of an instruction set; the baseline where the build has none of its own for it.
 const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept;

@@ -10,8 +10,8 @@
 
 namespace Kernels {
 
-// Tile of Average, in pixels: its sums (128 KiB) stay in the second-level cache.
-constexpr size_t kAverageTileLength = 32768;
+// Tile of Average, in pixels: its sums (256 KiB) stay in the second-level cache.
+constexpr size_t kAverageTileLength = 65536;
 // Line buffers of Median3x3 start at multiples of this, in bytes.
 constexpr size_t kMedianAlignment = 64;
 constexpr size_t kMedianLineCount = 8;
@@ -21,9 +21,11 @@ constexpr float kScaleFactorLimit = 16384.0f;
 struct TKernelTable {
     // As the functions of the same names in Kernels.h.
     void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count);
-    void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count);
-    // 0 < factor < kScaleFactorLimit.
-    void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor);
+    // With `isStreaming` the output goes past the caches; it starts at an even address.
+    void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,
+                         bool isStreaming);
+    // 0 < factor < kScaleFactorLimit; isStreaming as above.
+    void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);
     // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength).
     void (*average)(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,
                     float* scratch);
@@ -39,8 +41,9 @@ struct TKernelTable {
 // The kernels of an instruction set carry its name: SubtractInPlaceBaseline, SubtractInPlaceAvx2 and so on.
 #define KERNELS_DECLARE(suffix)                                                                                        \
     void SubtractInPlace##suffix(uint16_t* image, const uint16_t* background, size_t count);                           \
-    void SubtractInto##suffix(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count);      \
-    void Scale##suffix(uint16_t* output, const uint16_t* pixels, size_t count, float factor);                          \
+    void SubtractInto##suffix(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,       \
+                              bool isStreaming);                                                                       \
+    void Scale##suffix(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);        \
     void Average##suffix(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,        \
                          float* scratch);                                                                              \
     void Median##suffix(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);                 \

@@ -6,10 +6,12 @@
 #include "platform/InstructionSet.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace Kernels {
 
 std::atomic<const TKernelTable*> chosenTable{nullptr};
+std::atomic<std::size_t> streamingLength{0};
 
 namespace {
 
@@ -19,7 +21,7 @@ constexpr TKernelTable kBaselineTable = {SubtractInPlaceBaseline, SubtractIntoBa
 constexpr TKernelTable kAvx2Table = {SubtractInPlaceAvx2, SubtractIntoAvx2, ScaleAvx2,
                                      AverageAvx2,         MedianAvx2,       StatisticsAvx2};
 constexpr TKernelTable kAvx512Table = {SubtractInPlaceAvx512, SubtractIntoAvx512, ScaleAvx512,
-                                       AverageAvx512,         MedianAvx2,         StatisticsAvx512};
+                                       AverageAvx512,         MedianAvx512,       StatisticsAvx512};
 #endif
 
 } // namespace
@@ -54,6 +56,19 @@ const TKernelTable& Table() noexcept
     return *table;
 }
 
+// Whether an output of this length goes past the caches, where that is fast: one that large would push everything else
+// out of them and not stay whole itself. Chosen as the table is.
+bool IsStreaming(std::size_t count) noexcept
+{
+    constexpr std::size_t kFrom = std::size_t{1} << 22;
+    std::size_t length = streamingLength.load(std::memory_order_relaxed);
+    if (length == 0) {
+        length = Platform::AreStreamingStoresFast() ? kFrom : std::numeric_limits<std::size_t>::max();
+        streamingLength.store(length, std::memory_order_relaxed);
+    }
+    return count >= length;
+}
+
 // Pixels in a line buffer of the median filter: a row and its pads, up to an aligned length.
 std::size_t MedianStride(std::size_t width)
 {
@@ -71,7 +86,7 @@ void SubtractInPlace(std::uint16_t* image, const std::uint16_t* background, std:
 void SubtractInto(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background,
                   std::size_t count) noexcept
 {
-    Table().subtractInto(output, image, background, count);
+    Table().subtractInto(output, image, background, count, IsStreaming(count));
 }
 
 void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor) noexcept
@@ -79,7 +94,8 @@ void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count
     if (!(factor > 0.0f)) { // also NaN
         std::fill(output, output + count, std::uint16_t{0});
     } else if (factor < kScaleFactorLimit) {
-        Table().scale(output, pixels, count, factor);
+        // A background is read again with every image: as long as it stays in the caches it had better be there.
+        Table().scale(output, pixels, count, factor, IsStreaming(count / 4));
     } else {
         Plain::Scale(output, pixels, count, factor);
     }

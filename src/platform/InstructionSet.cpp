@@ -81,11 +81,23 @@ TInstructionSet BestInstructionSet() noexcept
     return HasAll(features, kAvx512) && HasAll(saved, kSavesZmm) ? TInstructionSet::Avx512 : TInstructionSet::Avx2;
 }
 
+bool AreStreamingStoresFast() noexcept
+{
+    const TRegisters vendor = CpuId(0, 0);
+    return vendor.b == 0x68747541 && vendor.d == 0x69746E65 && vendor.c == 0x444D4163 && // "AuthenticAMD"
+           BestInstructionSet() != TInstructionSet::Baseline;
+}
+
 #else
 
 TInstructionSet BestInstructionSet() noexcept
 {
     return TInstructionSet::Baseline;
+}
+
+bool AreStreamingStoresFast() noexcept
+{
+    return false;
 }
 
 #endif

@@ -21,8 +21,9 @@ TPixels Noise(TRandomImages& random, std::size_t count)
     return random.Image(static_cast<int>(count), 1).pixels;
 }
 
-// The sizes around which loops with requests ahead, tiles and blocks of sums begin and end.
-const std::size_t kLargeCounts[] = {32767, 32768, 32769, 65535, 65536, 65537, 65567, 98304, 131101};
+// The sizes around which loops with aligned stores, tiles, blocks of sums and requests ahead begin and end.
+const std::size_t kLargeCounts[] = {16383, 16384, 16385, 32767,  32768,  32769,           65535,
+                                    65536, 65537, 65567, 131072, 131101, (1u << 20) - 1u, (1u << 20) + 77u};
 
 TEST_P(EveryInstructionSet, SubtractsEveryLengthBesideGuardPages)
 {
@@ -38,8 +39,12 @@ TEST_P(EveryInstructionSet, SubtractsEveryLengthBesideGuardPages)
             TGuardedPixels output(count, atStart);
             first.Set(image);
             second.Set(background);
-            Kernels::SubtractInto(output.Data(), first.Data(), second.Data(), count);
-            ASSERT_EQ(output.Values(), expected) << count;
+            for (const bool isStreaming : {false, true}) {
+                ForceStreaming(isStreaming);
+                output.Set(TPixels(count, 4711));
+                Kernels::SubtractInto(output.Data(), first.Data(), second.Data(), count);
+                ASSERT_EQ(output.Values(), expected) << count << (isStreaming ? " past the caches" : "");
+            }
             ASSERT_EQ(first.Values(), image) << count;
             Kernels::SubtractInPlace(first.Data(), second.Data(), count);
             ASSERT_EQ(first.Values(), expected) << count;
@@ -59,8 +64,13 @@ TEST_P(EveryInstructionSet, ScalesEveryLengthBesideGuardPages)
             TGuardedPixels source(count, count % 2 == 0);
             TGuardedPixels output(count, count % 3 == 0);
             source.Set(pixels);
-            Kernels::Scale(output.Data(), source.Data(), count, factor);
-            ASSERT_EQ(output.Values(), expected) << count << " times " << factor;
+            for (const bool isStreaming : {false, true}) {
+                ForceStreaming(isStreaming);
+                output.Set(TPixels(count, 4711));
+                Kernels::Scale(output.Data(), source.Data(), count, factor);
+                ASSERT_EQ(output.Values(), expected)
+                    << count << " times " << factor << (isStreaming ? " past the caches" : "");
+            }
         }
     }
 }
@@ -103,10 +113,10 @@ TEST_P(EveryInstructionSet, CountsEveryLengthBesideGuardPages)
     }
 }
 
-TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
+// `count` pixels, from every place within a line of the cache on.
+void ExpectEveryAlignment(std::size_t count)
 {
     TRandomImages random(5);
-    const std::size_t count = 200;
     for (std::size_t offset = 0; offset < 32; ++offset) {
         TPixels image = Noise(random, count + 64);
         const TPixels background = Noise(random, count + 64);
@@ -126,10 +136,21 @@ TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
     }
 }
 
+TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
+{
+    for (const bool isStreaming : {false, true}) {
+        ForceStreaming(isStreaming);
+        for (const std::size_t count : {31u, 200u, 16384u + 77u}) {
+            ASSERT_NO_FATAL_FAILURE(ExpectEveryAlignment(count)) << count << (isStreaming ? " past the caches" : "");
+        }
+    }
+}
+
 TEST_P(EveryInstructionSet, WorksAtLargeSizes)
 {
     TRandomImages random(6);
     for (const std::size_t count : kLargeCounts) {
+        ForceStreaming(count % 3 == 0);
         TPixels image = Noise(random, count);
         const TPixels background = Noise(random, count);
         TPixels output(count + 1, 4711);
@@ -206,7 +227,7 @@ TEST_P(EveryInstructionSet, FiltersImagesOfAllShapes)
     const int widths[] = {1,  2,  3,  4,  5,  7,  8,  9,  15, 16,  17,  29,  30,
                           31, 32, 33, 47, 62, 63, 64, 65, 96, 127, 128, 129, 641};
     for (const int width : widths) {
-        for (const int height : {1, 2, 3, 4, 5, 8, 13}) {
+        for (const int height : {1, 2, 3, 4, 5, 8, 9, 13, 18}) {
             for (const std::uint16_t highest : {std::uint16_t{1}, std::uint16_t{65535}}) {
                 const TPixels pixels = random.Image(width, height, 0, highest).pixels;
                 ASSERT_NO_FATAL_FAILURE(

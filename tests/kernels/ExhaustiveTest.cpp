@@ -54,6 +54,7 @@ TEST_P(ExhaustiveKernels, SubtractsAllPairs)
         const TPixels background(65536, static_cast<std::uint16_t>(value));
         std::fill(expected.begin(), expected.begin() + value, std::uint16_t{0});
         std::iota(expected.begin() + value, expected.end(), std::uint16_t{0});
+        ForceStreaming(value / kEvery % 2 == 0);
         Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
         ASSERT_TRUE(output == expected) << value;
     }
@@ -124,6 +125,7 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
     TPixels expected(65536);
     const std::vector<float> factors = Factors();
     for (std::size_t i = 0; i < factors.size(); i += kEvery > 1 ? 7 : 1) {
+        ForceStreaming(i % 2 == 0);
         {
             const TScopedRounding rounding(mode);
             Kernels::Plain::Scale(expected.data(), pixels.data(), pixels.size(), factors[i]);
@@ -132,6 +134,7 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
         ASSERT_TRUE(output == expected) << "factor " << factors[i];
     }
     Kernels::chosenTable.store(nullptr);
+    Kernels::streamingLength.store(0);
 }
 
 // Bright, dark and mixed frames; from 257 on the sums lose bits, and have to lose the same.

@@ -6,7 +6,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <limits>
 #include <string>
+
+// Has the outputs of kernels go past the caches, or not, whatever their length.
+inline void ForceStreaming(bool isStreaming)
+{
+    Kernels::streamingLength.store(isStreaming ? 1 : std::numeric_limits<std::size_t>::max());
+}
 
 // A test of this fixture uses the kernels of its parameter, and is skipped where the processor lacks the instructions.
 class TForcedInstructionSet : public testing::TestWithParam<Platform::TInstructionSet> {
@@ -18,7 +26,11 @@ protected:
         }
         Kernels::chosenTable.store(&Kernels::TableFor(GetParam()));
     }
-    void TearDown() override { Kernels::chosenTable.store(nullptr); }
+    void TearDown() override
+    {
+        Kernels::chosenTable.store(nullptr);
+        Kernels::streamingLength.store(0);
+    }
 };
 
 inline std::string InstructionSetName(const testing::TestParamInfo<Platform::TInstructionSet>& info)

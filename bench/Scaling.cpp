@@ -67,12 +67,18 @@ private:
         const auto begin = std::chrono::steady_clock::now();
         run();
         const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-        double& least = secondsPerItem[operation].emplace(count, 1e9).first->second;
-        least = std::min(least, seconds / count);
+        secondsPerItem[operation][count].push_back(seconds / count);
     }
     void Implementation(const std::string& name, unsigned int count, const std::function<TObject()>& make);
 
-    std::map<std::string, std::map<unsigned int, double>> secondsPerItem; // the least of all runs
+    double Median(const std::string& operation, unsigned int count) const
+    {
+        std::vector<double> seconds = secondsPerItem.at(operation).at(count);
+        std::sort(seconds.begin(), seconds.end());
+        return seconds[seconds.size() / 2];
+    }
+
+    std::map<std::string, std::map<unsigned int, std::vector<double>>> secondsPerItem; // of all runs
 };
 
 void TScaling::Implementation(const std::string& name, unsigned int count, const std::function<TObject()>& make)
@@ -126,9 +132,11 @@ void TScaling::Report(unsigned int small, unsigned int large) const
 {
     std::printf("%-32s %14s %14s %7s\n", "ns per correction", std::to_string(small).c_str(),
                 std::to_string(large).c_str(), "ratio");
-    for (const auto& [operation, seconds] : secondsPerItem) {
-        std::printf("%-32s %14.0f %14.0f %7.2f\n", operation.c_str(), seconds.at(small) * 1e9, seconds.at(large) * 1e9,
-                    seconds.at(large) / seconds.at(small));
+    for (const auto& timed : secondsPerItem) {
+        const std::string& operation = timed.first;
+        const double few = Median(operation, small);
+        const double many = Median(operation, large);
+        std::printf("%-32s %14.0f %14.0f %7.2f\n", operation.c_str(), few * 1e9, many * 1e9, many / few);
     }
 }
 
@@ -142,7 +150,9 @@ int main(int argc, char** argv)
     for (int repeat = 0; repeat < 5; ++repeat) {
         scaling.Run(small);
     }
-    scaling.Run(large);
+    for (int repeat = 0; repeat < 3; ++repeat) {
+        scaling.Run(large);
+    }
     scaling.Report(small, large);
     return 0;
 }

@@ -17,14 +17,14 @@ constexpr std::uint64_t kMaximumPixelCount = 0x7FFFFFFF;
 
 TBackgroundCorrectionEntry::TBackgroundCorrectionEntry(const TBackgroundCorrectionEntry& other)
 {
-    SetKey(other.key.data(), other.key.size());
+    SetKey(other.key.Text(), std::strlen(other.key.Text()));
     CopyDescription(other);
     CopyPixels(other);
 }
 
 TBackgroundCorrectionEntry& TBackgroundCorrectionEntry::operator=(const TBackgroundCorrectionEntry& other)
 {
-    SetKey(other.key.data(), other.key.size());
+    SetKey(other.key.Text(), std::strlen(other.key.Text()));
     delete[] data;
     data = nullptr;
     CopyDescription(other);
@@ -163,7 +163,7 @@ void TBackgroundCorrectionEntry::CopyDescription(const TBackgroundCorrectionEntr
 void TBackgroundCorrectionEntry::SetKey(const char* text, std::size_t length)
 {
     try {
-        key.assign(text, length);
+        key.Assign(text, length);
     } catch (const std::bad_alloc&) {
         throw TZRException(Messages::kOutOfMemoryConstructing);
     }

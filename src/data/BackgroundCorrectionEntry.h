@@ -2,11 +2,11 @@
 #ifndef DATA_BACKGROUNDCORRECTIONENTRY_H
 #define DATA_BACKGROUNDCORRECTIONENTRY_H
 
+#include "data/KeyText.h"
 #include "kernels/Kernels.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 // A named background image with the exposure and light intensity at which it was taken.
 //
@@ -50,7 +50,7 @@ public:
     // Over the whole image, computed at the first request. Only for entries with pixels.
     const Kernels::TStatistics& Statistics() noexcept;
 
-    const char* Key() const noexcept { return key.c_str(); }
+    const char* Key() const noexcept { return key.Text(); }
     float ReferenceExposureSeconds() const noexcept { return referenceExposure; }
     float ReferenceIntensityPercent() const noexcept { return referenceIntensity; }
     std::uint32_t Width() const noexcept { return width; }
@@ -74,7 +74,7 @@ private:
     void CopyPixels(const TBackgroundCorrectionEntry& other);
     static std::uint16_t* AllocatePixels(std::uint32_t width, std::uint32_t height);
 
-    std::string key;
+    TKeyText key;
     float referenceExposure = 0.0f;  // seconds
     float referenceIntensity = 0.0f; // percent
     float referenceProduct = 0.0f;   // only to refuse a product of zero

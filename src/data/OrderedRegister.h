@@ -2,12 +2,12 @@
 #ifndef DATA_ORDEREDREGISTER_H
 #define DATA_ORDEREDREGISTER_H
 
+#include "data/NodePool.h"
 #include "data/PositionIndex.h"
 #include "data/TextHash.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -19,13 +19,9 @@
 // synchronised. What throws leaves it unchanged.
 template <typename TValue, typename TRule> class TOrderedRegister {
     struct TNode {
-        template <typename TSource>
-        TNode(TSource&& source, const TextHash::TSeed& seed)
-            : value(std::forward<TSource>(source)), hash(TRule::Hash(TRule::Text(value), seed))
-        {}
+        template <typename TSource> explicit TNode(TSource&& source) : value(std::forward<TSource>(source)) {}
 
         TValue value;
-        std::uint64_t hash;
         std::size_t slot = 0;
         TNode* next = nullptr; // of those with an equal text
     };
@@ -39,13 +35,27 @@ template <typename TValue, typename TRule> class TOrderedRegister {
 
 public:
     TOrderedRegister() : seed(TextHash::SeedFor(reinterpret_cast<std::uintptr_t>(this))) {}
+    ~TOrderedRegister() { Clear(); }
     TOrderedRegister(const TOrderedRegister&) = delete;
     TOrderedRegister& operator=(const TOrderedRegister&) = delete;
 
     // A value that is ready to be appended, so that appending it cannot fail.
     class TPrepared {
+    public:
+        TPrepared(TPrepared&& other) noexcept : pool(other.pool), node(other.node) { other.node = nullptr; }
+        ~TPrepared()
+        {
+            if (node != nullptr) {
+                pool->Destroy(node);
+            }
+        }
+
+    private:
         friend class TOrderedRegister;
-        std::unique_ptr<TNode> node;
+        TPrepared(TNodePool<TNode>& owner, TNode* made) noexcept : pool(&owner), node(made) {}
+
+        TNodePool<TNode>* pool;
+        TNode* node; // null: appended
     };
 
     // Makes a value from `source`, and room for it. Throws std::bad_alloc, or whatever making the value throws. Only
@@ -59,24 +69,24 @@ public:
         if ((textCount + 1) * 5 > cells.size() * 4) {
             Widen();
         }
-        TPrepared prepared;
-        prepared.node.reset(new TNode(std::forward<TSource>(source), seed));
-        return prepared;
+        return TPrepared(pool, pool.Make(std::forward<TSource>(source)));
     }
 
     void Append(TPrepared&& prepared) noexcept
     {
-        TNode* const node = prepared.node.get();
-        TCell& cell = cells[CellOf(TRule::Text(node->value), node->hash)];
+        TNode* const node = prepared.node;
+        prepared.node = nullptr;
+        const std::uint64_t hash = TRule::Hash(TRule::Text(node->value), seed);
+        TCell& cell = cells[CellOf(TRule::Text(node->value), hash)];
         if (cell.first == nullptr) {
-            cell = {node->hash, node};
+            cell = {hash, node};
             ++textCount;
         } else {
             node->next = cell.first->next;
             cell.first->next = node;
         }
         node->slot = positions.Append();
-        slots.push_back(std::move(prepared.node));
+        slots.push_back(node);
     }
 
     // Prepares and appends.
@@ -108,7 +118,8 @@ public:
         while (node != nullptr) {
             TNode* const next = node->next;
             positions.Remove(node->slot);
-            slots[node->slot].reset();
+            slots[node->slot] = nullptr;
+            pool.Destroy(node);
             node = next;
             ++removed;
         }
@@ -126,7 +137,7 @@ public:
     // Calls `action` with every value, in order.
     template <typename TAction> void ForEach(TAction action) const
     {
-        for (const std::unique_ptr<TNode>& node : slots) {
+        for (const TNode* const node : slots) {
             if (node != nullptr) {
                 action(node->value);
             }
@@ -135,6 +146,11 @@ public:
 
     void Clear() noexcept
     {
+        for (TNode* const node : slots) {
+            if (node != nullptr) {
+                pool.Destroy(node);
+            }
+        }
         positions.Clear();
         slots.clear();
         cells.clear();
@@ -145,6 +161,7 @@ public:
     void Swap(TOrderedRegister& other) noexcept
     {
         std::swap(seed, other.seed);
+        pool.Swap(other.pool);
         std::swap(positions, other.positions);
         slots.swap(other.slots);
         cells.swap(other.cells);
@@ -203,7 +220,7 @@ private:
         for (std::size_t slot = 0; slot < slots.size(); ++slot) {
             if (slots[slot] != nullptr) {
                 slots[slot]->slot = positions.Append();
-                slots[live].swap(slots[slot]);
+                slots[live] = slots[slot];
                 ++live;
             }
         }
@@ -211,10 +228,11 @@ private:
     }
 
     TextHash::TSeed seed;
-    TPositionIndex positions;                  // of the values' slots
-    std::vector<std::unique_ptr<TNode>> slots; // in order; null: removed
-    std::vector<TCell> cells;                  // none, or a power of two
-    std::size_t textCount = 0;                 // different texts
+    TNodePool<TNode> pool;
+    TPositionIndex positions;  // of the values' slots
+    std::vector<TNode*> slots; // in order; null: removed
+    std::vector<TCell> cells;  // none, or a power of two
+    std::size_t textCount = 0; // different texts
 };
 
 #endif

@@ -18,7 +18,7 @@ std::size_t TPositionIndex::Append() noexcept
 {
     // A new node covers itself and the nodes below it down to its lowest bit, all of them there already.
     const std::size_t node = counts.size() + 1;
-    std::size_t live = 1;
+    std::uint32_t live = 1;
     for (std::size_t below = node - 1; below > node - LowestBit(node); below -= LowestBit(below)) {
         live += counts[below - 1];
     }
@@ -29,15 +29,20 @@ std::size_t TPositionIndex::Append() noexcept
 
 void TPositionIndex::Remove(std::size_t slot) noexcept
 {
+    --liveCount;
+    if (slot == removedAtFront) {
+        ++removedAtFront;
+        return;
+    }
     for (std::size_t node = slot + 1; node <= counts.size(); node += LowestBit(node)) {
         --counts[node - 1];
     }
-    --liveCount;
 }
 
 std::size_t TPositionIndex::SlotAt(std::size_t position) const noexcept
 {
-    if (liveCount == counts.size()) {
+    position += removedAtFront;
+    if (liveCount == counts.size() - removedAtFront) {
         return position;
     }
     std::size_t step = 1;
@@ -58,4 +63,5 @@ void TPositionIndex::Clear() noexcept
 {
     counts.clear();
     liveCount = 0;
+    removedAtFront = 0;
 }

@@ -111,7 +111,7 @@ unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fi
         }
         const unsigned int count = scratch->GetNumberOfCorrections();
         for (unsigned int index = 0; index < count; ++index) {
-            foundKeys.Append(TDualString(scratch->GetCorrectionKey(index)));
+            foundKeys.Append(scratch->GetCorrectionKey(index));
         }
     }
 
@@ -179,7 +179,7 @@ unsigned int TBackgroundCorrectionFileManager::SaveFile(const char* fileName)
     }
     GroupNaming::TBuckets buckets;
     for (std::size_t index = 0; index < keys.Count() && result == kSuccess; ++index) {
-        result = buckets.Add(keys.At(index), groupingNames);
+        result = buckets.Add(keys.At(index).Text(), groupingNames);
     }
     if (result != kSuccess) {
         return result;

@@ -92,7 +92,7 @@ unsigned int TBackgroundCorrectionFileManager::ImportKey(TImportSource& source, 
             return result;
         }
     }
-    TKeyRegister::TPrepared newKey = keys.Prepare(key);
+    TKeyRegister::TPrepared newKey = keys.Prepare(key.Text());
     const TBackgroundCorrectionEntry* const entry = source.Entry(index, key);
     if (entry == nullptr) {
         return kSuccess;

@@ -22,7 +22,7 @@ unsigned int TBackgroundCorrectionFileManager::AddCorrection(const char* key, co
     if (result != kSuccess) {
         return result;
     }
-    TKeyRegister::TPrepared newKey = keys.Prepare(ownKey);
+    TKeyRegister::TPrepared newKey = keys.Prepare(ownKey.Text());
     result = currentGroup.processor->AddCorrection(ownKey.Text(), frames, frameCount, width, height, exposure,
                                                    lightIntensity);
     if (result == kSuccess) {

@@ -6,6 +6,7 @@
 
 #include "boundary/TAutoVelmorCriticalSection.h"
 #include "boundary/TMessageBuffer.h"
+#include "data/KeyText.h"
 #include "data/OrderedRegister.h"
 #include "offline/GroupNaming.h"
 #include "offline/TDualString.h"
@@ -96,14 +97,14 @@ private:
     };
 
     struct TExactRule {
-        static const char* Text(const TDualString& text) noexcept { return text.Text(); }
+        static const char* Text(const TKeyText& text) noexcept { return text.Text(); }
         static bool AreEqual(const char* left, const char* right) noexcept;
         static std::uint64_t Hash(const char* text, const TextHash::TSeed& seed) noexcept
         {
             return TextHash::Of(text, seed);
         }
     };
-    using TKeyRegister = TOrderedRegister<TDualString, TExactRule>;
+    using TKeyRegister = TOrderedRegister<TKeyText, TExactRule>;
 
     // Leaves the text of a failure and gives its code.
     template <typename... TArguments>

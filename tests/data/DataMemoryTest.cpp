@@ -58,11 +58,21 @@ void WithEveryAllocationFailing(TSetUp setUp, TAttempt attempt, TCheck check)
     }
 }
 
-std::unique_ptr<TCorrectionList> ListOfOne()
+std::unique_ptr<TCorrectionList> ListOf(std::size_t count)
 {
     auto list = std::make_unique<TCorrectionList>();
-    list->AddEntry(RowEntry("kept", {1}));
+    for (std::size_t i = 0; i < count; ++i) {
+        list->AddEntry(RowEntry(("kept" + std::to_string(i)).c_str(), {1}));
+    }
     return list;
+}
+
+// As many as a list has room for at first: the next one needs memory for itself.
+constexpr std::size_t kFull = 8;
+
+std::unique_ptr<TCorrectionList> FullList()
+{
+    return ListOf(kFull);
 }
 
 TEST(DataMemory, CopyingAnEntryNamesTheConstruction)
@@ -93,7 +103,7 @@ TEST(DataMemory, CreatingNamesTheStepThatFailed)
 
     std::set<std::string> texts;
     WithEveryAllocationFailing(
-        ListOfOne,
+        FullList,
         [&pointers](TCorrectionList& list) { list.CreateAndAddEntry("new", pointers, 2, kWidth, kHeight, 1.0f, 1.0f); },
         [&](const TCorrectionList& list, const std::string& text, std::size_t failedSize) {
             texts.insert(text);
@@ -102,7 +112,7 @@ TEST(DataMemory, CreatingNamesTheStepThatFailed)
                             : isWorkBuffer                               ? kCreationMemoryText
                                                                          : kAddingMemoryText)
                 << failedSize << " bytes";
-            ASSERT_EQ(list.Count(), 1u);
+            ASSERT_EQ(list.Count(), kFull);
             EXPECT_EQ(list.FindEntry("new"), nullptr);
         });
     EXPECT_EQ(texts, (std::set<std::string>{kConstructionMemoryText, kCreationMemoryText, kAddingMemoryText}));
@@ -113,11 +123,11 @@ TEST(DataMemory, AddingACopyNamesTheNodeOrThePixels)
     const TBackgroundCorrectionEntry entry = RowEntry("new", {1, 2, 3, 4, 5});
     std::set<std::string> texts;
     WithEveryAllocationFailing(
-        ListOfOne, [&entry](TCorrectionList& list) { list.AddEntry(entry); },
+        FullList, [&entry](TCorrectionList& list) { list.AddEntry(entry); },
         [&texts](const TCorrectionList& list, const std::string& text, std::size_t failedSize) {
             texts.insert(text);
             EXPECT_EQ(text, failedSize == 10 ? kConstructionMemoryText : kAddingMemoryText);
-            ASSERT_EQ(list.Count(), 1u);
+            ASSERT_EQ(list.Count(), kFull);
         });
     EXPECT_EQ(texts, (std::set<std::string>{kConstructionMemoryText, kAddingMemoryText}));
 }
@@ -130,19 +140,19 @@ TEST(DataMemory, ImportingKeepsWhatWasImportedBefore)
     std::set<std::string> texts;
     std::set<std::size_t> counts;
     WithEveryAllocationFailing(
-        ListOfOne, [&source](TCorrectionList& list) { list.ImportEntries(source, false); },
+        [] { return ListOf(kFull - 1); }, [&source](TCorrectionList& list) { list.ImportEntries(source, false); },
         [&](const TCorrectionList& list, const std::string& text, std::size_t failedSize) {
             texts.insert(text);
             counts.insert(list.Count());
             EXPECT_EQ(text, failedSize == 10 ? kConstructionMemoryText : "Could not allocate memory during import.");
-            EXPECT_STREQ(list.EntryAt(0).Key(), "kept");
-            if (list.Count() > 1) {
-                EXPECT_STREQ(list.EntryAt(1).Key(), "first");
-                EXPECT_EQ(PixelsOf(list.EntryAt(1)).size(), 5u);
+            EXPECT_STREQ(list.EntryAt(0).Key(), "kept0");
+            if (list.Count() >= kFull) {
+                EXPECT_STREQ(list.EntryAt(kFull - 1).Key(), "first");
+                EXPECT_EQ(PixelsOf(list.EntryAt(kFull - 1)).size(), 5u);
             }
         });
     EXPECT_EQ(texts, (std::set<std::string>{kConstructionMemoryText, "Could not allocate memory during import."}));
-    EXPECT_EQ(counts, (std::set<std::size_t>{1, 2}));
+    EXPECT_EQ(counts, (std::set<std::size_t>{kFull - 1, kFull}));
 }
 
 // Longer than what a text keeps within itself.
@@ -164,12 +174,12 @@ TEST(DataMemory, ALongKeyBelongsToTheConstruction)
             ++keysRefused;
         }
         EXPECT_NE(text, "");
-        ASSERT_EQ(list.Count(), 1u);
+        ASSERT_EQ(list.Count(), kFull);
     };
-    WithEveryAllocationFailing(ListOfOne, [&entry](TCorrectionList& list) { list.AddEntry(entry); }, check);
+    WithEveryAllocationFailing(FullList, [&entry](TCorrectionList& list) { list.AddEntry(entry); }, check);
     EXPECT_EQ(keysRefused, 2u) << "once, and for good";
     WithEveryAllocationFailing(
-        ListOfOne, [&](TCorrectionList& list) { list.CreateAndAddEntry(key.c_str(), frames, 1, 1, 1, 1.0f, 1.0f); },
+        FullList, [&](TCorrectionList& list) { list.CreateAndAddEntry(key.c_str(), frames, 1, 1, 1, 1.0f, 1.0f); },
         check);
     EXPECT_EQ(keysRefused, 4u);
 }
@@ -204,15 +214,15 @@ TEST(DataMemory, AListStaysUsableAfterAFailure)
 {
     const TBackgroundCorrectionEntry entry = RowEntry("new", {7, 8});
     WithEveryAllocationFailing(
-        ListOfOne, [&entry](TCorrectionList& list) { list.AddEntry(entry); },
+        FullList, [&entry](TCorrectionList& list) { list.AddEntry(entry); },
         [](TCorrectionList& list, const std::string&, std::size_t) {
             list.AddEntry(RowEntry("new", {7, 8}));
             list.AddEntry(RowEntry("newer", {9}));
-            ASSERT_EQ(list.Count(), 3u);
-            EXPECT_STREQ(list.EntryAt(1).Key(), "new");
-            EXPECT_EQ(list.FindEntry("NEWER"), &list.EntryAt(2));
+            ASSERT_EQ(list.Count(), kFull + 2);
+            EXPECT_STREQ(list.EntryAt(kFull).Key(), "new");
+            EXPECT_EQ(list.FindEntry("NEWER"), &list.EntryAt(kFull + 1));
             EXPECT_EQ(list.RemoveEntry("new"), 0);
-            EXPECT_STREQ(list.EntryAt(1).Key(), "newer");
+            EXPECT_STREQ(list.EntryAt(kFull).Key(), "newer");
         });
 }
 

@@ -33,7 +33,10 @@ std::vector<TTiming> Measure(const std::vector<TRival>& rivals, int rounds)
     std::vector<std::vector<double>> samples(rivals.size());
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < rivals.size(); ++i) {
-            rivals[i].run();
+            // Until what the others left in the caches is gone.
+            for (int warmUp = 0; warmUp < (rounds > 1 ? 5 : 1); ++warmUp) {
+                rivals[i].run();
+            }
             samples[i].push_back(Seconds(rivals[i].run, runs[i]));
         }
     }

@@ -13,8 +13,14 @@ namespace Kernels {
 // The table in use; null before the first call of a kernel, and to have it chosen anew.
 extern std::atomic<const TKernelTable*> chosenTable;
 
-// Outputs of this many pixels and more go past the caches; 0 to have it chosen anew.
-extern std::atomic<std::size_t> streamingLength;
+// What suits the way from the processor to memory.
+struct TMemoryHabits {
+    std::size_t streamingLength; // outputs of this many pixels and more go past the caches
+    bool isAskingAhead;          // whether pixels that lie in order are asked for ahead of their use
+};
+
+// As chosenTable.
+extern std::atomic<const TMemoryHabits*> chosenHabits;
 
 // The table of an instruction set; the baseline where the build has none of its own for it.
 const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept;

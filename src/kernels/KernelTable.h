@@ -20,7 +20,7 @@ constexpr float kScaleFactorLimit = 16384.0f;
 
 struct TKernelTable {
     // As the functions of the same names in Kernels.h.
-    void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count);
+    void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count, bool isAskingAhead);
     // With `isStreaming` the output goes past the caches; it starts at an even address.
     void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,
                          bool isStreaming);
@@ -40,7 +40,7 @@ struct TKernelTable {
 
 // The kernels of an instruction set carry its name: SubtractInPlaceBaseline, SubtractInPlaceAvx2 and so on.
 #define KERNELS_DECLARE(suffix)                                                                                        \
-    void SubtractInPlace##suffix(uint16_t* image, const uint16_t* background, size_t count);                           \
+    void SubtractInPlace##suffix(uint16_t* image, const uint16_t* background, size_t count, bool isAskingAhead);       \
     void SubtractInto##suffix(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,       \
                               bool isStreaming);                                                                       \
     void Scale##suffix(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);        \

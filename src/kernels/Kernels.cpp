@@ -11,7 +11,7 @@
 namespace Kernels {
 
 std::atomic<const TKernelTable*> chosenTable{nullptr};
-std::atomic<std::size_t> streamingLength{0};
+std::atomic<const TMemoryHabits*> chosenHabits{nullptr};
 
 namespace {
 
@@ -56,17 +56,25 @@ const TKernelTable& Table() noexcept
     return *table;
 }
 
-// Whether an output of this length goes past the caches, where that is fast: one that large would push everything else
-// out of them and not stay whole itself. Chosen as the table is.
+// Found by measuring: AMD's processors read two arrays ahead by themselves as far as it takes, and store past the
+// caches without waiting. An output goes that way when it would push everything else out of them and not stay whole
+// itself.
+constexpr TMemoryHabits kAmdHabits = {std::size_t{1} << 22, false};
+constexpr TMemoryHabits kOtherHabits = {std::numeric_limits<std::size_t>::max(), true};
+
+const TMemoryHabits& Habits() noexcept
+{
+    const TMemoryHabits* habits = chosenHabits.load(std::memory_order_relaxed);
+    if (habits == nullptr) {
+        habits = Platform::IsAmdProcessor() ? &kAmdHabits : &kOtherHabits;
+        chosenHabits.store(habits, std::memory_order_relaxed);
+    }
+    return *habits;
+}
+
 bool IsStreaming(std::size_t count) noexcept
 {
-    constexpr std::size_t kFrom = std::size_t{1} << 22;
-    std::size_t length = streamingLength.load(std::memory_order_relaxed);
-    if (length == 0) {
-        length = Platform::AreStreamingStoresFast() ? kFrom : std::numeric_limits<std::size_t>::max();
-        streamingLength.store(length, std::memory_order_relaxed);
-    }
-    return count >= length;
+    return count >= Habits().streamingLength;
 }
 
 // Pixels in a line buffer of the median filter: a row and its pads, up to an aligned length.
@@ -80,7 +88,7 @@ std::size_t MedianStride(std::size_t width)
 
 void SubtractInPlace(std::uint16_t* image, const std::uint16_t* background, std::size_t count) noexcept
 {
-    Table().subtractInPlace(image, background, count);
+    Table().subtractInPlace(image, background, count, Habits().isAskingAhead);
 }
 
 void SubtractInto(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background,

@@ -81,7 +81,7 @@ TInstructionSet BestInstructionSet() noexcept
     return HasAll(features, kAvx512) && HasAll(saved, kSavesZmm) ? TInstructionSet::Avx512 : TInstructionSet::Avx2;
 }
 
-bool AreStreamingStoresFast() noexcept
+bool IsAmdProcessor() noexcept
 {
     const TRegisters vendor = CpuId(0, 0);
     return vendor.b == 0x68747541 && vendor.d == 0x69746E65 && vendor.c == 0x444D4163 && // "AuthenticAMD"
@@ -95,7 +95,7 @@ TInstructionSet BestInstructionSet() noexcept
     return TInstructionSet::Baseline;
 }
 
-bool AreStreamingStoresFast() noexcept
+bool IsAmdProcessor() noexcept
 {
     return false;
 }

@@ -13,9 +13,8 @@ enum class TInstructionSet {
 // The best that both the processor and the operating system support.
 TInstructionSet BestInstructionSet() noexcept;
 
-// Whether stores past the caches beat ordinary ones into memory that is not in them, which wait for the line that they
-// overwrite. So on AMD's processors with AVX2; on others that were measured they were slower at every size.
-bool AreStreamingStoresFast() noexcept;
+// Whether this is one of AMD's processors with AVX2: their way to memory differs from that of others.
+bool IsAmdProcessor() noexcept;
 
 } // namespace Platform
 

@@ -134,7 +134,7 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
         ASSERT_TRUE(output == expected) << "factor " << factors[i];
     }
     Kernels::chosenTable.store(nullptr);
-    Kernels::streamingLength.store(0);
+    Kernels::chosenHabits.store(nullptr);
 }
 
 // Bright, dark and mixed frames; from 257 on the sums lose bits, and have to lose the same.

@@ -10,10 +10,12 @@
 #include <limits>
 #include <string>
 
-// Has the outputs of kernels go past the caches, or not, whatever their length.
+// Has the outputs of kernels go past the caches whatever their length, or none and the inputs asked for ahead.
 inline void ForceStreaming(bool isStreaming)
 {
-    Kernels::streamingLength.store(isStreaming ? 1 : std::numeric_limits<std::size_t>::max());
+    static constexpr Kernels::TMemoryHabits kStreaming = {1, false};
+    static constexpr Kernels::TMemoryHabits kAsking = {std::numeric_limits<std::size_t>::max(), true};
+    Kernels::chosenHabits.store(isStreaming ? &kStreaming : &kAsking);
 }
 
 // A test of this fixture uses the kernels of its parameter, and is skipped where the processor lacks the instructions.
@@ -29,7 +31,7 @@ protected:
     void TearDown() override
     {
         Kernels::chosenTable.store(nullptr);
-        Kernels::streamingLength.store(0);
+        Kernels::chosenHabits.store(nullptr);
     }
 };
 

@@ -40,20 +40,23 @@ TEST(InstructionSet, IsTheBestThatTheSystemLists)
     EXPECT_EQ(Platform::BestInstructionSet(), hasAvx512            ? Platform::TInstructionSet::Avx512
                                               : Has(flags, "avx2") ? Platform::TInstructionSet::Avx2
                                                                    : Platform::TInstructionSet::Baseline);
-    EXPECT_EQ(Platform::AreStreamingStoresFast(),
+    EXPECT_EQ(Platform::IsAmdProcessor(),
               Has(flags, "avx2") && ProcessorLine("vendor_id").find("AuthenticAMD") != std::string::npos);
 }
 
-TEST(InstructionSet, LongOutputsGoPastTheCachesWhereThatIsFast)
+TEST(InstructionSet, ChoosesTheHabitsOfTheProcessor)
 {
-    Kernels::streamingLength.store(0);
+    Kernels::chosenHabits.store(nullptr);
     std::uint16_t pixel = 3;
     const std::uint16_t background = 1;
     std::uint16_t output = 0;
     Kernels::SubtractInto(&output, &pixel, &background, 1);
     EXPECT_EQ(output, 2);
-    EXPECT_EQ(Kernels::streamingLength.load(),
-              Platform::AreStreamingStoresFast() ? std::size_t{2048} * 2048 : std::numeric_limits<std::size_t>::max());
+    const Kernels::TMemoryHabits* const habits = Kernels::chosenHabits.load();
+    ASSERT_NE(habits, nullptr);
+    EXPECT_EQ(habits->streamingLength,
+              Platform::IsAmdProcessor() ? std::size_t{2048} * 2048 : std::numeric_limits<std::size_t>::max());
+    EXPECT_EQ(habits->isAskingAhead, !Platform::IsAmdProcessor());
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #define PLATFORM_RESTRICT __restrict
 
 // Asks for the memory at an address ahead of its use; beyond the end of an array is allowed.
-#if defined(__GNUC__)
+#if defined(__GNUC__) || defined(__clang__)
 #define PLATFORM_PREFETCH(address) __builtin_prefetch(address)
 #else
 #define PLATFORM_PREFETCH(address) static_cast<void>(address)

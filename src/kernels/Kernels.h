@@ -34,10 +34,11 @@ void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::siz
 // Number of pixels that Median3x3 wants as scratch.
 std::size_t MedianScratchLength(std::size_t width) noexcept;
 
-// Replaces every pixel by the median of its 3 x 3 neighbourhood, in place. Beyond the image a pixel takes the value of
-//   left:   the pixel at column 1 of its row (a mirror); with width 1 the pixel of the next row, in the last row its
-//   own right:  the last pixel of its row (a replica: the two sides differ deliberately) top and bottom: the first and
-//   last row, with their left and right as above.
+// Replaces every pixel by the median of its 3 x 3 neighbourhood, in place.
+//
+// Left of the image stands the pixel at column 1 of the row (a mirror), or with width 1 the pixel of the next row, in
+// the last row its own. Right of it stands the last pixel of the row (a replica: the two sides differ deliberately).
+// Above and below stand the first and the last row, with their left and right as said.
 void Median3x3(std::uint16_t* image, std::size_t width, std::size_t height, std::uint16_t* scratch) noexcept;
 
 struct TStatistics {

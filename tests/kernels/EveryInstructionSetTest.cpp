@@ -7,6 +7,8 @@
 #include "support/RandomImages.h"
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <vector>
 
 namespace {
@@ -149,8 +151,11 @@ TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
 TEST_P(EveryInstructionSet, WorksAtLargeSizes)
 {
     TRandomImages random(6);
-    for (const std::size_t count : kLargeCounts) {
-        ForceStreaming(count % 3 == 0);
+    bool isStreaming = false;
+    for (std::size_t i = 0; i < 2 * std::size(kLargeCounts); ++i) {
+        const std::size_t count = kLargeCounts[i / 2];
+        isStreaming = !isStreaming;
+        ForceStreaming(isStreaming);
         TPixels image = Noise(random, count);
         const TPixels background = Noise(random, count);
         TPixels output(count + 1, 4711);
@@ -235,7 +240,53 @@ TEST_P(EveryInstructionSet, FiltersImagesOfAllShapes)
             }
         }
     }
-    ASSERT_NO_FATAL_FAILURE(ExpectMedian(random.Image(300, 300).pixels, 300, 300)); // with requests ahead
+    ASSERT_NO_FATAL_FAILURE(ExpectMedian(random.Image(1025, 1031).pixels, 1025, 1031)); // with requests ahead
 }
+
+TEST_P(EveryInstructionSet, FiltersNothingInAnImageWithoutPixels)
+{
+    std::uint16_t pixel = 7;
+    std::uint16_t scratch[1000] = {};
+    for (const std::size_t size : {std::size_t{0}, std::size_t{1}}) {
+        Kernels::Median3x3(&pixel, size, 1 - size, scratch);
+        Kernels::Plain::Median3x3(&pixel, size, 1 - size, scratch);
+    }
+    EXPECT_EQ(pixel, 7);
+}
+
+// Few frames of many pixels: the only pass has requests ahead.
+TEST_P(EveryInstructionSet, AveragesFewLargeFrames)
+{
+    TRandomImages random(8);
+    const std::size_t count = 4 * 1024 * 1024 + 33;
+    const TPixels first = Noise(random, count);
+    const TPixels second = Noise(random, count);
+    const std::uint16_t* const frames[] = {first.data(), second.data(), second.data(), first.data(), first.data()};
+    TPixels output(count);
+    TPixels expected(count);
+    std::vector<float> scratch(Kernels::AverageScratchLength(count));
+    for (std::size_t frameCount = 1; frameCount <= std::size(frames); ++frameCount) {
+        Kernels::Plain::Average(expected.data(), frames, frameCount, count);
+        Kernels::Average(output.data(), frames, frameCount, count, scratch.data());
+        ASSERT_TRUE(output == expected) << frameCount << " frames";
+    }
+}
+
+#ifndef __SANITIZE_ADDRESS__ // sanitizers refuse such addresses themselves
+// A host that cuts its images out of a stream of bytes may have them at odd addresses. Streaming must not touch those.
+TEST_P(EveryInstructionSet, DoesNotStreamToOddAddresses)
+{
+    ForceStreaming(true);
+    alignas(std::uint16_t) unsigned char bytes[2 * 200 + 2] = {};
+    auto* const odd = reinterpret_cast<std::uint16_t*>(reinterpret_cast<std::uintptr_t>(bytes) + 1);
+    TRandomImages random(9);
+    const TPixels image = Noise(random, 200);
+    const TPixels background = Noise(random, 200);
+    TPixels expected(200);
+    Kernels::Plain::SubtractInto(expected.data(), image.data(), background.data(), 200);
+    Kernels::SubtractInto(odd, image.data(), background.data(), 200);
+    EXPECT_EQ(std::memcmp(bytes + 1, expected.data(), 400), 0);
+}
+#endif
 
 } // namespace

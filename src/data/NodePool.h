@@ -10,7 +10,7 @@
 
 // Makes nodes that lie side by side in blocks, in the order in which they are made: walking or finding them misses the
 // caches less than when each has a block of its own among everything else that the host allocates. Nodes never move.
-// Blocks are freed when no node is left. Destroy every node before the pool. Not synchronised.
+// Blocks are freed when the last node is destroyed, all of them. Destroy every node before the pool. Not synchronised.
 template <typename TNode> class TNodePool {
 public:
     TNodePool() = default;

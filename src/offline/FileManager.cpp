@@ -25,10 +25,7 @@ unsigned int TBackgroundCorrectionFileManager::SetGroupingParameters(const char*
         if (currentGroup.processor != nullptr && !headerOnly) {
             WriteLoadedGroup();
         }
-        const unsigned int result = ClearCorrections();
-        if (result != kSuccess) {
-            return result;
-        }
+        ClearCorrections();
     }
     if (count <= 0) {
         return Fail(kFirstArgumentInvalid, Messages::kGroupingParameterNull);

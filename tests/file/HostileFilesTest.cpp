@@ -306,4 +306,22 @@ TEST_F(HostileFiles, SizesThatWrapHarmNoLaterOperation)
     }
 }
 
+// A correction without columns or rows has no pixels to be missed: its file is whole.
+TEST_F(HostileFiles, ImportedCorrectionsOfNoSizeAreSavedAndListed)
+{
+    for (const TSize size : {TSize{0, 5}, TSize{5, 0}, TSize{0, 0}}) {
+        SCOPED_TRACE(std::to_string(size.width) + " x " + std::to_string(size.height));
+        const TBytes bytes = Join(
+            {SampleFiles::Beginning(1), SampleFiles::Correction("empty", size.width, size.height, 1.0f, 1.0f, {})});
+        FileBytes::WriteFile(path, bytes);
+        TBackgroundCorrectionProcessorUINT16 source;
+        ASSERT_EQ(source.LoadFileHeaderOnly(path.c_str()), 0u);
+        TBackgroundCorrectionProcessorUINT16 imported;
+        ASSERT_EQ(imported.ImportCorrections(&source, false), 0u);
+        const std::string saved = folder.File("saved.qxb");
+        EXPECT_EQ(imported.SaveFile(saved.c_str()), 0u);
+        EXPECT_EQ(FileBytes::ReadFile(saved), bytes);
+    }
+}
+
 } // namespace

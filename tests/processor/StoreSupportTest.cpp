@@ -26,6 +26,15 @@ TEST(GetEntryAt, GivesTheEntriesInOrderAndNullBeyondThem)
     EXPECT_EQ(object.Message(), "");
 }
 
+TEST(FindEntrySpelled, WantsEveryLetterAsStored)
+{
+    const TTestObject object;
+    object.Store("Dark", kPixel);
+    EXPECT_EQ(object.Processor().FindEntrySpelled("Dark"), object.Processor().GetEntryAt(0));
+    EXPECT_EQ(object.Processor().FindEntrySpelled("dark"), nullptr);
+    EXPECT_EQ(object.Processor().FindEntrySpelled("flat"), nullptr);
+}
+
 TEST(AddEntryCopy, StoresAnUnfilteredCopy)
 {
     const TTestObject object;

@@ -29,13 +29,11 @@ constexpr TKernelTable kAvx512Table = {SubtractInPlaceAvx512, SubtractIntoAvx512
 const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept
 {
 #ifdef QX_KERNELS_FOR_X86
-    switch (instructionSet) {
-    case Platform::TInstructionSet::Avx512:
+    if (instructionSet == Platform::TInstructionSet::Avx512) {
         return kAvx512Table;
-    case Platform::TInstructionSet::Avx2:
+    }
+    if (instructionSet == Platform::TInstructionSet::Avx2) {
         return kAvx2Table;
-    case Platform::TInstructionSet::Baseline:
-        break;
     }
 #else
     static_cast<void>(instructionSet);

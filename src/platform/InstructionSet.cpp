@@ -1,7 +1,7 @@
 // Differs by processor and compiler rather than by operating system, hence no part for each of those.
 #include "platform/InstructionSet.h"
 
-#include <cstdint>
+#include <cstring>
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <cpuid.h>
@@ -55,51 +55,67 @@ std::uint32_t EnabledState()
 
 #endif
 
+constexpr std::uint32_t kSystemSavesState = 1u << 27; // leaf 1, c: the state register can be read
+
+} // namespace
+
+TProcessorFacts ProcessorFacts() noexcept
+{
+    const TRegisters first = CpuId(0, 0);
+    TProcessorFacts facts = {0, 0, {first.b, first.d, first.c}};
+    if (first.a >= 7) {
+        facts.extendedFeatures = CpuId(7, 0).b;
+        facts.savedState = (CpuId(1, 0).c & kSystemSavesState) != 0 ? EnabledState() : 0;
+    }
+    return facts;
+}
+
+#else
+
+TProcessorFacts ProcessorFacts() noexcept
+{
+    return {};
+}
+
+#endif
+
+namespace {
+
+constexpr std::uint32_t kAvx2 = 1u << 5;                                             // of the extended features
+constexpr std::uint32_t kAvx512 = (1u << 16) | (1u << 17) | (1u << 30) | (1u << 31); // F, DQ, BW, VL
+constexpr std::uint32_t kSavesYmm = 0x06;                                            // SSE and AVX registers
+constexpr std::uint32_t kSavesZmm = 0xE6;                                            // and all of AVX-512's
+
 bool HasAll(std::uint32_t bits, std::uint32_t wanted)
 {
     return (bits & wanted) == wanted;
 }
 
-constexpr std::uint32_t kSystemSavesState = 1u << 27; // leaf 1, c: the state register can be read
-constexpr std::uint32_t kAvx2 = 1u << 5;              // leaf 7, b
-constexpr std::uint32_t kAvx512 = (1u << 16) | (1u << 17) | (1u << 30) | (1u << 31); // leaf 7, b: F, DQ, BW, VL
-constexpr std::uint32_t kSavesYmm = 0x06;                                            // SSE and AVX registers
-constexpr std::uint32_t kSavesZmm = 0xE6;                                            // and all of AVX-512's
-
 } // namespace
 
+TInstructionSet InstructionSetOf(const TProcessorFacts& facts) noexcept
+{
+    if (!HasAll(facts.extendedFeatures, kAvx2) || !HasAll(facts.savedState, kSavesYmm)) {
+        return TInstructionSet::Baseline;
+    }
+    return HasAll(facts.extendedFeatures, kAvx512) && HasAll(facts.savedState, kSavesZmm) ? TInstructionSet::Avx512
+                                                                                          : TInstructionSet::Avx2;
+}
+
 TInstructionSet BestInstructionSet() noexcept
 {
-    if (CpuId(0, 0).a < 7 || !HasAll(CpuId(1, 0).c, kSystemSavesState)) {
-        return TInstructionSet::Baseline;
-    }
-    const std::uint32_t features = CpuId(7, 0).b;
-    const std::uint32_t saved = EnabledState();
-    if (!HasAll(features, kAvx2) || !HasAll(saved, kSavesYmm)) {
-        return TInstructionSet::Baseline;
-    }
-    return HasAll(features, kAvx512) && HasAll(saved, kSavesZmm) ? TInstructionSet::Avx512 : TInstructionSet::Avx2;
+    return InstructionSetOf(ProcessorFacts());
+}
+
+bool IsAmdProcessor(const TProcessorFacts& facts) noexcept
+{
+    constexpr std::uint32_t kAmd[3] = {0x68747541, 0x69746E65, 0x444D4163}; // "AuthenticAMD"
+    return std::memcmp(facts.vendor, kAmd, sizeof kAmd) == 0 && InstructionSetOf(facts) != TInstructionSet::Baseline;
 }
 
 bool IsAmdProcessor() noexcept
 {
-    const TRegisters vendor = CpuId(0, 0);
-    return vendor.b == 0x68747541 && vendor.d == 0x69746E65 && vendor.c == 0x444D4163 && // "AuthenticAMD"
-           BestInstructionSet() != TInstructionSet::Baseline;
+    return IsAmdProcessor(ProcessorFacts());
 }
-
-#else
-
-TInstructionSet BestInstructionSet() noexcept
-{
-    return TInstructionSet::Baseline;
-}
-
-bool IsAmdProcessor() noexcept
-{
-    return false;
-}
-
-#endif
 
 } // namespace Platform

@@ -2,6 +2,7 @@
 #include "data/BackgroundCorrectionEntry.h"
 
 #include "data/EntryBuilding.h"
+#include "data/PixelMemory.h"
 #include "support/AllocationFaults.h"
 #include "support/RandomImages.h"
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -188,6 +190,15 @@ TEST(EntryRegion, FarOutsideIsZero)
     const TBackgroundCorrectionEntry entry = RowEntry("k", {1, 2, 3});
     EXPECT_THAT(Region(entry, 2147483647, 2147483647, 2, 2), Each(0));
     EXPECT_THAT(Region(entry, 0, 2147483647, 3, 1), Each(0));
+}
+
+TEST(PixelMemory, IsNotThereForMoreThanAnyMachineHas)
+{
+    EXPECT_EQ(AllocatePixels(std::numeric_limits<std::size_t>::max()), nullptr);
+    EXPECT_EQ(AllocatePixels(std::numeric_limits<std::size_t>::max() / 4 + 1), nullptr);
+    const std::unique_ptr<std::uint16_t[]> few(AllocatePixels(3));
+    ASSERT_NE(few, nullptr);
+    few[2] = 1;
 }
 
 } // namespace

@@ -44,6 +44,49 @@ TEST(InstructionSet, IsTheBestThatTheSystemLists)
               Has(flags, "avx2") && ProcessorLine("vendor_id").find("AuthenticAMD") != std::string::npos);
 }
 
+// Not only the processor: a system that does not save the registers of a set forbids it.
+TEST(InstructionSet, WantsProcessorAndSystem)
+{
+    using Platform::TInstructionSet;
+    constexpr std::uint32_t kAvx2 = 0x20;
+    constexpr std::uint32_t kAvx512 = 0xC0030000;
+    constexpr std::uint32_t kSse = 0x03, kAvx = 0x07, kAll = 0xE7;
+    const auto best = [](std::uint32_t features, std::uint32_t saved) {
+        return Platform::InstructionSetOf({features, saved, {}});
+    };
+    EXPECT_EQ(best(0, 0), TInstructionSet::Baseline);
+    EXPECT_EQ(best(kAvx2, 0), TInstructionSet::Baseline);
+    EXPECT_EQ(best(kAvx2, kSse), TInstructionSet::Baseline);
+    EXPECT_EQ(best(kAvx2 | kAvx512, 0xE3), TInstructionSet::Baseline) << "without AVX's upper halves";
+    EXPECT_EQ(best(kAvx512, kAll), TInstructionSet::Baseline) << "no processor is like that";
+    EXPECT_EQ(best(kAvx2, kAvx), TInstructionSet::Avx2);
+    EXPECT_EQ(best(kAvx2, kAll), TInstructionSet::Avx2);
+    EXPECT_EQ(best(kAvx2 | kAvx512, kAvx), TInstructionSet::Avx2);
+    EXPECT_EQ(best(kAvx2 | kAvx512, kAll), TInstructionSet::Avx512);
+    for (int bit = 0; bit < 32; ++bit) {
+        const std::uint32_t missing = 1u << bit;
+        if ((kAvx512 & missing) != 0) {
+            EXPECT_EQ(best((kAvx2 | kAvx512) & ~missing, kAll), TInstructionSet::Avx2) << bit;
+        }
+        if ((0xE0u & missing) != 0) {
+            EXPECT_EQ(best(kAvx2 | kAvx512, kAll & ~missing), TInstructionSet::Avx2) << bit;
+        }
+    }
+}
+
+TEST(InstructionSet, KnowsAmdByItsWholeName)
+{
+    Platform::TProcessorFacts facts = {0x20, 0x07, {0x68747541, 0x69746E65, 0x444D4163}};
+    EXPECT_TRUE(Platform::IsAmdProcessor(facts));
+    for (std::uint32_t& part : facts.vendor) {
+        ++part;
+        EXPECT_FALSE(Platform::IsAmdProcessor(facts));
+        --part;
+    }
+    facts.extendedFeatures = 0;
+    EXPECT_FALSE(Platform::IsAmdProcessor(facts)) << "an old one";
+}
+
 TEST(InstructionSet, ChoosesTheHabitsOfTheProcessor)
 {
     Kernels::chosenHabits.store(nullptr);

@@ -1,4 +1,5 @@
 // Long paths and names of any bytes. Names are bytes for the library: it neither knows nor asks for an encoding.
+#include "platform/RawFile.h"
 #include "support/TemporaryFolder.h"
 #include "surroundings/SurroundingsWorkload.h"
 
@@ -58,6 +59,8 @@ TEST_F(SurroundingsPaths, ThatAreTooLongAreRefusedAndLoseNothing)
 {
     for (const std::size_t length : {std::size_t{PATH_MAX}, std::size_t{PATH_MAX} + 1, std::size_t{100000}}) {
         const std::string path = folder.Path() + std::string(length - folder.Path().size(), '/') + "f";
+        EXPECT_FALSE(Platform::PathExists(path.c_str()));
+        EXPECT_FALSE(Platform::RemoveFile(path.c_str()));
         EXPECT_EQ(processor->SaveFile(path.c_str()), 769u);
         EXPECT_EQ(processor->GetLastErrorMessage(), ("Could not create file - '" + path).substr(0, 256));
         EXPECT_EQ(processor->LoadFile(path.c_str()), 769u);

@@ -43,6 +43,8 @@ void ExpectEqual(const TOrderedRegister<std::string, TRule>& values, const std::
     ASSERT_EQ(values.Count(), model.size());
     for (std::size_t i = 0; i < model.size(); ++i) {
         ASSERT_EQ(values.At(i), model[i]) << "at position " << i << " of " << model.size();
+        const std::string* const found = values.Find(model[i].c_str());
+        ASSERT_TRUE(found != nullptr && *found == model[i]) << "at position " << i << " of " << model.size();
     }
 }
 
@@ -137,7 +139,8 @@ TEST(OrderedRegister, SwapsWithoutMovingValues)
 TEST(OrderedRegister, StaysAsItWasWhenMemoryRunsOut)
 {
     const std::string text(200, 'x');
-    for (std::size_t size : {0u, 1u, 8u, 16u, 17u}) {
+    // Sizes at which the slots, the nodes' blocks (8, 16, 32) and the cells (12, 25) have no room for one more.
+    for (std::size_t size : {0u, 1u, 8u, 12u, 16u, 17u, 25u, 32u}) {
         for (std::size_t failing = 1;; ++failing) {
             TRegister values;
             std::vector<std::string> model;

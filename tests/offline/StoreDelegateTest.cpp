@@ -17,15 +17,16 @@ class TCallingBack : public QX_KRLSDK::ICorrectionDelegate {
 public:
     explicit TCallingBack(std::function<void()> call) : work(std::move(call)) {}
 
-    unsigned int SubtractInPlace(unsigned short*, const unsigned short*, int, int, bool, bool) override
+    unsigned int SubtractInPlace(unsigned short*, const unsigned short* background, int width, int height, bool,
+                                 bool) override
     {
-        work();
+        WorkBesides(background, width * height);
         return 71;
     }
-    unsigned int SubtractInto(unsigned short*, const unsigned short*, const unsigned short*, int, int, bool,
-                              bool) override
+    unsigned int SubtractInto(unsigned short*, const unsigned short*, const unsigned short* background, int width,
+                              int height, bool, bool) override
     {
-        work();
+        WorkBesides(background, width * height);
         return 72;
     }
     unsigned int ProcessInPlace(unsigned short*, int, int) override
@@ -35,6 +36,14 @@ public:
     }
 
 private:
+    // The background belongs to the processor that called, and must still be there afterwards.
+    void WorkBesides(const unsigned short* background, int length)
+    {
+        const std::vector<unsigned short> before(background, background + length);
+        work();
+        EXPECT_EQ(std::vector<unsigned short>(background, background + length), before);
+    }
+
     std::function<void()> work;
 };
 

@@ -54,9 +54,14 @@ TEST_P(ExhaustiveKernels, SubtractsAllPairs)
         const TPixels background(65536, static_cast<std::uint16_t>(value));
         std::fill(expected.begin(), expected.begin() + value, std::uint16_t{0});
         std::iota(expected.begin() + value, expected.end(), std::uint16_t{0});
-        ForceStreaming(value / kEvery % 2 == 0);
-        Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
-        ASSERT_TRUE(output == expected) << value;
+        for (const bool isStreaming : {false, true}) { // in place that means with requests ahead and without
+            ForceStreaming(isStreaming);
+            Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
+            ASSERT_TRUE(output == expected) << value << (isStreaming ? " past the caches" : "");
+            output = image;
+            Kernels::SubtractInPlace(output.data(), background.data(), output.size());
+            ASSERT_TRUE(output == expected) << value << " in place";
+        }
     }
 }
 
@@ -125,13 +130,15 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
     TPixels expected(65536);
     const std::vector<float> factors = Factors();
     for (std::size_t i = 0; i < factors.size(); i += kEvery > 1 ? 7 : 1) {
-        ForceStreaming(i % 2 == 0);
-        {
-            const TScopedRounding rounding(mode);
-            Kernels::Plain::Scale(expected.data(), pixels.data(), pixels.size(), factors[i]);
-            Kernels::Scale(output.data(), pixels.data(), pixels.size(), factors[i]);
+        for (const bool isStreaming : {false, true}) {
+            ForceStreaming(isStreaming);
+            {
+                const TScopedRounding rounding(mode);
+                Kernels::Plain::Scale(expected.data(), pixels.data(), pixels.size(), factors[i]);
+                Kernels::Scale(output.data(), pixels.data(), pixels.size(), factors[i]);
+            }
+            ASSERT_TRUE(output == expected) << "factor " << factors[i] << (isStreaming ? " past the caches" : "");
         }
-        ASSERT_TRUE(output == expected) << "factor " << factors[i];
     }
     Kernels::chosenTable.store(nullptr);
     Kernels::chosenHabits.store(nullptr);

@@ -272,6 +272,29 @@ TEST_P(EveryInstructionSet, AveragesFewLargeFrames)
     }
 }
 
+// Guard pages cannot show this: the scratch is whole lines of the cache long, so that beside one it is always aligned.
+TEST_P(EveryInstructionSet, FiltersWithAScratchAtAnyAddress)
+{
+    constexpr std::size_t kWidth = 62; // with its pads whole lines of the cache: the scratch is used to its end
+    constexpr std::size_t kHeight = 5;
+    TRandomImages random(10);
+    const TPixels pixels = random.Image(static_cast<int>(kWidth), static_cast<int>(kHeight)).pixels;
+    TPixels expected = pixels;
+    TPixels lines(3 * (kWidth + 2));
+    Kernels::Plain::Median3x3(expected.data(), kWidth, kHeight, lines.data());
+    const std::size_t length = Kernels::MedianScratchLength(kWidth);
+    for (std::size_t shift = 0; shift < 32; ++shift) {
+        TPixels image = pixels;
+        TPixels scratch(shift + length + 64, 4711);
+        Kernels::Median3x3(image.data(), kWidth, kHeight, scratch.data() + shift);
+        ASSERT_EQ(image, expected) << shift;
+        const auto end = scratch.begin() + static_cast<std::ptrdiff_t>(shift + length);
+        ASSERT_EQ(std::count(scratch.begin(), scratch.begin() + static_cast<std::ptrdiff_t>(shift), 4711),
+                  static_cast<std::ptrdiff_t>(shift));
+        ASSERT_EQ(std::count(end, scratch.end(), 4711), 64) << shift;
+    }
+}
+
 #ifndef __SANITIZE_ADDRESS__ // sanitizers refuse such addresses themselves
 // A host that cuts its images out of a stream of bytes may have them at odd addresses. Streaming must not touch those.
 TEST_P(EveryInstructionSet, DoesNotStreamToOddAddresses)

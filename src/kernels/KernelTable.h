@@ -20,6 +20,7 @@ constexpr float kScaleFactorLimit = 16384.0f;
 
 struct TKernelTable {
     // As the functions of the same names in Kernels.h.
+    // With `isAskingAhead` pixels are asked for ahead of their use.
     void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count, bool isAskingAhead);
     // With `isStreaming` the output goes past the caches; it starts at an even address.
     void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,

@@ -2,6 +2,8 @@
 // that nothing happens to the memory.
 #include "platform/LargeBlocks.h"
 
+#include "data/PixelMemory.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -61,6 +63,9 @@ TEST(LargeBlocks, AreAdvisedWhereTheSystemTells)
     const auto block = Filled(kLarge);
     Platform::PreferLargePages(block.get(), kLarge);
     EXPECT_NE(FlagsAt(block.get() + kLarge / 2).find(" hg "), std::string::npos);
+    const std::unique_ptr<std::uint16_t[]> pixels(AllocatePixels(kLarge));
+    ASSERT_NE(pixels, nullptr);
+    EXPECT_NE(FlagsAt(pixels.get() + kLarge / 2).find(" hg "), std::string::npos) << "images are to ask for them";
     const auto small = Filled(kSmall);
     const std::string before = FlagsAt(small.get() + kSmall / 2);
     Platform::PreferLargePages(small.get(), kSmall);

@@ -128,8 +128,10 @@ unsigned int TProcessorModel::SetRegion(int newLeft, int newTop, int newWidth, i
     if (headerOnly) {
         return 770;
     }
-    const std::int64_t entryWidth = active ? corrections[*active].width : INT64_MAX;
-    const std::int64_t entryHeight = active ? corrections[*active].height : INT64_MAX;
+    const std::int64_t entryWidth =
+        active ? std::int64_t{static_cast<std::int32_t>(corrections[*active].width)} : INT64_MAX;
+    const std::int64_t entryHeight =
+        active ? std::int64_t{static_cast<std::int32_t>(corrections[*active].height)} : INT64_MAX;
     if (newLeft < 0 || entryWidth <= newLeft) {
         return 513;
     }

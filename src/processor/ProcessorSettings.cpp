@@ -16,10 +16,12 @@ template <typename TValue> void StoreIfWanted(TValue* destination, TValue value)
     }
 }
 
-// Whether [start, start + length) reaches beyond `size`; taken in 64 bits, so that nothing wraps.
+// Whether [start, start + length) reaches beyond `size`. Sizes of corrections count as signed here: a description
+// without pixels can claim 4294967295 columns, which is -1, and no region lies within that. The sum is taken in 64
+// bits, so that it does not wrap.
 bool ReachesBeyond(std::uint32_t size, int start, int length)
 {
-    return std::int64_t{size} < std::int64_t{start} + length;
+    return std::int64_t{static_cast<std::int32_t>(size)} < std::int64_t{start} + length;
 }
 
 } // namespace

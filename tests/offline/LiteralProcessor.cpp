@@ -203,7 +203,7 @@ unsigned int TProcessor::SetRegion(int newLeft, int newTop, int newWidth, int ne
         return Fail(770, kHeaderOnly);
     }
     const auto beyond = [this](std::uint32_t TEntry::* size, int start, int length) {
-        return active != nullptr && static_cast<int>((*active).*size) < start + length;
+        return active != nullptr && static_cast<int>((*active).*size) < std::int64_t{start} + length;
     };
     const auto refuse = [this](unsigned int code, const char* what, int value) {
         return Fail(code, std::string("The input ") + what + " [ " + std::to_string(value) + " ] is out of range.");

@@ -116,6 +116,68 @@ TEST_F(RegionOfActiveCorrection, RefusesWhatDoesNotFitAndStaysAsItWas)
     }
 }
 
+// What a file describes without pixels can claim any size. From 2^31 on it is negative, and no region lies within.
+TEST(RegionOfAHugeDescription, IsSignedAndRefusesEveryRegion)
+{
+    struct TRow {
+        std::uint32_t width;
+        std::uint32_t height;
+        TRegion region;
+        unsigned int code;
+        std::string text;
+    };
+    constexpr std::uint32_t kMinusOne = 0xFFFFFFFF;
+    constexpr std::uint32_t kLowest = 0x80000000;
+    const TRow rows[] = {
+        {kMinusOne, 60, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
+        {kMinusOne, 60, {7, 99, 0, 0}, 513, OutOfRange("left", 7)},
+        {kMinusOne, kMinusOne, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
+        {kLowest, 60, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
+        {100, kMinusOne, {0, 0, 1, 1}, 514, OutOfRange("top", 0)},
+        {100, kMinusOne, {99, 5, 1, 1}, 514, OutOfRange("top", 5)},
+        {100, kMinusOne, {100, 5, 1, 1}, 513, OutOfRange("left", 100)},
+        {100, kLowest, {0, kMost, 1, 1}, 514, OutOfRange("top", kMost)},
+        {0x7FFFFFFF, 1, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
+        {0x7FFFFFFF, 1, {kMost - 1, 0, 2, 1}, 515, OutOfRange("width", 2)},
+        {0x7FFFFFFF, 1, {2, 0, kMost, 1}, 515, OutOfRange("width", kMost)},
+        {0x7FFFFFFF, 1, {kMost - 1, 0, 1, 1}, 0, ""},
+    };
+    for (const TRow& row : rows) {
+        const TTestObject object;
+        ASSERT_EQ(object.StoreDescription("huge", row.width, row.height), 0u);
+        ASSERT_EQ(object->SetActiveCorrection("huge"), 0u);
+        object->SetActiveCorrection(nullptr);
+        object->SetRegion(1, 2, 3, 4);
+        ASSERT_EQ(object->SetActiveCorrection("huge"), 0u);
+        const std::vector<int> before = object.Region();
+        EXPECT_EQ(object->SetRegion(row.region.left, row.region.top, row.region.width, row.region.height), row.code);
+        if (row.code != 0) {
+            EXPECT_EQ(object.Message(), row.text) << row.width << " x " << row.height;
+            EXPECT_EQ(object.Region(), before);
+        }
+    }
+}
+
+TEST(RegionOfAHugeDescription, LeavesTheTextOfItsFirstCheckAtActivation)
+{
+    const struct {
+        std::uint32_t width;
+        std::uint32_t height;
+        std::string text;
+    } rows[] = {{0xFFFFFFFF, 60, OutOfRange("left", 0)},
+                {100, 0xFFFFFFFF, OutOfRange("top", 0)},
+                {0x80000000, 0x80000000, OutOfRange("left", 0)}};
+    for (const auto& row : rows) {
+        const TTestObject object;
+        object->SetRegion(1, 2, 3, 4);
+        ASSERT_EQ(object.StoreDescription("huge", row.width, row.height), 0u);
+        EXPECT_EQ(object->SetActiveCorrection("huge"), 0u);
+        EXPECT_EQ(object.Message(), row.text);
+        EXPECT_STREQ(object->GetActiveCorrectionKey(), "huge");
+        EXPECT_THAT(object.Region(), ElementsAre(1, 2, 3, 4));
+    }
+}
+
 TEST_F(RegionOfActiveCorrection, RefusalKeepsTheScaledBackground)
 {
     object.Store("pixels", {3, 2, {1, 2, 3, 4, 5, 6}});

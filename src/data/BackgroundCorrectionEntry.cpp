@@ -91,20 +91,23 @@ void TBackgroundCorrectionEntry::CopyRegion(std::uint16_t* destination, std::uin
                                             std::uint32_t regionWidth, std::uint32_t regionHeight,
                                             float factor) const noexcept
 {
-    // The active entry can be smaller than the region it was checked against: an import may have replaced it.
-    const std::size_t columns = !HasPixels() || left >= width ? 0 : std::min(regionWidth, width - left);
-    const std::size_t rows = columns == 0 || top >= height ? 0 : std::min(regionHeight, height - top);
-    const std::size_t stride = regionWidth;
-    if (columns == stride && columns == width) {
-        Kernels::Scale(destination, data + std::size_t(top) * width, rows * stride, factor);
-    } else {
-        for (std::size_t row = 0; row < rows; ++row) {
-            std::uint16_t* const target = destination + row * stride;
-            Kernels::Scale(target, data + (top + row) * width + left, columns, factor);
-            std::fill(target + columns, target + stride, std::uint16_t{0});
+    // Rows that touch in the entry touch in the region: they are one.
+    const bool isContiguous = regionWidth == width;
+    const std::size_t rowCount = isContiguous ? 1 : regionHeight;
+    const std::size_t rowLength = isContiguous ? std::size_t{regionWidth} * regionHeight : regionWidth;
+    // The active entry can be another than the region was checked against: an import may have replaced it. Whatever
+    // address the region then gives counts, in the entry's own row length, as long as it lies within the pixels.
+    const std::uint64_t pixelCount = HasPixels() ? PixelCount() : 0;
+    for (std::size_t row = 0; row < rowCount; ++row) {
+        const std::uint64_t start = (std::uint64_t{top} + row) * width + left;
+        const std::uint64_t available = start < pixelCount ? pixelCount - start : 0;
+        const std::size_t length = static_cast<std::size_t>(std::min<std::uint64_t>(rowLength, available));
+        std::uint16_t* const target = destination + row * rowLength;
+        if (length > 0) {
+            Kernels::Scale(target, data + start, length, factor);
         }
+        std::fill(target + length, target + rowLength, std::uint16_t{0});
     }
-    std::fill(destination + rows * stride, destination + std::size_t(regionHeight) * stride, std::uint16_t{0});
 }
 
 const Kernels::TStatistics& TBackgroundCorrectionEntry::Statistics() noexcept

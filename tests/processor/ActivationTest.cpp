@@ -124,7 +124,22 @@ TEST(Activation, SurvivesAnImportOverItAndIsNotScaledAnewByIt)
     EXPECT_THAT(object.Region(), ElementsAre(0, 0, 3, 2));
     EXPECT_THAT(object.Background(), ElementsAre(10, 20, 30, 40, 50, 60)) << "as scaled before";
     object->SetCorrectionLevel(100);
-    EXPECT_THAT(object.Background(), ElementsAre(1, 2, 0, 3, 4, 0)) << "beyond the smaller correction there is nothing";
+    EXPECT_THAT(object.Background(), ElementsAre(1, 2, 3, 3, 4, 0)) << "in rows of two; beyond the pixels is nothing";
+}
+
+// The region keeps its size, and counts its addresses in the rows of the correction that came into its place.
+TEST(Activation, OverAnImportOfAnotherShapeGoesByAddress)
+{
+    const TTestObject source;
+    source.Store("dark", {2, 8, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}});
+    const TTestObject object;
+    object.Store("dark", {4, 4, std::vector<std::uint16_t>(16, 100)});
+    object->SetActiveCorrection("dark");
+    ASSERT_EQ(object->ImportCorrections(source.Get(), true), 0u);
+    object->SetCorrectionLevel(100);
+    EXPECT_THAT(object.Background(), ElementsAre(0, 1, 2, 3, 2, 3, 4, 5, 4, 5, 6, 7, 6, 7, 8, 9));
+    object->SetActiveCorrection("dark");
+    EXPECT_THAT(object.Region(), ElementsAre(0, 0, 2, 8)) << "chosen anew it is the new correction's";
 }
 
 TEST(Activation, SurvivesAnImportThatSkipsIt)

@@ -96,10 +96,11 @@ TImage CopyRegion(const TImage& image, int left, int top, int width, int height)
     TImage result;
     result.width = width;
     result.height = height;
-    for (int row = top; row < top + height; ++row) {
-        for (int column = left; column < left + width; ++column) {
-            const bool isInside = row < image.height && column < image.width;
-            result.pixels.push_back(isInside ? image.At(row, column) : std::uint16_t{0});
+    for (int row = 0; row < height; ++row) {
+        for (int column = 0; column < width; ++column) {
+            const std::size_t address =
+                static_cast<std::size_t>((std::int64_t{top} + row) * image.width + left + column);
+            result.pixels.push_back(address < image.pixels.size() ? image.pixels[address] : std::uint16_t{0});
         }
     }
     return result;

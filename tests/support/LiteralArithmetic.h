@@ -40,7 +40,7 @@ TImage Median(const TImage& image);
 // What a stack of frames becomes: one frame as it is, several averaged; then the median.
 TImage Correction(const std::vector<TImage>& frames);
 
-// A rectangle of an image; 0 where it reaches beyond.
+// A rectangle of an image, by address: columns beyond a row are the next row's; 0 where it reaches beyond the pixels.
 TImage CopyRegion(const TImage& image, int left, int top, int width, int height);
 
 float LevelFraction(int percent);

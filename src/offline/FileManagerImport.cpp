@@ -48,14 +48,7 @@ unsigned int TBackgroundCorrectionFileManager::ImportCorrections(QX_IBackgroundC
     }
     const TGuard sourceGuard(importSource.Lock());
 
-    // Copies of the keys: a store that is given to itself loses some of them on the way.
-    TTextList sourceKeys;
     const unsigned int count = source->GetNumberOfCorrections();
-    sourceKeys.reserve(count);
-    for (unsigned int index = 0; index < count; ++index) {
-        sourceKeys.emplace_back(source->GetCorrectionKey(index));
-    }
-
     // Nothing may be active while corrections are replaced; what was is made active again at the end.
     TDualString activeKey;
     if (const char* const key = GetActiveCorrectionKey()) {
@@ -64,7 +57,10 @@ unsigned int TBackgroundCorrectionFileManager::ImportCorrections(QX_IBackgroundC
     }
     unsigned int result = kSuccess;
     for (unsigned int index = 0; index < count && result == kSuccess; ++index) {
-        result = ImportKey(importSource, index, sourceKeys[index], overwrite);
+        // A store that is given to itself loses keys on the way: the later ones move up, and the last rounds find none.
+        if (const char* const key = source->GetCorrectionKey(index)) {
+            result = ImportKey(importSource, index, TDualString(key), overwrite); // a copy: replacing frees the key
+        }
     }
     if (!activeKey.IsEmpty()) {
         result = SelectGroup(activeKey);

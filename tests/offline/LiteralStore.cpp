@@ -202,9 +202,9 @@ std::optional<std::string> TStore::GetLastErrorMessage()
     return std::string();
 }
 
-// Sources are left alone but for their groups; the list of keys is taken when the import begins.
-template <typename TEntryOf>
-unsigned int TStore::Import(const TTexts& sourceKeys, bool overwrite, const TEntryOf& entryOf)
+// Sources are left alone but for their groups; the number of rounds is fixed when the import begins.
+template <typename TKeyOf, typename TEntryOf>
+unsigned int TStore::Import(std::size_t count, const TKeyOf& keyOf, bool overwrite, const TEntryOf& entryOf)
 {
     std::string savedKey;
     if (processor != nullptr && processor->active != nullptr) {
@@ -212,8 +212,11 @@ unsigned int TStore::Import(const TTexts& sourceKeys, bool overwrite, const TEnt
         processor->SetActiveCorrection(std::nullopt);
     }
     unsigned int result = 0;
-    for (std::size_t i = 0; i < sourceKeys.size() && result == 0; ++i) {
-        const std::string& key = sourceKeys[i];
+    for (std::size_t i = 0; i < count && result == 0; ++i) {
+        const std::string key = keyOf(i); // a store that imports itself moves its keys up as it loses them
+        if (key.empty()) {
+            continue;
+        }
         result = SelectGroup(key);
         if (result != 0) {
             break;
@@ -228,7 +231,7 @@ unsigned int TStore::Import(const TTexts& sourceKeys, bool overwrite, const TEnt
                 break;
             }
         }
-        const TEntry* const entry = entryOf(i);
+        const TEntry* const entry = entryOf(i, key);
         if (entry != nullptr) {
             result = processor->AddEntryCopy(*entry);
             if (result == 0) {
@@ -250,8 +253,9 @@ unsigned int TStore::ImportCorrections(TStore& source, bool overwrite)
     if (headerOnly) {
         return Fail(770, kHeaderOnly);
     }
-    const TTexts sourceKeys = source.keys;
-    return Import(sourceKeys, overwrite, [&](std::size_t i) { return source.FindEntryForKey(sourceKeys[i]); });
+    return Import(
+        source.keys.size(), [&](std::size_t i) { return i < source.keys.size() ? source.keys[i] : std::string(); },
+        overwrite, [&](std::size_t, const std::string& key) { return source.FindEntryForKey(key); });
 }
 
 unsigned int TStore::ImportCorrections(TProcessor& source, bool overwrite)
@@ -259,11 +263,9 @@ unsigned int TStore::ImportCorrections(TProcessor& source, bool overwrite)
     if (headerOnly) {
         return Fail(770, kHeaderOnly);
     }
-    TTexts sourceKeys;
-    for (const auto& entry : source.entries) {
-        sourceKeys.push_back(entry->key);
-    }
-    return Import(sourceKeys, overwrite, [&](std::size_t i) { return source.entries[i].get(); });
+    return Import(
+        source.entries.size(), [&](std::size_t i) { return source.entries[i]->key; }, overwrite,
+        [&](std::size_t i, const std::string&) { return source.entries[i].get(); });
 }
 
 unsigned int TStore::LoadFileHeaderOnly(const std::string& fileName)

@@ -78,7 +78,9 @@ private:
     unsigned int DeriveBaseFileName(const std::string& path, TTexts& names, std::string& found, std::uint32_t& version);
     TTexts ListGroupFiles(const TTexts& names, const std::string& start) const;
     unsigned int RemoveStoreFiles(const std::string& path);
-    template <typename TEntryOf> unsigned int Import(const TTexts& sourceKeys, bool overwrite, const TEntryOf& entryOf);
+    // The key that the source has at a position in that round, or an empty text; the entry of that position and key.
+    template <typename TKeyOf, typename TEntryOf>
+    unsigned int Import(std::size_t count, const TKeyOf& keyOf, bool overwrite, const TEntryOf& entryOf);
     unsigned int SaveSplit(const std::string& target, const std::string& fileName);
     unsigned int SaveCopy(const std::string& target);
 };

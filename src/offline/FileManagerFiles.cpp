@@ -74,6 +74,14 @@ unsigned int TBackgroundCorrectionFileManager::RemoveStoreFiles(const TDualStrin
     return result;
 }
 
+void TBackgroundCorrectionFileManager::CollectCorrectionKeys(TProcessor& processor, TKeyRegister& collected)
+{
+    const unsigned int count = processor.GetNumberOfCorrections();
+    for (unsigned int index = 0; index < count; ++index) {
+        collected.Append(processor.GetCorrectionKey(index));
+    }
+}
+
 unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fileName)
 {
     const TGuard guard(lock.Get());
@@ -109,10 +117,7 @@ unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fi
         if (result != kSuccess) {
             return result;
         }
-        const unsigned int count = scratch->GetNumberOfCorrections();
-        for (unsigned int index = 0; index < count; ++index) {
-            foundKeys.Append(scratch->GetCorrectionKey(index));
-        }
+        CollectCorrectionKeys(*scratch, foundKeys);
     }
 
     // Nothing can fail from here on.
@@ -179,7 +184,7 @@ unsigned int TBackgroundCorrectionFileManager::SaveFile(const char* fileName)
     }
     GroupNaming::TBuckets buckets;
     for (std::size_t index = 0; index < keys.Count() && result == kSuccess; ++index) {
-        result = buckets.Add(keys.At(index).Text(), groupingNames);
+        result = buckets.BucketKeysByGroup(keys.At(index).Text(), groupingNames);
     }
     if (result != kSuccess) {
         return result;
@@ -193,7 +198,7 @@ unsigned int TBackgroundCorrectionFileManager::SaveFile(const char* fileName)
 unsigned int TBackgroundCorrectionFileManager::WriteLoadedGroup()
 {
     TDualString path;
-    const unsigned int result = GroupNaming::BuildGroupFileName(baseFileName, groupingNames, currentGroup.values, path);
+    const unsigned int result = GroupNaming::BuildGroupFileName(baseFileName, groupingNames, currentGroupValues, path);
     if (result != kSuccess) {
         return result;
     }
@@ -224,15 +229,15 @@ unsigned int TBackgroundCorrectionFileManager::ReplaceTarget(const TDualString& 
     return kSuccess;
 }
 
-// Writes the corrections of an unnamed store, each to the file of its group.
+// For each bucket the positions of the corrections that its group retains, in their order.
 //
 // What belongs to a group is every correction whose stored key is spelled like one of the group's keys; a key falls
-// into one group only, so one walk over the loaded corrections sorts them all, in their order. That gives the files
-// that copying everything for each group and deleting the rest of it would: a key that the store knows but no
-// correction is stored under (it was cut at 512 characters, or deleted in another letter case) makes a group without
-// it, and a correction under no known key goes into no file.
-unsigned int TBackgroundCorrectionFileManager::SplitIntoGroups(const TDualString& targetBase,
-                                                               const GroupNaming::TBuckets& buckets)
+// into one group only, so one walk over the loaded corrections sorts them all. That gives the files that copying
+// everything for each group and deleting the rest of it would: a key that the store knows but no correction is stored
+// under (it was cut at 512 characters, or deleted in another letter case) makes a group without it, and a correction
+// under no known key goes into no file.
+std::vector<std::vector<std::size_t>>
+TBackgroundCorrectionFileManager::RetainOnlyKeys(TProcessor& processor, const GroupNaming::TBuckets& buckets)
 {
     std::map<std::string, std::size_t> groupOfKey;
     for (std::size_t group = 0; group < buckets.All().size(); ++group) {
@@ -241,13 +246,21 @@ unsigned int TBackgroundCorrectionFileManager::SplitIntoGroups(const TDualString
         }
     }
     std::vector<std::vector<std::size_t>> positions(buckets.All().size());
-    const unsigned int count = currentGroup.processor->GetNumberOfCorrections();
+    const unsigned int count = processor.GetNumberOfCorrections();
     for (unsigned int index = 0; index < count; ++index) {
-        const auto found = groupOfKey.find(currentGroup.processor->GetCorrectionKey(index));
+        const auto found = groupOfKey.find(processor.GetCorrectionKey(index));
         if (found != groupOfKey.end()) {
             positions[found->second].push_back(index);
         }
     }
+    return positions;
+}
+
+// Writes the corrections of an unnamed store, each to the file of its group.
+unsigned int TBackgroundCorrectionFileManager::SplitIntoGroups(const TDualString& targetBase,
+                                                               const GroupNaming::TBuckets& buckets)
+{
+    const std::vector<std::vector<std::size_t>> positions = RetainOnlyKeys(*currentGroup.processor, buckets);
     const std::vector<std::string> names = GroupFiles::NarrowTexts(groupingNames);
     unsigned int result = kSuccess;
     for (std::size_t group = 0; group < positions.size() && result == kSuccess; ++group) {

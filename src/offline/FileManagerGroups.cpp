@@ -47,7 +47,7 @@ unsigned int TBackgroundCorrectionFileManager::SelectGroup(const TDualString& ke
             ApplyPendingSettings(*processor);
             if (currentGroup.processor != nullptr && !headerOnly && currentGroup.processor->IsModified()) {
                 TDualString oldPath;
-                result = GroupNaming::BuildGroupFileName(baseFileName, groupingNames, currentGroup.values, oldPath);
+                result = GroupNaming::BuildGroupFileName(baseFileName, groupingNames, currentGroupValues, oldPath);
                 if (result != kSuccess) {
                     return result;
                 }
@@ -68,7 +68,7 @@ unsigned int TBackgroundCorrectionFileManager::SelectGroup(const TDualString& ke
 // store never reads its file by itself.
 bool TBackgroundCorrectionFileManager::IsCurrentGroup(const TTextList& values) const
 {
-    return baseFileName.IsEmpty() || values == currentGroup.values;
+    return baseFileName.IsEmpty() || values == currentGroupValues;
 }
 
 // A processor that refuses a setting keeps its own.
@@ -96,7 +96,7 @@ void TBackgroundCorrectionFileManager::ReplaceCurrentGroup(std::unique_ptr<TProc
                                                            TTextList values) noexcept
 {
     currentGroup.processor.swap(processor);
-    currentGroup.values.swap(values);
+    currentGroupValues.swap(values);
     TApplying* last = nullptr; // the call that returns last
     for (TApplying* call = applying; call != nullptr; call = call->outer) {
         last = processor != nullptr && call->processor == processor.get() ? call : last;

@@ -124,7 +124,7 @@ bool BaseOfGroupFileName(const TDualString& path, const TTextList& names, TDualS
     return true;
 }
 
-unsigned int TBuckets::Add(const TDualString& key, const TTextList& names)
+unsigned int TBuckets::BucketKeysByGroup(const TDualString& key, const TTextList& names)
 {
     TTextList values;
     const unsigned int result = ExtractGroupValues(key, names, values);

@@ -48,8 +48,8 @@ public:
         TTextList keys;
     };
 
-    // Appends a key to its bucket. 513 (no text) when the key lacks a value.
-    unsigned int Add(const TDualString& key, const TTextList& names);
+    // Appends a key to the bucket of its group. 513 (no text) when the key lacks a value.
+    unsigned int BucketKeysByGroup(const TDualString& key, const TTextList& names);
 
     const std::vector<TBucket>& All() const noexcept { return buckets; }
 

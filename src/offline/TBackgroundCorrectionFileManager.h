@@ -132,6 +132,9 @@ private:
     // Files (FileManagerFiles.cpp).
     unsigned int DeriveBaseFileName(const TDualString& path, TTextList& names, TDualString& base,
                                     std::uint32_t& structureVersion);
+    static void CollectCorrectionKeys(TProcessor& processor, TKeyRegister& collected);
+    static std::vector<std::vector<std::size_t>> RetainOnlyKeys(TProcessor& processor,
+                                                                const GroupNaming::TBuckets& buckets);
     unsigned int RemoveStoreFiles(const TDualString& path);
     unsigned int WriteLoadedGroup();
     unsigned int ReplaceTarget(const TDualString& path, TDualString& targetBase);
@@ -139,7 +142,8 @@ private:
     unsigned int CopyGroups(const TDualString& targetBase);
 
     GroupSlot currentGroup;
-    TApplying* applying = nullptr;       // the innermost call
+    TTextList& currentGroupValues = currentGroup.values; // what the loaded group's file is named after
+    TApplying* applying = nullptr;                       // the innermost call
     TKeyRegister keys;                   // of all groups, in the order in which they became known, as they were given
     TTextList groupingNames;             // in the order given
     TDualString baseFileName;            // empty while the store is unnamed

@@ -8,6 +8,25 @@
 
 using namespace QX_KRLSDK;
 
+namespace {
+
+// output[i] = max(0, image[i] - background[i]); `output` may be `image`, and overlaps neither otherwise. Without an
+// image there is nothing to do.
+void SubtractBackground(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background,
+                        std::size_t count) noexcept
+{
+    if (image == nullptr) {
+        return;
+    }
+    if (output == image) {
+        Kernels::SubtractInPlace(output, background, count);
+    } else {
+        Kernels::SubtractInto(output, image, background, count);
+    }
+}
+
+} // namespace
+
 // In single precision and in this order. Untouched settings (both -1) make the first product 1.
 float TBackgroundCorrectionProcessorUINT16::ScaleFactor() const noexcept
 {
@@ -77,19 +96,13 @@ unsigned int TBackgroundCorrectionProcessorUINT16::ApplyCorrection(unsigned shor
             return delegate->SubtractInPlace(image, background, regionWidth, regionHeight, delegateProcessing,
                                              delegateOption);
         }
-        if (image != nullptr) {
-            Kernels::SubtractInPlace(image, background, length);
-        }
+        SubtractBackground(image, image, background, length);
         return kSuccess;
     }
     if (delegated) {
         return delegate->SubtractInto(output, image, background, regionWidth, regionHeight, delegateProcessing,
                                       delegateOption);
     }
-    if (image == output) {
-        Kernels::SubtractInPlace(image, background, length);
-    } else if (image != nullptr) {
-        Kernels::SubtractInto(output, image, background, length);
-    }
+    SubtractBackground(output, image, background, length);
     return kSuccess;
 }

@@ -312,7 +312,7 @@ TEST(BucketsTest, SortKeysByGroupInTheOrderOfFirstAppearance)
     TBuckets buckets;
     const TTextList names = Dual({"A", "B"});
     for (const char* const key : {"A,2,B,1,x", "A,1,B,1", "B,1,A,2,y", "A,1,B,1,z", "A,2,B,1,x"}) {
-        EXPECT_EQ(buckets.Add(key, names), 0u);
+        EXPECT_EQ(buckets.BucketKeysByGroup(key, names), 0u);
     }
     ASSERT_EQ(buckets.All().size(), 2u);
     EXPECT_EQ(Narrow(buckets.All()[0].values), (TTexts{"2", "1"}));
@@ -324,31 +324,31 @@ TEST(BucketsTest, SortKeysByGroupInTheOrderOfFirstAppearance)
 TEST(BucketsTest, RefuseAKeyWithoutValue)
 {
     TBuckets buckets;
-    EXPECT_EQ(buckets.Add("A,1", Dual({"A", "B"})), 513u);
+    EXPECT_EQ(buckets.BucketKeysByGroup("A,1", Dual({"A", "B"})), 513u);
     EXPECT_TRUE(buckets.All().empty());
 }
 
 TEST(BucketsTest, TellValuesApartByLetterCase)
 {
     TBuckets buckets;
-    buckets.Add("A,x", Dual({"A"}));
-    buckets.Add("A,X", Dual({"A"}));
+    buckets.BucketKeysByGroup("A,x", Dual({"A"}));
+    buckets.BucketKeysByGroup("A,X", Dual({"A"}));
     EXPECT_EQ(buckets.All().size(), 2u);
 }
 
 TEST(BucketsTest, TellValuesApartWhoseTextsJoinToTheSame)
 {
     TBuckets buckets;
-    buckets.Add("A,1,B,12", Dual({"A", "B"}));
-    buckets.Add("A,11,B,2", Dual({"A", "B"}));
+    buckets.BucketKeysByGroup("A,1,B,12", Dual({"A", "B"}));
+    buckets.BucketKeysByGroup("A,11,B,2", Dual({"A", "B"}));
     EXPECT_EQ(buckets.All().size(), 2u);
 }
 
 TEST(BucketsTest, WithoutNamesThereIsOne)
 {
     TBuckets buckets;
-    EXPECT_EQ(buckets.Add("a", {}), 0u);
-    EXPECT_EQ(buckets.Add("b", {}), 0u);
+    EXPECT_EQ(buckets.BucketKeysByGroup("a", {}), 0u);
+    EXPECT_EQ(buckets.BucketKeysByGroup("b", {}), 0u);
     ASSERT_EQ(buckets.All().size(), 1u);
     EXPECT_TRUE(buckets.All()[0].values.empty());
     EXPECT_EQ(buckets.All()[0].keys.size(), 2u);

@@ -173,7 +173,8 @@ public:
     /// Slot 8. Sets how much of the background is subtracted.
     /// \param percent  clamped to 0 ... 100
     /// \return 770 in header-only mode. A failure to allocate the scaled background leaves the text "Error allocating
-    /// correction memory." but still returns 0; ApplyCorrection then returns 1024.
+    /// correction memory." but still returns 0; ApplyCorrection then returns 1024. A change that keeps the region's
+    /// number of pixels needs no memory: the background stays where it is.
     /// Store: kept (unclamped) for groups loaded later.
     virtual unsigned int SetCorrectionLevel(int percent) = 0;
 
@@ -231,7 +232,10 @@ public:
 
     /// Slot 16. Sets the rectangle of the active correction that images show, in pixels. At first (0, 0, 1, 1).
     /// \return 770 in header-only mode; 513 left, 514 top, 515 width or 516 height out of range: below 0 (sizes: below
-    /// 1) or beyond the active correction. With none active only the signs are checked. Memory as for
+    /// 1) or beyond the active correction. With none active only the signs are checked. The correction's sizes count as
+    /// signed: one that a file describes without pixels as 2^31 columns or more has no region at all. An import that
+    /// replaces the active correction by one of another size leaves the region as it is: it then takes the pixel at
+    /// (top + row) * width + left + column, with the new width, and 0 beyond the last. Memory as for
     /// SetCorrectionLevel. Store: kept for groups loaded later; unchecked while no group is loaded.
     virtual unsigned int SetRegion(int left, int top, int width, int height) = 0;
 
@@ -247,7 +251,7 @@ public:
     /// \return 770 in header-only mode; 513 null source; 513 source is not a live processor.
     /// Throws (an exception derived from std::exception) when memory runs out; what was imported so far stays.
     /// Store: takes live processors and other stores as source, group by group; what was imported before a failure
-    /// stays.
+    /// stays. Given to itself with \p overwrite a store loses every second correction, the first one included.
     virtual unsigned int ImportCorrections(QX_IBackgroundCorrection* source, bool overwrite) = 0;
 
     /// Slot 19. Opens a calibration file without its pixels and enters header-only mode, also when it fails (Store: not
@@ -266,7 +270,8 @@ public:
     /// Slot 21. Writes all corrections to a calibration file. A file that failed half way stays as far as it was
     /// written. The object does not change.
     /// \param fileName  path; null counts as a file that cannot be created
-    /// \return 770 in header-only mode; 769 not created; 4294967295 not written to its end; 271.
+    /// \return 770 in header-only mode; 769 not created; 4294967295 not written to its end, also when only closing the
+    ///         file fails; 271.
     /// Throws (an exception derived from std::exception) when memory runs out.
     /// Store: 513 null name; a store without a name is split into its group files and reopened from them; a named store
     /// is saved to itself or copied to another base name, whose old group files are removed first.

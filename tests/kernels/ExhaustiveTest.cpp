@@ -54,10 +54,10 @@ TEST_P(ExhaustiveKernels, SubtractsAllPairs)
         const TPixels background(65536, static_cast<std::uint16_t>(value));
         std::fill(expected.begin(), expected.begin() + value, std::uint16_t{0});
         std::iota(expected.begin() + value, expected.end(), std::uint16_t{0});
-        for (const bool isStreaming : {false, true}) { // in place that means with requests ahead and without
-            ForceStreaming(isStreaming);
+        for (const TWay way : kEveryWay) {
+            ForceWay(way);
             Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
-            ASSERT_TRUE(output == expected) << value << (isStreaming ? " past the caches" : "");
+            ASSERT_TRUE(output == expected) << value << way;
             output = image;
             Kernels::SubtractInPlace(output.data(), background.data(), output.size());
             ASSERT_TRUE(output == expected) << value << " in place";
@@ -130,14 +130,14 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
     TPixels expected(65536);
     const std::vector<float> factors = Factors();
     for (std::size_t i = 0; i < factors.size(); i += kEvery > 1 ? 7 : 1) {
-        for (const bool isStreaming : {false, true}) {
-            ForceStreaming(isStreaming);
+        for (const TWay way : kEveryWay) {
+            ForceWay(way);
             {
                 const TScopedRounding rounding(mode);
                 Kernels::Plain::Scale(expected.data(), pixels.data(), pixels.size(), factors[i]);
                 Kernels::Scale(output.data(), pixels.data(), pixels.size(), factors[i]);
             }
-            ASSERT_TRUE(output == expected) << "factor " << factors[i] << (isStreaming ? " past the caches" : "");
+            ASSERT_TRUE(output == expected) << "factor " << factors[i] << way;
         }
     }
     Kernels::chosenTable.store(nullptr);

@@ -46,7 +46,7 @@ std::vector<std::pair<std::string, std::vector<TTiming>>> MeasureFiles(int corre
         std::copy(frame.begin(), frame.end(), blocks.back().get());
     }
     std::vector<std::pair<std::string, std::vector<TTiming>>> results;
-    results.emplace_back("save", Measure({{"library", [=] { Check(object->SaveFile(kSaved) == 0, "SaveFile"); }},
+    results.emplace_back("save", Measure({{"library", [=] { Check(object->SaveFile(kSaved) == 0, "SaveFile"); }, 1},
                                           {"limit",
                                            [&] {
                                                std::FILE* const file = std::fopen(kPlain, "wb");
@@ -55,7 +55,8 @@ std::vector<std::pair<std::string, std::vector<TTiming>>> MeasureFiles(int corre
                                                    Check(std::fwrite(block.get(), 1, bytes, file) == bytes, "fwrite");
                                                }
                                                Check(std::fclose(file) == 0, "fclose");
-                                           }}},
+                                           },
+                                           1}},
                                          rounds));
     blocks.clear();
     Check(object->ClearCorrections() == 0, "ClearCorrections");
@@ -63,7 +64,8 @@ std::vector<std::pair<std::string, std::vector<TTiming>>> MeasureFiles(int corre
                                            [=] {
                                                Check(object->LoadFile(kSaved) == 0, "LoadFile");
                                                object->ClearCorrections();
-                                           }},
+                                           },
+                                           1},
                                           {"limit",
                                            [&] {
                                                std::vector<std::unique_ptr<std::uint16_t[]>> read;
@@ -75,14 +77,16 @@ std::vector<std::pair<std::string, std::vector<TTiming>>> MeasureFiles(int corre
                                                          "fread");
                                                }
                                                std::fclose(file);
-                                           }}},
+                                           },
+                                           1}},
                                          rounds));
     results.emplace_back("list, per file", Measure({{"library",
                                                      [=] {
                                                          Check(object->LoadFileHeaderOnly(kSaved) == 0,
                                                                "LoadFileHeaderOnly");
                                                          object->ClearCorrections();
-                                                     }}},
+                                                     },
+                                                     1}},
                                                    rounds * 3));
     DeleteBackgroundCorrection(object);
     std::remove(kSaved);

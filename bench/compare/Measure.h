@@ -7,13 +7,14 @@
 #include <vector>
 
 struct TRival {
-    std::string name; // "library", "literal", "opencv", "limit"
+    std::string name; // "library", "literal", "opencv", "limit", "avx2"; of several with one name the fastest counts
     std::function<void()> run;
+    int images; // that one run works on
 };
 
 struct TTiming {
     std::string rival;
-    double medianSeconds;
+    double medianSeconds; // an image
     double leastSeconds;
     double greatestSeconds;
 };

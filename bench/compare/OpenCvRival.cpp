@@ -27,10 +27,10 @@ void TOpenCvRival::Subtract(std::uint16_t* output, std::uint16_t* image, std::ui
     cv::subtract(state->Image(image), state->Image(background), target);
 }
 
-void TOpenCvRival::Scale(std::uint16_t* output, std::uint16_t* pixels, double factor)
+void TOpenCvRival::Scale(std::uint16_t* output, std::uint16_t* pixels, std::size_t stride, double factor)
 {
     cv::Mat target = state->Image(output);
-    state->Image(pixels).convertTo(target, CV_16U, factor);
+    cv::Mat(state->height, state->width, CV_16UC1, pixels, stride * sizeof *pixels).convertTo(target, CV_16U, factor);
 }
 
 void TOpenCvRival::Average(std::uint16_t* output, std::uint16_t* const* frames, std::size_t frameCount)

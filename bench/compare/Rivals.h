@@ -24,7 +24,8 @@ public:
     TOpenCvRival& operator=(const TOpenCvRival&) = delete;
 
     void Subtract(std::uint16_t* output, std::uint16_t* image, std::uint16_t* background);
-    void Scale(std::uint16_t* output, std::uint16_t* pixels, double factor);
+    // From rows of `stride` pixels to packed ones.
+    void Scale(std::uint16_t* output, std::uint16_t* pixels, std::size_t stride, double factor);
     void Average(std::uint16_t* output, std::uint16_t* const* frames, std::size_t frameCount);
     void Median(std::uint16_t* output, std::uint16_t* image);
     double Statistics(std::uint16_t* pixels);
@@ -36,12 +37,17 @@ private:
 
 // Loops with the memory traffic of an operation and next to no arithmetic.
 namespace Limits {
-void ReadTwoWriteFirst(std::uint16_t* first, const std::uint16_t* second, std::size_t count);
-void ReadTwoWriteThird(std::uint16_t* third, const std::uint16_t* first, const std::uint16_t* second,
-                       std::size_t count);
-void Copy(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count);
-std::uint64_t ReadFrames(const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count);
-void ReadWriteInPlace(std::uint16_t* image, std::size_t count);
+
+// Ways to memory; which is the fastest differs between sizes and machines. InStep: two halves of each image, or five
+// frames of a stack, a line of each in turn. PastTheCaches: as InStep, the output without being read first.
+enum class TManner { Plainly, AskingAhead, InStep, PastTheCaches };
+constexpr TManner kEveryManner[] = {TManner::Plainly, TManner::AskingAhead, TManner::InStep, TManner::PastTheCaches};
+
+// The output may be the first image; past the caches only to another.
+void ReadTwoWriteOne(std::uint16_t* output, const std::uint16_t* first, const std::uint16_t* second, std::size_t count,
+                     TManner manner);
+void Copy(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, TManner manner);
+std::uint64_t ReadFrames(const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count, TManner manner);
 } // namespace Limits
 
 #endif

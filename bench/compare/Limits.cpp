@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t kLine = 32;
 constexpr std::size_t kAhead = 1024;
+constexpr std::size_t kTile = 65536;
 
 __m256i Load(const std::uint16_t* pixels)
 {
@@ -86,29 +87,43 @@ void Copy(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count,
     Combine(output, pixels, pixels, count, manner);
 }
 
-std::uint64_t ReadFrames(const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count, TManner manner)
+void CombineFrames(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count,
+                   TManner manner)
 {
-    constexpr std::size_t kTogether = 5;
     const bool isInStep = manner == TManner::InStep || manner == TManner::PastTheCaches;
-    const std::size_t together = isInStep && frameCount % kTogether == 0 ? kTogether : 1;
-    const std::size_t parts = isInStep && frameCount == 1 ? 2 : 1; // a single image in halves
-    const std::size_t length = count / (parts * kLine) * kLine;
+    for (std::size_t tile = 0; tile < count; tile += kTile) { // what is known of a tile stays in the cache
+        const std::size_t length = (count - tile < kTile ? count - tile : kTile) / kLine * kLine;
+        const std::size_t together = isInStep ? frameCount : 1;
+        for (std::size_t frame = 0; frame < frameCount; frame += together) {
+            for (std::size_t i = tile; i < tile + length; i += kLine) {
+                __m256i low = frame == 0 ? _mm256_setzero_si256() : Load(output + i);
+                __m256i high = frame == 0 ? _mm256_setzero_si256() : Load(output + i + 16);
+                for (std::size_t k = frame; k < frame + together; ++k) {
+                    if (manner == TManner::AskingAhead) {
+                        PLATFORM_PREFETCH(frames[k] + i + kAhead);
+                    }
+                    low = _mm256_or_si256(low, Load(frames[k] + i));
+                    high = _mm256_or_si256(high, Load(frames[k] + i + 16));
+                }
+                Store<false>(output + i, low);
+                Store<false>(output + i + 16, high);
+            }
+        }
+    }
+}
+
+std::uint64_t Read(const std::uint16_t* pixels, std::size_t count, TManner manner)
+{
+    const bool isInStep = manner == TManner::InStep || manner == TManner::PastTheCaches;
+    const std::size_t part = isInStep ? count / (2 * kLine) * kLine : 0;
     __m256i seen = _mm256_setzero_si256();
-    for (std::size_t frame = 0; frame < frameCount; frame += together) {
-        for (std::size_t i = 0; i < length; i += kLine) {
-            if (manner == TManner::AskingAhead) {
-                PLATFORM_PREFETCH(frames[frame] + i + kAhead);
-            }
-            if (together == kTogether) {
-                for (std::size_t k = 0; k < kTogether; ++k) {
-                    seen = ReadLine(seen, frames[frame + k] + i);
-                }
-            } else {
-                seen = ReadLine(seen, frames[frame] + i);
-                if (parts == 2) {
-                    seen = ReadLine(seen, frames[frame] + length + i);
-                }
-            }
+    for (std::size_t i = 0; i + kLine <= (isInStep ? part : count); i += kLine) {
+        if (manner == TManner::AskingAhead) {
+            PLATFORM_PREFETCH(pixels + i + kAhead);
+        }
+        seen = ReadLine(seen, pixels + i);
+        if (isInStep) {
+            seen = ReadLine(seen, pixels + part + i);
         }
     }
     alignas(32) std::uint64_t all[4];

@@ -38,7 +38,7 @@ private:
 // Loops with the memory traffic of an operation and next to no arithmetic.
 namespace Limits {
 
-// Ways to memory; which is the fastest differs between sizes and machines. InStep: two halves of each image, or five
+// Ways to memory; which is the fastest differs between sizes and machines. InStep: two halves of each image, or all
 // frames of a stack, a line of each in turn. PastTheCaches: as InStep, the output without being read first.
 enum class TManner { Plainly, AskingAhead, InStep, PastTheCaches };
 constexpr TManner kEveryManner[] = {TManner::Plainly, TManner::AskingAhead, TManner::InStep, TManner::PastTheCaches};
@@ -47,7 +47,10 @@ constexpr TManner kEveryManner[] = {TManner::Plainly, TManner::AskingAhead, TMan
 void ReadTwoWriteOne(std::uint16_t* output, const std::uint16_t* first, const std::uint16_t* second, std::size_t count,
                      TManner manner);
 void Copy(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, TManner manner);
-std::uint64_t ReadFrames(const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count, TManner manner);
+// Reads all frames and writes one image.
+void CombineFrames(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count,
+                   TManner manner);
+std::uint64_t Read(const std::uint16_t* pixels, std::size_t count, TManner manner);
 } // namespace Limits
 
 #endif

@@ -116,7 +116,7 @@ std::vector<TRival> Average(const std::shared_ptr<TBench>& t)
         {"literal", [=] { Literal::Average(o, frames, kFrameCount, t->count); }, 1},
         {"opencv", [=] { t->openCv.Average(o, frames, kFrameCount); }, 1}};
     AddLimits(rivals, [=](Limits::TManner manner) {
-        t->sink = Limits::ReadFrames(frames, static_cast<std::size_t>(kFrameCount), t->count, manner);
+        Limits::CombineFrames(o, frames, static_cast<std::size_t>(kFrameCount), t->count, manner);
     });
     return rivals;
 }
@@ -162,7 +162,7 @@ std::vector<TRival> AddCorrection(const std::shared_ptr<TBench>& t)
                                    },
                                    1}};
     AddLimits(rivals, [=](Limits::TManner manner) {
-        t->sink = Limits::ReadFrames(frames, static_cast<std::size_t>(kFrameCount), t->count, manner);
+        Limits::CombineFrames(o, frames, static_cast<std::size_t>(kFrameCount), t->count, manner);
     });
     return rivals;
 }
@@ -184,7 +184,7 @@ std::vector<TRival> Statistics(const std::shared_ptr<TBench>& t)
                   t->margin == 0
                       ? TRival{"library", [=] { t->sink = t->library.Statistics(); }, 1}
                       : TRival{"library", [=] { t->sink = Kernels::CalculateStatistics(b, t->count).average; }, 1});
-    AddLimits(rivals, [=](Limits::TManner manner) { t->sink = Limits::ReadFrames(&b, 1, t->count, manner); });
+    AddLimits(rivals, [=](Limits::TManner manner) { t->sink = Limits::Read(b, t->count, manner); });
     return rivals;
 }
 

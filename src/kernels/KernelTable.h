@@ -27,9 +27,9 @@ struct TKernelTable {
                      bool isAskingAhead, bool isStreaming);
     // 0 < factor < kScaleFactorLimit; isStreaming as above.
     void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);
-    // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength).
+    // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength); isAskingAhead as above.
     void (*average)(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,
-                    float* scratch);
+                    float* scratch, bool isAskingAhead);
     // `lines`: kMedianLineCount lines of `stride` pixels, aligned to kMedianAlignment as is the stride; width + 2 at
     // least. width >= 1, height >= 1.
     void (*median)(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);

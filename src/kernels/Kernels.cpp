@@ -104,7 +104,7 @@ std::size_t AverageScratchLength(std::size_t pixelCount) noexcept
 void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t pixelCount,
              float* scratch) noexcept
 {
-    Table().average(output, frames, frameCount, pixelCount, scratch);
+    Table().average(output, frames, frameCount, pixelCount, scratch, Habits().isAskingAhead);
 }
 
 std::size_t MedianScratchLength(std::size_t width) noexcept

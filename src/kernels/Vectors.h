@@ -9,6 +9,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <immintrin.h>
@@ -151,6 +152,215 @@ inline void StreamEnd()
     _mm_sfence();
 #endif
 }
+
+// Vectors as long as the processor has them, for sums. As 32-bit words they hold two pixels each: UpperHalves gives the
+// second ones, AddWords adds. As signed 16-bit numbers, which is what can be compared and added up in pairs everywhere,
+// they hold pixels shifted by -32768 (Shifted); AddPairs adds neighbours to 32-bit sums.
+#if defined(__AVX512BW__)
+
+using TWide = __m512i;
+
+inline TWide LoadWide(const void* address)
+{
+    return _mm512_loadu_si512(address);
+}
+
+inline void StoreWide(void* address, TWide vector)
+{
+    _mm512_storeu_si512(address, vector);
+}
+
+inline TWide AddWords(TWide a, TWide b)
+{
+    return _mm512_add_epi32(a, b);
+}
+
+inline TWide UpperHalves(TWide words)
+{
+    return _mm512_maskz_srli_epi32(0xFFFF, words, 16); // as in StreamLine
+}
+
+inline TWide All(int16_t value)
+{
+    return _mm512_set1_epi16(value);
+}
+
+inline TWide Shifted(TWide pixels)
+{
+    return _mm512_xor_si512(pixels, _mm512_set1_epi16(-32768));
+}
+
+inline TWide LeastOfEach(TWide a, TWide b)
+{
+    return _mm512_min_epi16(a, b);
+}
+
+inline TWide GreatestOfEach(TWide a, TWide b)
+{
+    return _mm512_max_epi16(a, b);
+}
+
+inline TWide AddPairs(TWide sums, TWide values)
+{
+    return _mm512_add_epi32(sums, _mm512_madd_epi16(values, _mm512_set1_epi16(1)));
+}
+
+#elif defined(__AVX2__)
+
+using TWide = __m256i;
+
+inline TWide LoadWide(const void* address)
+{
+    return _mm256_loadu_si256(static_cast<const __m256i*>(address));
+}
+
+inline void StoreWide(void* address, TWide vector)
+{
+    _mm256_storeu_si256(static_cast<__m256i*>(address), vector);
+}
+
+inline TWide AddWords(TWide a, TWide b)
+{
+    return _mm256_add_epi32(a, b);
+}
+
+inline TWide UpperHalves(TWide words)
+{
+    return _mm256_srli_epi32(words, 16);
+}
+
+inline TWide All(int16_t value)
+{
+    return _mm256_set1_epi16(value);
+}
+
+inline TWide Shifted(TWide pixels)
+{
+    return _mm256_xor_si256(pixels, _mm256_set1_epi16(-32768));
+}
+
+inline TWide LeastOfEach(TWide a, TWide b)
+{
+    return _mm256_min_epi16(a, b);
+}
+
+inline TWide GreatestOfEach(TWide a, TWide b)
+{
+    return _mm256_max_epi16(a, b);
+}
+
+inline TWide AddPairs(TWide sums, TWide values)
+{
+    return _mm256_add_epi32(sums, _mm256_madd_epi16(values, _mm256_set1_epi16(1)));
+}
+
+#elif defined(__SSE2__) || defined(_M_X64)
+
+using TWide = __m128i;
+
+inline TWide LoadWide(const void* address)
+{
+    return _mm_loadu_si128(static_cast<const __m128i*>(address));
+}
+
+inline void StoreWide(void* address, TWide vector)
+{
+    _mm_storeu_si128(static_cast<__m128i*>(address), vector);
+}
+
+inline TWide AddWords(TWide a, TWide b)
+{
+    return _mm_add_epi32(a, b);
+}
+
+inline TWide UpperHalves(TWide words)
+{
+    return _mm_srli_epi32(words, 16);
+}
+
+inline TWide All(int16_t value)
+{
+    return _mm_set1_epi16(value);
+}
+
+inline TWide Shifted(TWide pixels)
+{
+    return _mm_xor_si128(pixels, _mm_set1_epi16(-32768));
+}
+
+inline TWide LeastOfEach(TWide a, TWide b)
+{
+    return _mm_min_epi16(a, b);
+}
+
+inline TWide GreatestOfEach(TWide a, TWide b)
+{
+    return _mm_max_epi16(a, b);
+}
+
+inline TWide AddPairs(TWide sums, TWide values)
+{
+    return _mm_add_epi32(sums, _mm_madd_epi16(values, _mm_set1_epi16(1)));
+}
+
+#else
+#define KERNELS_PLAIN_STATISTICS // compilers see through the loop over single pixels there
+
+#if defined(__ARM_NEON)
+
+using TWide = uint32x4_t;
+
+inline TWide LoadWide(const void* address)
+{
+    return vreinterpretq_u32_u8(vld1q_u8(static_cast<const uint8_t*>(address)));
+}
+
+inline void StoreWide(void* address, TWide vector)
+{
+    vst1q_u8(static_cast<uint8_t*>(address), vreinterpretq_u8_u32(vector));
+}
+
+inline TWide AddWords(TWide a, TWide b)
+{
+    return vaddq_u32(a, b);
+}
+
+inline TWide UpperHalves(TWide words)
+{
+    return vshrq_n_u32(words, 16);
+}
+
+#else
+
+using TWide = uint32_t;
+
+inline TWide LoadWide(const void* address)
+{
+    TWide word;
+    memcpy(&word, address, sizeof word);
+    return word;
+}
+
+inline void StoreWide(void* address, TWide vector)
+{
+    memcpy(address, &vector, sizeof vector);
+}
+
+inline TWide AddWords(TWide a, TWide b)
+{
+    return a + b;
+}
+
+inline TWide UpperHalves(TWide words)
+{
+    return words >> 16;
+}
+
+#endif
+#endif
+
+constexpr size_t kWideLength = sizeof(TWide) / sizeof(uint16_t); // in pixels
+constexpr size_t kWidesOfLine = kLine / kWideLength;
 
 } // namespace
 } // namespace Kernels

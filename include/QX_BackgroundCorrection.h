@@ -29,7 +29,7 @@
 /// Two operations may let an exception derived from std::exception reach the host, both for want of memory:
 /// ImportCorrections and SaveFile. The object stays usable and its lock is released. The factories, and the operations
 /// of the offline store, may let std::bad_alloc through; those that switch the group, also the exception of SaveFile,
-/// for they write the group that is left.
+/// for they write the group that is left. Catch by reference: a copy of the std::exception alone may lack the text.
 #ifndef QX_BACKGROUNDCORRECTION_H
 #define QX_BACKGROUNDCORRECTION_H
 

@@ -1,15 +1,8 @@
 // The table of virtual functions of type_info, to which every run-time type description of this ABI points. Built
 // without RTTI: a description of type_info itself would need the table that is being made here.
-class type_info {
-public:
-    virtual ~type_info();
+#include <vcruntime_typeinfo.h>
 
-private:
-    void* readableName;
-    char decoratedName[1];
-};
-
-type_info::~type_info() {}
+type_info::~type_info() noexcept {}
 
 // Never called. The compiler lays the table down where an object is made, and only there.
 type_info* MakeTypeInfo()

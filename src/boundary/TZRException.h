@@ -8,7 +8,8 @@
 
 // Carries a formatted text of at most 512 characters.
 //
-// The text lives inside the object: reporting that memory has run out must not need memory.
+// The text lives inside the object: reporting that memory has run out must not need memory. The std::exception part has
+// no text, so that a host's copy of that part alone refers to nothing that ends before it.
 class TZRException : public std::exception {
 public:
     static constexpr std::size_t kMaximumLength = 512;

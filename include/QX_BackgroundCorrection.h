@@ -19,6 +19,10 @@
 /// that fails decides. A failed operation leaves the object as it was unless its description says otherwise. A success
 /// does not clear an earlier text.
 ///
+/// Files
+/// The null device opens like a file: an empty one to load (4294967295), one that takes every save. Folders cannot be
+/// opened (769), nor what could keep the caller waiting for ever: a pipe, a socket, a terminal.
+///
 /// Threads
 /// Calls on one object are serialised by the object's own recursive lock; different objects are independent. Only
 /// GetCorrectionLevel takes no lock. An import holds the lock of the importing object, then that of its source: two

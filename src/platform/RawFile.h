@@ -12,10 +12,13 @@ namespace Platform {
 
 struct TRawFile; // an open binary stream
 
-// Opens an existing file for reading; null on failure. Folders, pipes and devices are failures: a reader has to be
-// able to reposition and must not wait for another process.
+// The null device opens like a file: an empty one to read, and one that takes everything. Folders cannot be opened, nor
+// what could keep the caller waiting for ever, while it holds an object's lock: a pipe, a socket, a terminal.
+//
+// Opens an existing file for reading; null on failure. Every other device is a failure as well: it has no length that
+// what it says of itself could be held against.
 TRawFile* RawOpenForReading(const char* path) noexcept;
-// Creates or empties a file for writing; null on failure.
+// Creates or empties a file for writing; null on failure. A device that is always full, say, fails when it is written.
 TRawFile* RawOpenForWriting(const char* path) noexcept;
 // Both give the number of bytes that were moved.
 std::size_t RawRead(TRawFile* file, void* bytes, std::size_t length) noexcept;

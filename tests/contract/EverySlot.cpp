@@ -132,6 +132,10 @@ private:
         Expect("active key, loaded", ActiveKey(), "(null)");
         Expect("activate, loaded", Activate(kDark), "0");
         Expect("statistics, loaded", Statistics(), "0 102,102,102");
+        Expect("load the null device", Load(HostPlatform::kNullDevice), "4294967295");
+        Expect("save to the null device", Text(object.Call(21, &I::SaveFile, HostPlatform::kNullDevice)), "0",
+               "4294967295");
+        Expect("count, after the null device", Count(), "2");
         Expect("load headers", Text(object.Call(19, &I::LoadFileHeaderOnly, fileName.c_str())), "0");
         Expect("count, headers", Count(), "2");
         Expect("add, headers", Add(kOther, 1), "770");

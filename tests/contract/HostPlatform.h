@@ -21,6 +21,9 @@ TFunction FindExport(const char* name);
 // Whether the library carries what the platform expects of it beside its exports (Windows: a version resource).
 bool LibraryIsComplete();
 
+// Path of the device that is an empty file to read and takes everything.
+extern const char* const kNullDevice;
+
 // Index of slot 1 in an object's table. The destructor, slot 0, takes the entries before it: two of them by the rules
 // that GCC follows, one by Microsoft's.
 extern const std::size_t kIndexOfFirstOperation;

@@ -37,6 +37,8 @@ bool LibraryIsComplete()
     return true;
 }
 
+const char* const kNullDevice = "/dev/null";
+
 // Entry 0 destroys the object where it is, entry 1 frees it as well.
 const std::size_t kIndexOfFirstOperation = 2;
 

@@ -35,6 +35,8 @@ bool LibraryIsComplete()
            nullptr;
 }
 
+const char* const kNullDevice = "nul";
+
 const std::size_t kIndexOfFirstOperation = 1;
 
 void DeleteThroughTable(QX_KRLSDK::QX_IBackgroundCorrection* object)

@@ -9,8 +9,11 @@
 #include <filesystem>
 #include <iostream>
 
+#include <fcntl.h>
 #include <sys/mount.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -85,18 +88,86 @@ TEST_F(PosixFiles, FullDiskFailsTheSaveAndKeepsWhatWasWritten)
     EXPECT_EQ(loaded, kMinusOne);
 }
 
-TEST_F(PosixFiles, PipeAndDeviceAreRefusedWithoutWaiting)
+// Pipes with and without somebody at the other end, a socket, a terminal.
+class WaitingFiles : public PosixFiles {
+protected:
+    void SetUp() override
+    {
+        PosixFiles::SetUp();
+        for (const char* name : {"pipe", "pipe with a reader"}) {
+            paths.push_back(folder.File(name));
+            ASSERT_EQ(mkfifo(paths.back().c_str(), 0600), 0);
+        }
+        ends.push_back(open(paths.back().c_str(), O_RDONLY | O_NONBLOCK));
+
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        paths.push_back(folder.File("socket"));
+        ASSERT_LT(paths.back().size(), sizeof address.sun_path);
+        paths.back().copy(address.sun_path, paths.back().size());
+        ends.push_back(socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(bind(ends.back(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+        ends.push_back(terminal);
+        if (terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0) {
+            paths.push_back(ptsname(terminal));
+        }
+    }
+    void TearDown() override
+    {
+        for (const int end : ends) {
+            close(end);
+        }
+        PosixFiles::TearDown();
+    }
+
+    std::vector<std::string> paths;
+    std::vector<int> ends;
+};
+
+TEST_F(WaitingFiles, AreNotLoaded)
 {
-    const std::string pipe = folder.File("pipe");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const std::string paths[] = {pipe, "/dev/zero", "/dev/null"};
+    paths.push_back("/dev/zero"); // does not wait, but has no end either
     for (const std::string& path : paths) {
         for (const TLoadKind kind : kEveryLoad) {
             const TLoadOutcome outcome = ProcessorDriver::Load(processor, path.c_str(), kind);
-            EXPECT_EQ(outcome.result, 769u);
+            EXPECT_EQ(outcome.result, 769u) << path;
             EXPECT_EQ(outcome.mainText, "Could not open file - '" + path + "'");
         }
     }
+}
+
+TEST_F(WaitingFiles, AreNotSavedTo)
+{
+    for (const std::string& path : paths) {
+        EXPECT_EQ(processor.SaveFile(path.c_str()), 769u) << path;
+        EXPECT_EQ(processor.GetLastErrorMessage(), "Could not create file - '" + path + "'");
+        EXPECT_EQ(processor.SaveGroupedFile(path.c_str(), {"A"}), 769u) << path;
+    }
+    char byte = 0;
+    EXPECT_LE(read(ends.front(), &byte, 1), 0) << "something was written into the pipe";
+}
+
+TEST_F(PosixFiles, AFolderIsNotLoaded)
+{
+    for (const TLoadKind kind : kEveryLoad) {
+        const TLoadOutcome outcome = ProcessorDriver::Load(processor, folder.Path().c_str(), kind);
+        EXPECT_EQ(outcome.result, 769u);
+        EXPECT_EQ(outcome.mainText, "Could not open file - '" + folder.Path() + "'");
+    }
+}
+
+TEST_F(PosixFiles, ALinkToTheNullDeviceIsTheNullDevice)
+{
+    const std::string path = folder.File("link");
+    std::filesystem::create_symlink("/dev/null", path);
+    StoreLarge();
+    EXPECT_EQ(processor.SaveFile(path.c_str()), 0u);
+    EXPECT_EQ(processor.LoadFile(path.c_str()), kMinusOne);
+    EXPECT_STREQ(processor.FileMessage(), "Couldn't read Data from calibration file.");
+    EXPECT_TRUE(std::filesystem::is_symlink(path));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
 TEST_F(PosixFiles, ReadOnlyFolderAndUnreadableFileAre769)

@@ -164,4 +164,22 @@ TEST_F(StoreFailuresTest, AStoreWhoseFilesAreGoneIsStillUsable)
     EXPECT_EQ(folder.Names(), (TNames{"cal", "cal/s_A_1_B_1"}));
 }
 
+// It opens like an empty file, which belongs to no store.
+TEST_F(StoreFailuresTest, TheNullDeviceIsNoStore)
+{
+    const std::string device = kBackslashSystem ? "nul" : "/dev/null";
+    EXPECT_EQ(store.Load(device), 4294967295u);
+    EXPECT_EQ(store->LoadFileHeaderOnly(device.c_str()), 4294967295u);
+    EXPECT_EQ(store.Save(device), 4294967295u);
+    EXPECT_EQ(store.ActiveKey(), "A,1,B,1");
+    TTestStore fresh;
+    fresh.Add("A,1,B,1", 100);
+    EXPECT_EQ(fresh.Save(device), 4294967295u);
+    EXPECT_EQ(fresh.Select("A,1,B,1"), 0u);
+    EXPECT_EQ(fresh.Corrected(), 900);
+    TBackgroundCorrectionProcessorUINT16 processor;
+    EXPECT_EQ(processor.SaveFile(device.c_str()), 0u) << "the device is still there";
+    EXPECT_EQ(folder.Names(), (TNames{"cal", "cal/s_A_1_B_1", "cal/s_A_2_B_1"}));
+}
+
 } // namespace

@@ -15,31 +15,56 @@ std::FILE* Native(TRawFile* file)
 {
     return reinterpret_cast<std::FILE*>(file);
 }
-} // namespace
 
-TRawFile* RawOpenForReading(const char* path) noexcept
+bool IsNullDevice(const struct stat& status)
 {
-    // Not waiting for the other end lets a pipe be opened, recognised and refused.
+    struct stat null = {};
+    return S_ISCHR(status.st_mode) && stat("/dev/null", &null) == 0 && S_ISCHR(null.st_mode) &&
+           null.st_rdev == status.st_rdev;
+}
+
+bool IsReadable(int, const struct stat& status)
+{
+    return S_ISREG(status.st_mode) || IsNullDevice(status);
+}
+
+// A device that is always full is written to like a disk that is.
+bool IsWritable(int descriptor, const struct stat& status)
+{
+    return !S_ISFIFO(status.st_mode) && !S_ISSOCK(status.st_mode) && isatty(descriptor) == 0;
+}
+
+// Not waiting for the other end lets a pipe be opened, recognised and refused.
+TRawFile* Open(const char* path, int flags, const char* mode, bool (*isAccepted)(int, const struct stat&)) noexcept
+{
+    constexpr mode_t kAsTheProcessSays = 0666;
     const TNativePath native(path);
-    const int descriptor = native.IsValid() ? open(native.Text(), O_RDONLY | O_CLOEXEC | O_NONBLOCK) : -1;
+    const int descriptor =
+        native.IsValid() ? open(native.Text(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, kAsTheProcessSays) : -1;
     if (descriptor < 0) {
         return nullptr;
     }
     struct stat status = {};
     std::FILE* file = nullptr;
-    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) {
-        file = fdopen(descriptor, "rb");
+    if (fstat(descriptor, &status) == 0 && isAccepted(descriptor, status) &&
+        fcntl(descriptor, F_SETFL, 0) == 0) { // from here on reads and writes are whole
+        file = fdopen(descriptor, mode);
     }
     if (file == nullptr) {
         close(descriptor);
     }
     return reinterpret_cast<TRawFile*>(file);
 }
+} // namespace
+
+TRawFile* RawOpenForReading(const char* path) noexcept
+{
+    return Open(path, O_RDONLY, "rb", IsReadable);
+}
 
 TRawFile* RawOpenForWriting(const char* path) noexcept
 {
-    const TNativePath native(path);
-    return native.IsValid() ? reinterpret_cast<TRawFile*>(std::fopen(native.Text(), "wbe")) : nullptr;
+    return Open(path, O_WRONLY | O_CREAT | O_TRUNC, "wb", IsWritable);
 }
 
 std::size_t RawRead(TRawFile* file, void* bytes, std::size_t length) noexcept

@@ -1,6 +1,7 @@
 #include "platform/RawFile.h"
 
 #include <cstdio>
+#include <cstring>
 
 #include <io.h>
 #include <windows.h>
@@ -17,21 +18,45 @@ HANDLE Handle(FILE* file)
 {
     return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
 }
-} // namespace
 
-TRawFile* RawOpenForReading(const char* path) noexcept
+// The system knows the null device by its name, with folders before it or without: the full path of each is this one.
+bool IsNullDevice(const char* path)
 {
-    FILE* file = path != nullptr ? fopen(path, "rb") : nullptr;
-    if (file != nullptr && GetFileType(Handle(file)) != FILE_TYPE_DISK) {
+    constexpr char kNullDevice[] = "\\\\.\\nul";
+    char fullPath[sizeof kNullDevice] = {};
+    const DWORD length = GetFullPathNameA(path, sizeof fullPath, fullPath, nullptr);
+    return length == sizeof kNullDevice - 1 && _stricmp(fullPath, kNullDevice) == 0;
+}
+
+bool IsReadable(const char* path, DWORD type)
+{
+    return type == FILE_TYPE_DISK || (type == FILE_TYPE_CHAR && IsNullDevice(path));
+}
+
+bool IsWritable(const char* path, DWORD type)
+{
+    return type != FILE_TYPE_PIPE && (type != FILE_TYPE_CHAR || IsNullDevice(path));
+}
+
+TRawFile* Open(const char* path, const char* mode, bool (*isAccepted)(const char*, DWORD)) noexcept
+{
+    FILE* file = path != nullptr ? fopen(path, mode) : nullptr;
+    if (file != nullptr && !isAccepted(path, GetFileType(Handle(file)))) {
         fclose(file);
         file = nullptr;
     }
     return reinterpret_cast<TRawFile*>(file);
 }
+} // namespace
+
+TRawFile* RawOpenForReading(const char* path) noexcept
+{
+    return Open(path, "rb", IsReadable);
+}
 
 TRawFile* RawOpenForWriting(const char* path) noexcept
 {
-    return path != nullptr ? reinterpret_cast<TRawFile*>(fopen(path, "wb")) : nullptr;
+    return Open(path, "wb", IsWritable);
 }
 
 std::size_t RawRead(TRawFile* file, void* bytes, std::size_t length) noexcept

@@ -73,18 +73,17 @@ void Median(std::uint16_t* image, std::size_t width, std::size_t height)
 
 void CopyAndScale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor)
 {
+    const float positive = factor > 0.0f ? factor : 0.0f; // all results below zero, and all that are no number, are 0
     for (std::size_t i = 0; i < count; ++i) {
         output[i] = pixels[i];
     }
     for (std::size_t i = 0; i < count; ++i) {
-        const float scaled = static_cast<float>(output[i]) * factor;
+        const float scaled = static_cast<float>(output[i]) * positive;
         const double shifted = static_cast<double>(scaled) + 0.5;
-        if (!(shifted >= 1.0)) { // also when it is no number
-            output[i] = 0;
-        } else if (shifted >= 65535.0) {
-            output[i] = 65535;
-        } else {
+        if (shifted < 65535.0) {
             output[i] = static_cast<std::uint16_t>(static_cast<int>(shifted));
+        } else {
+            output[i] = shifted >= 65535.0 ? 65535 : 0; // 0: zero times infinity is no number
         }
     }
 }

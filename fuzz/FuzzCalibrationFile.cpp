@@ -1,5 +1,5 @@
-// The bytes are a calibration file. It is loaded in every way by a processor, each load is compared with the literal
-// reader, and what was loaded is used, saved and loaded again; then a store opens it, whole and without pixels.
+// The bytes are a calibration file. It is loaded in every way by a processor, and what was loaded is used, saved and
+// loaded again; then a store opens it, whole and without pixels. All of it is compared with the literal model.
 #include "Check.h"
 #include "HostChecks.h"
 #include "LimitedMemory.h"

@@ -20,11 +20,11 @@ constexpr float kScaleFactorLimit = 16384.0f;
 
 struct TKernelTable {
     // As the functions of the same names in Kernels.h.
-    // With `isAskingAhead` pixels are asked for ahead of their use.
-    void (*subtractInPlace)(uint16_t* image, const uint16_t* background, size_t count, bool isAskingAhead);
-    // With `isStreaming` the output goes past the caches; it starts at an even address.
-    void (*subtractInto)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,
-                         bool isStreaming);
+    //
+    // output[i] = max(0, image[i] - background[i]). The output may be the image. With `isAskingAhead` pixels are asked
+    // for ahead of their use; with `isStreaming` the output goes past the caches: it starts at an even address.
+    void (*subtract)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,
+                     bool isAskingAhead, bool isStreaming);
     // 0 < factor < kScaleFactorLimit; isStreaming as above.
     void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);
     // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength).
@@ -33,27 +33,14 @@ struct TKernelTable {
     // `lines`: kMedianLineCount lines of `stride` pixels, aligned to kMedianAlignment as is the stride; width + 2 at
     // least. width >= 1, height >= 1.
     void (*median)(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);
-    // `one` is 1; a constant that the compiler can see would undo the multiplication that makes it choose the fast
-    // instruction. count >= 1.
-    void (*statistics)(const uint16_t* pixels, size_t count, int16_t one, uint16_t* minimum, uint16_t* maximum,
-                       uint64_t* sum);
+    // count >= 1.
+    void (*statistics)(const uint16_t* pixels, size_t count, uint16_t* minimum, uint16_t* maximum, uint64_t* sum);
 };
 
-// The kernels of an instruction set carry its name: SubtractInPlaceBaseline, SubtractInPlaceAvx2 and so on.
-#define KERNELS_DECLARE(suffix)                                                                                        \
-    void SubtractInPlace##suffix(uint16_t* image, const uint16_t* background, size_t count, bool isAskingAhead);       \
-    void SubtractInto##suffix(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,       \
-                              bool isStreaming);                                                                       \
-    void Scale##suffix(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);        \
-    void Average##suffix(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,        \
-                         float* scratch);                                                                              \
-    void Median##suffix(uint16_t* image, size_t width, size_t height, uint16_t* lines, size_t stride);                 \
-    void Statistics##suffix(const uint16_t* pixels, size_t count, int16_t one, uint16_t* minimum, uint16_t* maximum,   \
-                            uint64_t* sum);
-KERNELS_DECLARE(Baseline)
-KERNELS_DECLARE(Avx2)
-KERNELS_DECLARE(Avx512)
-#undef KERNELS_DECLARE
+// One for each unit; those of x86 only where QX_KERNELS_FOR_X86 is defined.
+extern const TKernelTable kBaselineKernels;
+extern const TKernelTable kAvx2Kernels;
+extern const TKernelTable kAvx512Kernels;
 
 } // namespace Kernels
 

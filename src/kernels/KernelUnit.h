@@ -1,20 +1,16 @@
-// What the pixel loops share. Included first by each unit that is compiled for an instruction set; it defines
-// KERNEL_SUFFIX, which the kernels of that unit carry in their names.
+// Every pixel loop, for one instruction set. Each unit that is compiled for one includes this and defines a table out
+// of KERNELS_OF_THIS_UNIT; all else is local to it.
 //
-// The loops are C++ that compilers turn into vector instructions. Every loop gives the bits of its plain definition
-// (PlainKernels.cpp), in every rounding mode of the processor. Whatever is not a kernel stays local to its unit.
+// Most loops are C++ that compilers turn into vector instructions, the others use those of Vectors.h. Every loop gives
+// the bits of its plain definition (PlainKernels.cpp), in every rounding mode of the processor.
 #ifndef KERNELS_KERNELUNIT_H
 #define KERNELS_KERNELUNIT_H
 
 #include "kernels/KernelTable.h"
+#include "kernels/Vectors.h"
 #include "platform/Compiler.h"
-#include "platform/StreamingStores.h"
 
 #include <string.h>
-
-#define KERNEL_JOIN(name, suffix) name##suffix
-#define KERNEL_NAMED(name, suffix) KERNEL_JOIN(name, suffix)
-#define KERNEL(name) KERNEL_NAMED(name, KERNEL_SUFFIX)
 
 namespace Kernels {
 namespace {
@@ -24,10 +20,6 @@ namespace {
 constexpr size_t kCacheLength = size_t{1} << 20;
 constexpr size_t kNear = 1024;
 constexpr size_t kFar = 4096;
-
-// Pixels between two requests: a line of the cache. Loops over blocks have inner loops of exactly this length, for
-// compilers unroll those, where a length that varies costs as much as the work.
-constexpr size_t kBlock = 32;
 
 // From this length on it is worth while to bring the stores to aligned addresses first.
 constexpr size_t kAlignFrom = 16384;
@@ -44,5 +36,13 @@ inline size_t PixelsToAlignment(const uint16_t* pixels, size_t count)
 
 } // namespace
 } // namespace Kernels
+
+#include "kernels/Average.inc"
+#include "kernels/Median.inc"
+#include "kernels/Scale.inc"
+#include "kernels/Statistics.inc"
+#include "kernels/Subtract.inc"
+
+#define KERNELS_OF_THIS_UNIT {SubtractLoop, ScaleLoop, AverageLoop, MedianLoop, StatisticsLoop}
 
 #endif

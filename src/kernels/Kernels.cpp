@@ -13,32 +13,19 @@ namespace Kernels {
 std::atomic<const TKernelTable*> chosenTable{nullptr};
 std::atomic<const TMemoryHabits*> chosenHabits{nullptr};
 
-namespace {
-
-constexpr TKernelTable kBaselineTable = {SubtractInPlaceBaseline, SubtractIntoBaseline, ScaleBaseline,
-                                         AverageBaseline,         MedianBaseline,       StatisticsBaseline};
-#ifdef QX_KERNELS_FOR_X86
-constexpr TKernelTable kAvx2Table = {SubtractInPlaceAvx2, SubtractIntoAvx2, ScaleAvx2,
-                                     AverageAvx2,         MedianAvx2,       StatisticsAvx2};
-constexpr TKernelTable kAvx512Table = {SubtractInPlaceAvx512, SubtractIntoAvx512, ScaleAvx512,
-                                       AverageAvx512,         MedianAvx512,       StatisticsAvx512};
-#endif
-
-} // namespace
-
 const TKernelTable& TableFor(Platform::TInstructionSet instructionSet) noexcept
 {
 #ifdef QX_KERNELS_FOR_X86
     if (instructionSet == Platform::TInstructionSet::Avx512) {
-        return kAvx512Table;
+        return kAvx512Kernels;
     }
     if (instructionSet == Platform::TInstructionSet::Avx2) {
-        return kAvx2Table;
+        return kAvx2Kernels;
     }
 #else
     static_cast<void>(instructionSet);
 #endif
-    return kBaselineTable;
+    return kBaselineKernels;
 }
 
 namespace {
@@ -88,13 +75,13 @@ std::size_t MedianStride(std::size_t width)
 
 void SubtractInPlace(std::uint16_t* image, const std::uint16_t* background, std::size_t count) noexcept
 {
-    Table().subtractInPlace(image, background, count, Habits().isAskingAhead);
+    Table().subtract(image, image, background, count, Habits().isAskingAhead, false);
 }
 
 void SubtractInto(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background,
                   std::size_t count) noexcept
 {
-    Table().subtractInto(output, image, background, count, IsStreaming(output, count));
+    Table().subtract(output, image, background, count, Habits().isAskingAhead, IsStreaming(output, count));
 }
 
 void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor) noexcept
@@ -141,7 +128,7 @@ TStatistics CalculateStatistics(const std::uint16_t* pixels, std::size_t count) 
 {
     TStatistics result = {};
     std::uint64_t sum = 0;
-    Table().statistics(pixels, count, 1, &result.minimum, &result.maximum, &sum);
+    Table().statistics(pixels, count, &result.minimum, &result.maximum, &sum);
     result.average = static_cast<std::uint16_t>(sum / count);
     return result;
 }

@@ -24,8 +24,10 @@ TPixels Noise(TRandomImages& random, std::size_t count)
 }
 
 // The sizes around which loops with aligned stores, tiles, blocks of sums and requests ahead begin and end.
-const std::size_t kLargeCounts[] = {16383, 16384, 16385, 32767,  32768,  32769,           65535,
-                                    65536, 65537, 65567, 131072, 131101, (1u << 20) - 1u, (1u << 20) + 77u};
+const std::size_t kLargeCounts[] = {
+    16383,           16384,           16385, 32767,  32768,  32769,           65535,
+    65536,           65537,           65567, 131072, 131101, (1u << 18) - 1u, (1u << 18) + 77u,
+    (1u << 20) - 1u, (1u << 20) + 77u};
 
 TEST_P(EveryInstructionSet, SubtractsEveryLengthBesideGuardPages)
 {
@@ -41,11 +43,11 @@ TEST_P(EveryInstructionSet, SubtractsEveryLengthBesideGuardPages)
             TGuardedPixels output(count, atStart);
             first.Set(image);
             second.Set(background);
-            for (const bool isStreaming : {false, true}) {
-                ForceStreaming(isStreaming);
+            for (const TWay way : kEveryWay) {
+                ForceWay(way);
                 output.Set(TPixels(count, 4711));
                 Kernels::SubtractInto(output.Data(), first.Data(), second.Data(), count);
-                ASSERT_EQ(output.Values(), expected) << count << (isStreaming ? " past the caches" : "");
+                ASSERT_EQ(output.Values(), expected) << count << way;
             }
             ASSERT_EQ(first.Values(), image) << count;
             Kernels::SubtractInPlace(first.Data(), second.Data(), count);
@@ -66,12 +68,11 @@ TEST_P(EveryInstructionSet, ScalesEveryLengthBesideGuardPages)
             TGuardedPixels source(count, count % 2 == 0);
             TGuardedPixels output(count, count % 3 == 0);
             source.Set(pixels);
-            for (const bool isStreaming : {false, true}) {
-                ForceStreaming(isStreaming);
+            for (const TWay way : kEveryWay) {
+                ForceWay(way);
                 output.Set(TPixels(count, 4711));
                 Kernels::Scale(output.Data(), source.Data(), count, factor);
-                ASSERT_EQ(output.Values(), expected)
-                    << count << " times " << factor << (isStreaming ? " past the caches" : "");
+                ASSERT_EQ(output.Values(), expected) << count << " times " << factor << way;
             }
         }
     }
@@ -140,10 +141,10 @@ void ExpectEveryAlignment(std::size_t count)
 
 TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
 {
-    for (const bool isStreaming : {false, true}) {
-        ForceStreaming(isStreaming);
+    for (const TWay way : kEveryWay) {
+        ForceWay(way);
         for (const std::size_t count : {31u, 200u, 16384u + 77u}) {
-            ASSERT_NO_FATAL_FAILURE(ExpectEveryAlignment(count)) << count << (isStreaming ? " past the caches" : "");
+            ASSERT_NO_FATAL_FAILURE(ExpectEveryAlignment(count)) << count << way;
         }
     }
 }
@@ -151,11 +152,11 @@ TEST_P(EveryInstructionSet, WorksAtEveryAlignment)
 TEST_P(EveryInstructionSet, WorksAtLargeSizes)
 {
     TRandomImages random(6);
-    bool isStreaming = false;
-    for (std::size_t i = 0; i < 2 * std::size(kLargeCounts); ++i) {
-        const std::size_t count = kLargeCounts[i / 2];
-        isStreaming = !isStreaming;
-        ForceStreaming(isStreaming);
+    constexpr std::size_t kWays = std::size(kEveryWay);
+    for (std::size_t i = 0; i < kWays * std::size(kLargeCounts); ++i) {
+        const std::size_t count = kLargeCounts[i / kWays];
+        const TWay way = kEveryWay[i % kWays];
+        ForceWay(way);
         TPixels image = Noise(random, count);
         const TPixels background = Noise(random, count);
         TPixels output(count + 1, 4711);
@@ -192,7 +193,7 @@ TEST_P(EveryInstructionSet, WorksAtLargeSizes)
 TEST_P(EveryInstructionSet, CountsExtremesWithoutOverflow)
 {
     for (const std::uint16_t value : {std::uint16_t{0}, std::uint16_t{32768}, std::uint16_t{65535}}) {
-        const TPixels pixels(200000, value);
+        const TPixels pixels(3000000, value);
         const Kernels::TStatistics statistics = Kernels::CalculateStatistics(pixels.data(), pixels.size());
         EXPECT_EQ(statistics.minimum, value);
         EXPECT_EQ(statistics.maximum, value);
@@ -299,7 +300,7 @@ TEST_P(EveryInstructionSet, FiltersWithAScratchAtAnyAddress)
 // A host that cuts its images out of a stream of bytes may have them at odd addresses. Streaming must not touch those.
 TEST_P(EveryInstructionSet, DoesNotStreamToOddAddresses)
 {
-    ForceStreaming(true);
+    ForceWay(TWay::PastTheCaches);
     alignas(std::uint16_t) unsigned char bytes[2 * 200 + 2] = {};
     auto* const odd = reinterpret_cast<std::uint16_t*>(reinterpret_cast<std::uintptr_t>(bytes) + 1);
     TRandomImages random(9);

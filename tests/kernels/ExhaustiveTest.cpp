@@ -56,11 +56,10 @@ TEST_P(ExhaustiveKernels, SubtractsAllPairs)
     for (std::uint32_t value = 0; value < 65536; value += kEvery) {
         std::fill(background.begin(), background.end(), static_cast<std::uint16_t>(value));
         const auto expected = ramp.begin() + (65536 - value);
-        for (const bool isStreaming : {false, true}) { // in place that means with requests ahead and without
-            ForceStreaming(isStreaming);
+        for (const TWay way : kEveryWay) {
+            ForceWay(way);
             Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
-            ASSERT_TRUE(std::equal(output.begin(), output.end(), expected))
-                << value << (isStreaming ? " past the caches" : "");
+            ASSERT_TRUE(std::equal(output.begin(), output.end(), expected)) << value << way;
             output = image;
             Kernels::SubtractInPlace(output.data(), background.data(), output.size());
             ASSERT_TRUE(std::equal(output.begin(), output.end(), expected)) << value << " in place";
@@ -137,13 +136,13 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
             const TScopedRounding rounding(mode);
             Kernels::Plain::Scale(expected.data(), pixels.data(), pixels.size(), factors[i]);
         }
-        for (const bool isStreaming : {false, true}) {
-            ForceStreaming(isStreaming);
+        for (const TWay way : kEveryWay) {
+            ForceWay(way);
             {
                 const TScopedRounding rounding(mode);
                 Kernels::Scale(output.data(), pixels.data(), pixels.size(), factors[i]);
             }
-            ASSERT_TRUE(output == expected) << "factor " << factors[i] << (isStreaming ? " past the caches" : "");
+            ASSERT_TRUE(output == expected) << "factor " << factors[i] << way;
         }
     }
     Kernels::chosenTable.store(nullptr);

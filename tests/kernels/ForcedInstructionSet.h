@@ -8,14 +8,26 @@
 
 #include <cstddef>
 #include <limits>
+#include <ostream>
 #include <string>
 
-// Has the outputs of kernels go past the caches whatever their length, or none and the inputs asked for ahead.
-inline void ForceStreaming(bool isStreaming)
+// How large arrays are walked through: outputs past the caches whatever their length, inputs asked for ahead, or
+// neither.
+enum class TWay { PastTheCaches, AskingAhead, Plainly };
+
+constexpr TWay kEveryWay[] = {TWay::PastTheCaches, TWay::AskingAhead, TWay::Plainly};
+
+inline void ForceWay(TWay way)
 {
-    static constexpr Kernels::TMemoryHabits kStreaming = {1, false};
-    static constexpr Kernels::TMemoryHabits kAsking = {std::numeric_limits<std::size_t>::max(), true};
-    Kernels::chosenHabits.store(isStreaming ? &kStreaming : &kAsking);
+    constexpr std::size_t kNever = std::numeric_limits<std::size_t>::max();
+    static constexpr Kernels::TMemoryHabits kHabits[] = {{1, false}, {kNever, true}, {kNever, false}};
+    Kernels::chosenHabits.store(&kHabits[static_cast<int>(way)]);
+}
+
+inline std::ostream& operator<<(std::ostream& stream, TWay way)
+{
+    const char* const names[] = {" past the caches", " asking ahead", ""};
+    return stream << names[static_cast<int>(way)];
 }
 
 // A test of this fixture uses the kernels of its parameter, and is skipped where the processor lacks the instructions.

@@ -5,12 +5,12 @@
 #include "LimitedMemory.h"
 #include "MemoryFiles.h"
 
-#include "file/LiteralReader.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
+#include "model/LiteralArithmetic.h"
+#include "model/LiteralReader.h"
 #include "offline/GroupNaming.h"
 #include "offline/TBackgroundCorrectionFileManager.h"
-#include "support/LiteralArithmetic.h"
 
 #include <algorithm>
 

@@ -5,9 +5,9 @@
 
 #include "boundary/TMessageBuffer.h"
 #include "boundary/TZRException.h"
+#include "model/LiteralStore.h"
 #include "offline/GroupFiles.h"
 #include "offline/GroupNaming.h"
-#include "offline/LiteralStore.h"
 #include "offline/TDirectoryListing.h"
 #include "offline/TextHelpers.h"
 #include "platform/Text.h"

@@ -2,8 +2,8 @@
 
 #include "LimitedMemory.h"
 
-#include "file/LiteralReader.h"
 #include "file/SampleFiles.h"
+#include "model/LiteralReader.h"
 
 #include <algorithm>
 

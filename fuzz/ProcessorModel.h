@@ -5,7 +5,7 @@
 
 #include "file/FileBytes.h"
 #include "file/LoadOutcome.h"
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 
 #include <cstddef>
 #include <cstdint>

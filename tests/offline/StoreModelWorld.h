@@ -3,7 +3,7 @@
 #ifndef TESTS_OFFLINE_STOREMODELWORLD_H
 #define TESTS_OFFLINE_STOREMODELWORLD_H
 
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 #include "offline/StoreSupport.h"
 #include "support/TestObject.h"
 

@@ -3,8 +3,8 @@
 #ifndef TESTS_OFFLINE_LITERALSTORE_H
 #define TESTS_OFFLINE_LITERALSTORE_H
 
-#include "offline/LiteralDisk.h"
-#include "offline/LiteralProcessor.h"
+#include "model/LiteralDisk.h"
+#include "model/LiteralProcessor.h"
 
 #include <cstdint>
 #include <memory>

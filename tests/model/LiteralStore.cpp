@@ -1,4 +1,4 @@
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // The literal processor's calibration files.
-#include "offline/LiteralProcessor.h"
+#include "model/LiteralProcessor.h"
 
 #include <algorithm>
 #include <cstring>

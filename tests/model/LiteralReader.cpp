@@ -1,4 +1,4 @@
-#include "file/LiteralReader.h"
+#include "model/LiteralReader.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,8 +3,8 @@
 #ifndef TESTS_OFFLINE_LITERALPROCESSOR_H
 #define TESTS_OFFLINE_LITERALPROCESSOR_H
 
-#include "offline/LiteralDisk.h"
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
+#include "model/LiteralDisk.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "offline/LiteralProcessor.h"
+#include "model/LiteralProcessor.h"
 
 #include <algorithm>
 #include <cctype>

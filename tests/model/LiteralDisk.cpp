@@ -1,4 +1,4 @@
-#include "offline/LiteralDisk.h"
+#include "model/LiteralDisk.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,4 +1,4 @@
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // The literal store's groups: what keys and file names mean, which files belong to a store, switching, splitting.
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 
 #include <algorithm>
 #include <utility>

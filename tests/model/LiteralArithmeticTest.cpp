@@ -1,5 +1,5 @@
 // The reference itself, on examples worked out by hand.
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Damaged files: the library's readers against the literal one, over whole families of damage.
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
-#include "model/LiteralReader.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Files written out by hand against what the library writes, and what it reads from them.
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
-#include "model/LiteralReader.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

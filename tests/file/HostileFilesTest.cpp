@@ -1,7 +1,7 @@
 // Files that are made to hurt: endless counts, circles, claims of more than there is, sizes that wrap.
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
-#include "model/LiteralReader.h"
 #include "support/AllocationFaults.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,88 +1,139 @@
 #include "model/LiteralArithmetic.h"
 
 #include <cmath>
+#include <memory>
 
 namespace Literal {
 
-TImage Average(const std::vector<TImage>& frames)
+void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count)
 {
-    TImage result = frames.front();
-    for (std::size_t i = 0; i < result.pixels.size(); ++i) {
-        float sum = static_cast<float>(frames.front().pixels[i]);
-        for (std::size_t frame = 1; frame < frames.size(); ++frame) {
-            sum = sum + static_cast<float>(frames[frame].pixels[i]);
-        }
-        const float quotient = sum / static_cast<float>(frames.size());
-        const double rounded = std::floor(static_cast<double>(quotient) + 0.5);
-        result.pixels[i] = static_cast<std::uint16_t>(static_cast<std::int64_t>(rounded) & 0xFFFF);
+    const std::unique_ptr<float[]> sums(new float[count]);
+    for (std::size_t i = 0; i < count; ++i) {
+        sums[i] = static_cast<float>(frames[0][i]);
     }
-    return result;
+    for (std::size_t frame = 1; frame < frameCount; ++frame) {
+        for (std::size_t i = 0; i < count; ++i) {
+            sums[i] += static_cast<float>(frames[frame][i]);
+        }
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const double mean = static_cast<double>(sums[i] / static_cast<float>(frameCount));
+        output[i] = static_cast<std::uint16_t>(static_cast<int>(std::floor(mean + 0.5)));
+    }
 }
 
 namespace {
 
 // Left of column 0 lies the value of column 1; with a width of 1 that is the next row's, and nothing follows the last.
-std::uint16_t LeftPad(const TImage& image, int row)
+std::uint16_t LeftPad(const std::uint16_t* row, std::size_t width, bool isLast)
 {
-    if (image.width > 1) {
-        return image.At(row, 1);
-    }
-    return row + 1 < image.height ? image.At(row + 1, 0) : image.At(row, 0);
-}
-
-TImage Padded(const TImage& image)
-{
-    TImage padded;
-    padded.width = image.width + 2;
-    padded.height = image.height + 2;
-    for (int paddedRow = 0; paddedRow < padded.height; ++paddedRow) {
-        int row = paddedRow - 1;
-        row = row < 0 ? 0 : row;
-        row = row > image.height - 1 ? image.height - 1 : row;
-        padded.pixels.push_back(LeftPad(image, row));
-        for (int column = 0; column < image.width; ++column) {
-            padded.pixels.push_back(image.At(row, column));
-        }
-        padded.pixels.push_back(image.At(row, image.width - 1));
-    }
-    return padded;
-}
-
-// Five times the smallest of what is left; the fifth is the median.
-std::uint16_t MedianOfNine(std::vector<std::uint16_t> values)
-{
-    std::uint16_t smallest = 0;
-    for (int pass = 0; pass < 5; ++pass) {
-        std::size_t where = 0;
-        for (std::size_t i = 1; i < values.size(); ++i) {
-            if (values[i] < values[where]) {
-                where = i;
-            }
-        }
-        smallest = values[where];
-        values.erase(values.begin() + static_cast<std::ptrdiff_t>(where));
-    }
-    return smallest;
+    return row[width > 1 || !isLast ? 1 : 0];
 }
 
 } // namespace
 
-TImage Median(const TImage& image)
+void Median(std::uint16_t* image, std::size_t width, std::size_t height)
 {
-    const TImage padded = Padded(image);
-    TImage result = image;
-    result.pixels.clear();
-    for (int row = 0; row < image.height; ++row) {
-        for (int column = 0; column < image.width; ++column) {
-            std::vector<std::uint16_t> nine;
-            for (int r = row; r <= row + 2; ++r) {
-                for (int c = column; c <= column + 2; ++c) {
-                    nine.push_back(padded.At(r, c));
-                }
+    const std::size_t stride = width + 2;
+    const std::unique_ptr<std::uint16_t[]> padded(new std::uint16_t[stride * (height + 2)]);
+    for (std::size_t row = 0; row < height; ++row) {
+        std::uint16_t* const target = padded.get() + (row + 1) * stride;
+        const std::uint16_t* const source = image + row * width;
+        for (std::size_t column = 0; column < width; ++column) {
+            target[column + 1] = source[column];
+        }
+        target[0] = LeftPad(source, width, row + 1 == height);
+        target[width + 1] = source[width - 1];
+    }
+    for (std::size_t column = 0; column < stride; ++column) {
+        padded[column] = padded[stride + column];
+        padded[(height + 1) * stride + column] = padded[height * stride + column];
+    }
+    for (std::size_t row = 0; row < height; ++row) {
+        for (std::size_t column = 0; column < width; ++column) {
+            std::uint16_t window[9];
+            for (std::size_t i = 0; i < 9; ++i) {
+                window[i] = padded[(row + i / 3) * stride + column + i % 3];
             }
-            result.pixels.push_back(MedianOfNine(nine));
+            for (std::size_t pass = 0; pass < 5; ++pass) { // the fifth smallest is the median
+                std::size_t least = pass;
+                for (std::size_t i = pass + 1; i < 9; ++i) {
+                    if (window[i] < window[least]) {
+                        least = i;
+                    }
+                }
+                const std::uint16_t value = window[pass];
+                window[pass] = window[least];
+                window[least] = value;
+            }
+            image[row * width + column] = window[4];
         }
     }
+}
+
+void CopyAndScale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        output[i] = pixels[i];
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const float scaled = static_cast<float>(output[i]) * factor;
+        const double shifted = static_cast<double>(scaled) + 0.5;
+        if (!(shifted >= 1.0)) { // also when it is no number
+            output[i] = 0;
+        } else if (shifted >= 65535.0) {
+            output[i] = 65535;
+        } else {
+            output[i] = static_cast<std::uint16_t>(static_cast<int>(shifted));
+        }
+    }
+}
+
+void Subtract(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const int difference = image[i] - background[i];
+        if (difference < 0) {
+            output[i] = 0;
+        } else if (difference > 65535) {
+            output[i] = 65535;
+        } else {
+            output[i] = static_cast<std::uint16_t>(difference);
+        }
+    }
+}
+
+double Statistics(const std::uint16_t* pixels, std::size_t count, std::uint16_t& minimum, std::uint16_t& maximum)
+{
+    minimum = pixels[0];
+    maximum = pixels[0];
+    double sum = 0.0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (pixels[i] < minimum) {
+            minimum = pixels[i];
+        } else if (pixels[i] > maximum) {
+            maximum = pixels[i];
+        }
+        sum += pixels[i];
+    }
+    return sum / static_cast<double>(count);
+}
+
+TImage Average(const std::vector<TImage>& frames)
+{
+    std::vector<const std::uint16_t*> pointers;
+    for (const TImage& frame : frames) {
+        pointers.push_back(frame.pixels.data());
+    }
+    TImage result = frames.front();
+    Average(result.pixels.data(), pointers.data(), pointers.size(), result.pixels.size());
+    return result;
+}
+
+TImage Median(const TImage& image)
+{
+    TImage result = image;
+    Median(result.pixels.data(), static_cast<std::size_t>(image.width), static_cast<std::size_t>(image.height));
     return result;
 }
 
@@ -93,14 +144,12 @@ TImage Correction(const std::vector<TImage>& frames)
 
 TImage CopyRegion(const TImage& image, int left, int top, int width, int height)
 {
-    TImage result;
-    result.width = width;
-    result.height = height;
+    TImage result{width, height, {}};
     for (int row = 0; row < height; ++row) {
         for (int column = 0; column < width; ++column) {
-            const std::size_t address =
-                static_cast<std::size_t>((std::int64_t{top} + row) * image.width + left + column);
-            result.pixels.push_back(address < image.pixels.size() ? image.pixels[address] : std::uint16_t{0});
+            const std::int64_t address = (std::int64_t{top} + row) * image.width + left + column;
+            const bool isInside = address < static_cast<std::int64_t>(image.pixels.size());
+            result.pixels.push_back(isInside ? image.pixels[static_cast<std::size_t>(address)] : std::uint16_t{0});
         }
     }
     return result;
@@ -122,42 +171,22 @@ float ScaleFactor(float exposure, float intensity, float level, float referenceE
 TImage Scale(const TImage& image, float factor)
 {
     TImage result = image;
-    for (std::uint16_t& pixel : result.pixels) {
-        const float value = static_cast<float>(pixel) * factor;
-        const double shifted = static_cast<double>(value) + 0.5;
-        if (std::isnan(shifted) || shifted < 1.0) {
-            pixel = 0;
-        } else if (shifted >= 65535.0) {
-            pixel = 65535;
-        } else {
-            pixel = static_cast<std::uint16_t>(std::trunc(shifted));
-        }
-    }
+    CopyAndScale(result.pixels.data(), image.pixels.data(), image.pixels.size(), factor);
     return result;
 }
 
 TImage Subtract(const TImage& image, const TImage& background)
 {
     TImage result = image;
-    for (std::size_t i = 0; i < result.pixels.size(); ++i) {
-        const int difference = static_cast<int>(image.pixels[i]) - static_cast<int>(background.pixels.at(i));
-        result.pixels[i] = static_cast<std::uint16_t>(difference < 0 ? 0 : difference);
-    }
+    Subtract(result.pixels.data(), image.pixels.data(), background.pixels.data(), image.pixels.size());
     return result;
 }
 
 TStatistics CalculateStatistics(const std::vector<std::uint16_t>& pixels)
 {
     TStatistics result;
-    result.minimum = pixels.front();
-    result.maximum = pixels.front();
-    double sum = 0.0;
-    for (const std::uint16_t pixel : pixels) {
-        result.minimum = pixel < result.minimum ? pixel : result.minimum;
-        result.maximum = pixel > result.maximum ? pixel : result.maximum;
-        sum += pixel;
-    }
-    result.average = static_cast<std::uint16_t>(std::trunc(sum / static_cast<double>(pixels.size())));
+    const double mean = Statistics(pixels.data(), pixels.size(), result.minimum, result.maximum);
+    result.average = static_cast<std::uint16_t>(mean);
     return result;
 }
 

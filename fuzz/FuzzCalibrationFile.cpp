@@ -5,12 +5,11 @@
 #include "LimitedMemory.h"
 #include "MemoryFiles.h"
 
-#include "file/LiteralReader.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
-#include "file/SampleFiles.h"
+#include "model/LiteralWriter.h"
 #include "offline/GroupNaming.h"
 #include "offline/TBackgroundCorrectionFileManager.h"
-#include "support/LiteralArithmetic.h"
 
 #include <algorithm>
 
@@ -29,21 +28,9 @@ bool IsLoadResult(unsigned int code)
     return code == 0 || code == 769 || code == 772 || code == 1024 || code == 4294967295u || code == 4294967294u;
 }
 
-Literal::TImage ImageOf(const TStoredCorrection& correction)
-{
-    return {static_cast<int>(correction.width), static_cast<int>(correction.height), correction.pixels};
-}
-
-// What activating a correction and setting nothing else subtracts, written down once more.
-std::vector<std::uint16_t> ExpectedBackground(const TStoredCorrection& correction, float exposure, float intensity)
-{
-    const float factor = Literal::ScaleFactor(exposure, intensity, Literal::LevelFraction(100),
-                                              FromBits(correction.exposureBits), FromBits(correction.intensityBits));
-    return Literal::Scale(ImageOf(correction), factor).pixels;
-}
-
 void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::vector<TStoredCorrection>& corrections)
 {
+    Literal::TProcessor model = LiteralProcessorWith(corrections);
     HostChecks::CheckState(processor, TKind::kProcessor);
     for (std::size_t i = 0; i < std::min(corrections.size(), kUsedCorrections); ++i) {
         const TStoredCorrection& correction = corrections[i];
@@ -55,11 +42,14 @@ void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::
         processor.GetReferenceExposureAndIntensity(&exposure, &intensity);
         FUZZ_CHECK_EQUAL(BitsOf(exposure), correction.exposureBits);
         FUZZ_CHECK_EQUAL(BitsOf(intensity), correction.intensityBits);
+        model.SetActiveCorrection(correction.key);
         if (!correction.pixels.empty()) {
             FUZZ_CHECK_EQUAL(processor.SetExposureAndIntensity(1.5f, 30.0f), 0u);
+            model.SetExposureAndIntensity(1.5f, 30.0f);
             const auto background = HostChecks::CheckApplication(processor);
-            FUZZ_CHECK(!background || *background == ExpectedBackground(correction, 1.5f, 30.0f));
-            const Literal::TStatistics expected = Literal::CalculateStatistics(correction.pixels);
+            FUZZ_CHECK(!background || background == model.scaled);
+            Literal::TStatistics expected;
+            model.GetCorrectionStatistics(expected);
             unsigned short statistics[3] = {};
             processor.GetCorrectionStatistics(&statistics[0], &statistics[1], &statistics[2]);
             FUZZ_CHECK(statistics[0] == expected.minimum && statistics[1] == expected.maximum &&
@@ -68,32 +58,16 @@ void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::
     }
 }
 
-// A file of corrections that all have pixels, or none to have.
-TBytes Written(const std::vector<TStoredCorrection>& corrections)
-{
-    TBytes bytes = SampleFiles::Beginning(static_cast<std::uint32_t>(corrections.size()));
-    for (const TStoredCorrection& correction : corrections) {
-        TBytes pixels;
-        for (const std::uint16_t pixel : correction.pixels) {
-            pixels.push_back(static_cast<unsigned char>(pixel & 0xFF));
-            pixels.push_back(static_cast<unsigned char>(pixel >> 8));
-        }
-        const TBytes records =
-            SampleFiles::Correction(correction.key, correction.width, correction.height,
-                                    FromBits(correction.exposureBits), FromBits(correction.intensityBits), pixels);
-        bytes.insert(bytes.end(), records.begin(), records.end());
-    }
-    return bytes;
-}
-
 void SaveAndLoadAgain(TBackgroundCorrectionProcessorUINT16& processor,
                       const std::vector<TStoredCorrection>& corrections, const std::vector<std::string>& groupingNames)
 {
     const bool grouped = !groupingNames.empty();
     FUZZ_CHECK_EQUAL(grouped ? processor.SaveGroupedFile("d\\saved", groupingNames) : processor.SaveFile("d\\saved"),
                      0u);
-    const TBytes& saved = *MemoryFiles::Find("d\\saved");
-    FUZZ_CHECK(grouped || saved == Written(corrections));
+    TBytes expected;
+    FUZZ_CHECK(Literal::Written(LiteralProcessorWith(corrections),
+                                grouped ? std::make_optional(groupingNames) : std::nullopt, expected));
+    FUZZ_CHECK(MemoryFiles::Disk().Read("d\\saved") == expected);
     TBackgroundCorrectionProcessorUINT16 again;
     const TLoadOutcome outcome = ProcessorDriver::Load(again, "d\\saved", {grouped, false});
     FUZZ_CHECK_EQUAL(outcome.result, 0u);

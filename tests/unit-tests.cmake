@@ -28,12 +28,11 @@ function(qxbc_compile_for_speed target)
   endforeach()
 endfunction()
 
-add_executable(qxbc_unit_tests support/AllocationFaultsTest.cpp support/GuardedPixels.cpp support/LiteralArithmetic.cpp
-  support/LiteralArithmeticTest.cpp)
+add_executable(qxbc_unit_tests support/AllocationFaultsTest.cpp support/GuardedPixels.cpp
+  model/LiteralArithmeticTest.cpp)
 qxbc_compile_quickly(qxbc_unit_tests)
-qxbc_compile_for_speed(qxbc_unit_tests support/LiteralArithmetic.cpp)
 target_link_libraries(qxbc_unit_tests PRIVATE
-  qxbc_allocation_faults qxbc_store_support qxbc_test_support qxbc_exports qxbc_core
+  qxbc_allocation_faults qxbc_store_support qxbc_test_support qxbc_model qxbc_exports qxbc_core
   GTest::gtest GTest::gtest_main GTest::gmock)
 target_include_directories(qxbc_unit_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 

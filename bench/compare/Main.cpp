@@ -9,6 +9,7 @@
 #include "compare/Measure.h"
 #include "compare/Rivals.h"
 #include "kernels/Kernels.h"
+#include "model/LiteralArithmetic.h"
 
 #include <nlohmann/json.hpp>
 

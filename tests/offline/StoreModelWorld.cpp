@@ -10,12 +10,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const char* const kKindNames[] = {
-    "Add",          "Select",        "SelectNothing", "SelectHandedOut", "Delete",         "DeleteHandedOut",
-    "Clear",        "SetLevel",      "SetExposure",   "SetRegion",       "Apply",          "Import",
-    "Save",         "SaveHandedOut", "Load",          "LoadHandedOut",   "LoadHeaderOnly", "Message",
-    "MakeAnew",     "AddLive",       "DeleteLive",    "WriteUngrouped",  "WriteForeign",   "Truncate",
-    "SpoilVersion", "CopyFile",      "RemoveFile",    "MakeFolder",      "HideFolder",     "ShowFolder"};
+const char* const kKindNames[] = {"Add",
+                                  "Select",
+                                  "SelectNothing",
+                                  "SelectHandedOut",
+                                  "Delete",
+                                  "DeleteHandedOut",
+                                  "Clear",
+                                  "SetLevel",
+                                  "SetExposure",
+                                  "SetRegion",
+                                  "Apply",
+                                  "Import",
+                                  "Save",
+                                  "SaveHandedOut",
+                                  "Load",
+                                  "LoadHandedOut",
+                                  "LoadHeaderOnly",
+                                  "Message",
+                                  "MakeAnew",
+                                  "AddLive",
+                                  "DeleteLive",
+                                  "LoadLive",
+                                  "LoadLiveHeaderOnly",
+                                  "WriteUngrouped",
+                                  "WriteForeign",
+                                  "WriteOddSizes",
+                                  "Truncate",
+                                  "SpoilVersion",
+                                  "CopyFile",
+                                  "RemoveFile",
+                                  "MakeFolder",
+                                  "HideFolder",
+                                  "ShowFolder"};
 static_assert(sizeof kKindNames / sizeof *kKindNames == static_cast<std::size_t>(TKind::kCount));
 
 std::string NameOf(TKind kind)
@@ -60,7 +87,7 @@ void TStoreModelWorld::Begin(const TSequence& sequence)
     for (std::size_t i = 0; i < 2; ++i) {
         stores[i] = std::make_unique<TTestStore>(groupingNames[i]);
         models[i] = std::make_unique<Literal::TStore>(disk);
-        models[i]->SetGroupingParameters(groupingNames[i]);
+        models[i]->SetGroupingParameters(groupingNames[i], static_cast<int>(groupingNames[i].size()));
         models[i]->message.clear(); // TTestStore takes its text away as well
     }
     live = std::make_unique<TTestObject>();
@@ -148,7 +175,7 @@ std::string TStoreModelWorld::Do(const TOperation& operation)
         stores[i] = nullptr;
         stores[i] = std::make_unique<TTestStore>(groupingNames[i]);
         models[i] = std::make_unique<Literal::TStore>(disk);
-        models[i]->SetGroupingParameters(groupingNames[i]);
+        models[i]->SetGroupingParameters(groupingNames[i], static_cast<int>(groupingNames[i].size()));
         models[i]->message.clear();
         return CompareDisk();
     }

@@ -7,6 +7,7 @@
 
 #include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
+#include "model/LiteralStore.h"
 #include "model/LiteralWriter.h"
 #include "offline/GroupNaming.h"
 #include "offline/TBackgroundCorrectionFileManager.h"
@@ -147,22 +148,40 @@ void OpenWithStore(const TBytes& bytes)
     const std::string path = StorePath(names);
     MemoryFiles::Put(path, bytes);
     for (const bool headerOnly : {true, false}) {
+        TLiteralDisk disk = MemoryFiles::Disk();
+        disk.mostAttempts = kMostAttempts;
+        Literal::TStore model(disk);
+        bool decided = true;
+        const auto expect = [&decided](unsigned int code, const auto& operation) {
+            try {
+                FUZZ_CHECK(!decided || code == operation());
+            } catch (const Literal::TUndecided&) {
+                decided = false;
+            }
+        };
         TBackgroundCorrectionFileManager store;
         const char* const grouping[] = {"A", "B"};
         store.SetGroupingParameters(grouping, 2);
+        model.SetGroupingParameters(Literal::TTexts{"A", "B"}, 2);
         const unsigned int result = headerOnly ? store.LoadFileHeaderOnly(path.c_str()) : store.LoadFile(path.c_str());
         FUZZ_CHECK(IsLoadResult(result) || result == 768);
+        expect(result, [&] { return headerOnly ? model.LoadFileHeaderOnly(path) : model.LoadFile(path); });
         FUZZ_CHECK(result == 0 || !headerOnly || store.GetNumberOfCorrections() == 0);
         HostChecks::CheckState(store, TKind::kStore);
         const unsigned int count = store.GetNumberOfCorrections();
         for (unsigned int i = 0; i < std::min<unsigned int>(count, kUsedCorrections); ++i) {
+            const std::string key = store.GetCorrectionKey(i);
             const unsigned int chosen = store.SetActiveCorrection(store.GetCorrectionKey(i));
             FUZZ_CHECK(IsLoadResult(chosen) || chosen == 513);
+            expect(chosen, [&] { return model.SetActiveCorrection(key); });
             HostChecks::CheckState(store, TKind::kStore);
-            HostChecks::CheckApplication(store);
+            const auto background = HostChecks::CheckApplication(store);
+            FUZZ_CHECK(!decided || !background || background == model.processor->scaled);
         }
         const unsigned int saved = store.SaveFile("d\\t");
         FUZZ_CHECK(headerOnly && result == 0 ? saved == 770 : IsLoadResult(saved) || saved == 513);
+        expect(saved, [&] { return model.SaveFile("d\\t"); });
+        FUZZ_CHECK(!decided || MemoryFiles::Disk().nodes == disk.nodes);
         HostChecks::CheckState(store, TKind::kStore);
         FUZZ_CHECK_EQUAL(MemoryFiles::OpenStreams(), 0u);
     }
@@ -173,6 +192,7 @@ void OpenWithStore(const TBytes& bytes)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const TLimitedMemory limitedMemory;
+    Literal::mostBackgroundPixels = TLimitedMemory::kLargestBlock / sizeof(std::uint16_t);
     const TBytes bytes(data, data + size);
     MemoryFiles::Clear();
     MemoryFiles::MakeFolder("d");

@@ -267,7 +267,7 @@ std::string TStoreModelWorld::DoToDisk(const TOperation& operation)
                 StoreFiles::Flat("A,1,B,1,flat", 33),
                 {"A,1,B,1,odd", size[0], size[1], kExposures[n[3]], kIntensities[n[4]], {}}};
             WriteBoth(operation.text, n[1] == 0 ? StoreFiles::Ungrouped(corrections)
-                                                : StoreFiles::Grouped(groupingNames[0], corrections));
+                                                : StoreFiles::Grouped({n[1] == 1 ? "A" : "B"}, corrections));
         }
         break;
     case TKind::kTruncate:

@@ -69,6 +69,15 @@ public:
                 Put(sequence.operations[4], TKind::kSelectHandedOut, "");
             }
         }
+        if (Chance(15)) { // has a correction whose size is odd, outside header-only mode
+            const std::size_t at = 5 + static_cast<std::size_t>(Number(15));
+            Put(sequence.operations[at], TKind::kWriteOddSizes, "odd");
+            sequence.operations[at].numbers = {0, 0, Number(kOddSizeCount), 0, 0, 0};
+            Put(sequence.operations[at + 1], TKind::kLoadLiveHeaderOnly, "odd");
+            Put(sequence.operations[at + 2], TKind::kImport, "");
+            sequence.operations[at + 2].numbers = {2, Number(2), 0, 0, 0, 0};
+            Put(sequence.operations[at + 3], TKind::kSelect, "A,1,B,1,odd");
+        }
         return sequence;
     }
 
@@ -172,6 +181,9 @@ private:
         const auto as = [&operation](TKind kind) { operation.kind = kind; };
         const auto frames = [&n, this] {
             n = {Number(4), 10 + Number(300), Chance(20) ? 1 : 0, Factor(), Factor(), 0};
+            if (Chance(3)) {
+                n[3] = n[4] = kTinyFactor;
+            }
         };
         const int which = Number(200);
         if (which < 46) {
@@ -253,6 +265,9 @@ private:
             as(Pick(kDisk));
             operation.text = FileName();
             n = {Number(20), Number(2), Number(kOddSizeCount), Factor(), Factor(), 0};
+            if (operation.kind == TKind::kWriteOddSizes) {
+                n[1] = Number(3);
+            }
             if (operation.kind == TKind::kTruncate) {
                 n[1] = Pick(std::vector<int>{1, 2, 3, 10, 30, 100, 600, 700});
             } else if (operation.kind == TKind::kSpoilVersion) {
@@ -389,7 +404,13 @@ TEST(StoreModelTest, RandomSequencesGiveWhatTheModelGives)
                                        "Load 4294967295",
                                        "LoadHeaderOnly 0",
                                        "LoadHeaderOnly 771",
-                                       "LoadHandedOut 771"}) {
+                                       "LoadHandedOut 771",
+                                       "a reference that is no number",
+                                       "The input left [ 0 ] is out of range.",
+                                       "The input top [ 0 ] is out of range.",
+                                       "Error allocating correction memory.",
+                                       "Could not add background correction - 'Reference exposure and light intensity "
+                                       "product is zero [ 0.000000 ] * [ 0.000000 ].'"}) {
         EXPECT_EQ(world.Seen().count(expected), 1u) << expected << " never came up";
     }
 }

@@ -3,6 +3,7 @@
 #include "platform/FolderSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <utility>
 
@@ -186,6 +187,12 @@ std::string TStoreModelWorld::Do(const TOperation& operation)
     orderIsUncertain = false;
     const unsigned int expected = DoToModel(operation, *models[i]);
     seen.insert(NameOf(operation.kind) + " " + std::to_string(expected));
+    if (const Literal::TProcessor* const processor = models[i]->processor.get()) {
+        seen.insert(processor->message);
+        if (processor->active != nullptr && std::isnan(processor->active->exposure)) {
+            seen.insert("a reference that is no number");
+        }
+    }
     stopped = orderIsUncertain && (result != 0 || expected != 0);
     return Differing("Result", std::to_string(result), std::to_string(expected)) +
            CompareState(operation.store, operation.bits) +

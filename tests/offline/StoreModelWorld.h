@@ -55,6 +55,7 @@ enum class TKind {
 // Exposures and intensities to choose from, and sizes of corrections in files.
 constexpr int kFactorCount = 11;
 constexpr int kCommonFactorCount = 6; // finite and no smaller than usual
+constexpr int kTinyFactor = 6;        // its square is zero
 constexpr int kOddSizeCount = 8;
 
 struct TOperation {
@@ -88,7 +89,7 @@ public:
     // operation, so that nobody can say in which order the library saw them.
     int CutShort() const { return cutShort; }
 
-    // "Save 769": every kind of operation with every result that it gave.
+    // "Save 769": every kind of operation with every result that it gave; every text of a loaded group.
     const std::set<std::string>& Seen() const { return seen; }
 
 private:

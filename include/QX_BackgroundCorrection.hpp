@@ -86,6 +86,11 @@ private:
 };
 
 /// The library in memory and its four exports. Throws std::runtime_error when the file cannot be loaded or lacks one.
+///
+/// A plain name (without a folder) is looked for where the system's loader looks: on Windows beside the host's program,
+/// in the system's folder and in folders that the host named with AddDllDirectory. The current folder is not searched,
+/// on Windows neither is PATH. A path with a folder means that file; a relative one is taken from the current folder,
+/// so that hosts had better give an absolute one. On Windows the file's own folder serves what it depends on.
 class TBackgroundCorrectionModule {
 public:
     explicit TBackgroundCorrectionModule(const std::string& path) : handle(Open(path))
@@ -111,10 +116,25 @@ private:
 
     static THandle Open(const std::string& path)
     {
-        const THandle opened = LoadLibraryA(path.c_str());
+        // Values of winbase.h, which hides them when the host's _WIN32_WINNT names a system before Windows 8.
+        constexpr DWORD kSearchDefaultFolders = 0x1000; // LOAD_LIBRARY_SEARCH_DEFAULT_DIRS
+        constexpr DWORD kSearchOwnFolder = 0x100;       // LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR
+        const bool isPlainName = path.find_first_of("\\/:") == std::string::npos;
+        const THandle opened =
+            isPlainName ? LoadLibraryExA(path.c_str(), nullptr, kSearchDefaultFolders)
+                        : LoadLibraryExA(AbsolutePath(path).c_str(), nullptr, kSearchDefaultFolders | kSearchOwnFolder);
         if (opened == nullptr)
             throw std::runtime_error("Cannot load " + path + ": error " + std::to_string(GetLastError()));
         return opened;
+    }
+    // What the loader asks for when a file's own folder is to be searched. The path itself when it cannot be told.
+    static std::string AbsolutePath(const std::string& path)
+    {
+        const DWORD size = GetFullPathNameA(path.c_str(), 0, nullptr, nullptr); // with the terminator
+        std::string absolute(size, '\0');
+        const DWORD length = size == 0 ? 0 : GetFullPathNameA(path.c_str(), size, &absolute[0], nullptr);
+        absolute.resize(length < size ? length : 0);
+        return absolute.empty() ? path : absolute;
     }
     void* Find(const char* name) const { return reinterpret_cast<void*>(GetProcAddress(handle, name)); }
     void Close() { FreeLibrary(handle); }

@@ -1,8 +1,8 @@
 // Saves and loads while file operations fail.
 #include "faults/FileFaults.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
-#include "file/LiteralLoad.h"
 #include "support/AllocationFaults.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,0 +1,5 @@
+// What LoadingNeeding.cpp depends on.
+extern "C" __declspec(dllexport) void* Nothing()
+{
+    return nullptr;
+}

@@ -58,7 +58,7 @@ class Groups(StoreTest):
         self.write("i.tif", image)
         for base, groups in (("s", GROUPS), ("s_A_300_B_x", ())):
             self.tool("store", "apply", base, *groups, "--key", "A,200,B,x",
-                      "--exposure", 2, "--intensity", 50, "--level", 50, "i.tif", "-o", "o.tif")
+                      "--exposure", 2, "--intensity", 50, "--level", 50, "i.tif", "-o", "o.tif", "--overwrite")
             self.assert_same_pages(self.read("o.tif"), [np.maximum(p.astype(int) - 100, 0) for p in image])
 
     def test_folders_with_awkward_names(self):
@@ -119,7 +119,8 @@ class Copy(StoreTest):
 
     def test_replaces_a_store_of_that_name_and_says_what_goes(self):
         self.add("A,9,B,9", "t")
-        self.assertIn("t_A_9_B_9", self.copy("t"))
+        self.refused("store", "copy", "s", "t", *GROUPS, says=["t: there is a store of that name", "--overwrite"])
+        self.assertIn("t_A_9_B_9", self.copy("t", "--overwrite"))
         self.assertEqual(sorted(self.listed("t")), ["t_A_1_B_1", "t_A_1_B_2", "t_A_2_B_1"])
 
     def test_refuses_to_remove_files_of_another_store_without_force(self):

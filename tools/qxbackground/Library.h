@@ -5,7 +5,9 @@
 
 #include "QX_BackgroundCorrection.hpp"
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace workbench {
 
@@ -15,9 +17,20 @@ struct TContext {
     int status = 0;
     std::string libraryPath = QX_KRLSDK::TBackgroundCorrectionLibrary::DefaultName();
 
+    // The verbs over stores work in other folders; a relative path means the one that the program was started in.
+    std::filesystem::path startFolder = StartFolder();
+
     QX_KRLSDK::TBackgroundCorrectionLibrary Library() const
     {
-        return QX_KRLSDK::TBackgroundCorrectionLibrary(libraryPath);
+        return QX_KRLSDK::TBackgroundCorrectionLibrary(
+            libraryPath.find('/') == std::string::npos ? libraryPath : (startFolder / libraryPath).string());
+    }
+
+private:
+    static std::filesystem::path StartFolder()
+    {
+        std::error_code ignored; // a folder that is gone: then nothing relative can be found there either
+        return std::filesystem::current_path(ignored);
     }
 };
 

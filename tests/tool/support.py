@@ -5,6 +5,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -71,6 +72,26 @@ def read_tiff(path):
         pages.append(np.frombuffer(data, "<u2", shape[0] * shape[1], tags[273]).reshape(shape))
         at = struct.unpack_from("<I", data, at + 2 + 12 * count)[0]
     return pages
+
+
+def wait_for(condition, seconds=60):
+    deadline = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < deadline, "what the test waits for does not come"
+        time.sleep(0.001)
+
+
+def works_on_a_file(process):
+    """Whether a workbench has begun its output: a file without a name, or a hidden one, in its folder."""
+    if process.poll() is not None:
+        raise AssertionError("the workbench ended before the test could get at it")
+    folder = Path(f"/proc/{process.pid}/fd")
+    try:
+        opened = [os.readlink(entry) for entry in folder.iterdir()]
+    except OSError:  # closed while being looked at
+        return False
+    # .../#12345 (deleted) without a name
+    return any((name.endswith("(deleted)") and "/qxtool" in name) or "/.qxbackground-" in name for name in opened)
 
 
 class ToolTest(unittest.TestCase):

@@ -34,10 +34,11 @@ TScratchStore::TScratchStore(const TStorePlace& where, const std::vector<std::st
         if (!state.exists)
             continue;
         if (!fs::copy_file(place.PathOf(file), folder / file, error)) {
+            const std::string reason = Reason(error.message()); // the copy's own reason is "Input/output error"
             std::error_code ignored;
             fs::remove_all(folder, ignored); // no destructor runs for an object that was never finished
             throw TToolError(place.PathOf(file).string(),
-                             "cannot be copied beside itself: " + error.message() + "; the store is unchanged");
+                             "cannot be copied beside itself: " + reason + "; the store is unchanged");
         }
         copied = true;
     }

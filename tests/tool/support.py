@@ -18,7 +18,8 @@ SOURCE = Path(os.environ["QX_SOURCE_DIR"])
 
 def real_frames():
     """The folder of small real frames, or None."""
-    data = Path(os.environ.get("QX_SAMPLE_DATA", SOURCE.parent / "shared" / "data"))
+    # A relative path is one from the checkout; the tests run somewhere below the build folder.
+    data = SOURCE / os.environ.get("QX_SAMPLE_DATA", SOURCE.parent / "shared" / "data")
     folder = data / "darks-sbig-st10" / "crop512"
     return folder if folder.is_dir() else None
 
@@ -163,6 +164,8 @@ class ToolTest(unittest.TestCase):
 def main():
     program = unittest.main(exit=False, verbosity=1)
     result = program.result
+    for test, reason in result.skipped:  # for the summary of the test run
+        print(f"skipped: {reason} [{test}]" if result.testsRun != len(result.skipped) else "")
     if result.wasSuccessful() and result.testsRun and len(result.skipped) == result.testsRun:
         print("skipped: " + result.skipped[0][1])
         sys.exit(77)

@@ -29,7 +29,7 @@ class Salvage(ToolTest):
 
     def test_a_truncated_file_gives_what_lies_before_the_cut(self):
         self.damaged(self.whole[:-1])
-        self.refused("import", "d.qxb", "x.qxb", says=["not changed"])
+        self.refused("import", "d.qxb", "x.qxb", says=["does not load whole", "import --salvage"])
         text = self.salvage(0, 1)
         self.assertIn("2 added", text)
         self.assertIn("the file ends inside the pixels of 'three': 59 of 60 bytes are there", text)

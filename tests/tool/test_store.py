@@ -199,7 +199,7 @@ class Refusals(StoreTest):
     def test_a_damaged_group_is_named_and_not_changed(self):
         path = self.folder / "s_A_1_B_2"
         path.write_bytes(path.read_bytes()[:-3])
-        self.refuse_add(["s_A_1_B_2", "not changed"], key="A,1,B,2,x")
+        self.refuse_add(["s_A_1_B_2", "does not load whole"], key="A,1,B,2,x")
         self.refused("store", "list", "s", *GROUPS, says=["s"])
         self.refused("store", "copy", "s", "t", *GROUPS, says=["s_A_1_B_2"])
         self.refused("store", "apply", "s", *GROUPS, "--key", "A,1,B,2", "--exposure", 1, "--intensity", 1, "d.tif", "-o",

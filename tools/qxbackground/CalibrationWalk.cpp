@@ -328,6 +328,8 @@ void RefuseForeignFile(const std::string& path, const TCalibrationWalk& walk)
     const std::string kind = FileKind(path);
     if (!kind.empty() && kind != "a calibration file")
         throw TToolError(path, "is " + kind + ", not a calibration file");
+    if (kind.empty())
+        throw TToolError(path, "is not a calibration file (" + walk.Complaint() + ")");
 }
 
 TCalibrationWalk RequireWhole(const std::string& path)
@@ -335,7 +337,8 @@ TCalibrationWalk RequireWhole(const std::string& path)
     TCalibrationWalk walk = WalkCalibrationFile(path);
     RefuseForeignFile(path, walk);
     if (!walk.Whole())
-        throw TToolError(path, "does not load whole, so it is not changed (" + walk.Complaint() + ")");
+        throw TToolError(path, "does not load whole (" + walk.Complaint() +
+                                   "); 'qxbackground import --salvage' takes out of it what is whole");
     return walk;
 }
 

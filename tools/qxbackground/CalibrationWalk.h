@@ -44,7 +44,8 @@ TCalibrationWalk WalkCalibrationFile(const std::string& path);
 // Throws TToolError when the file is something else altogether, and says what.
 void RefuseForeignFile(const std::string& path, const TCalibrationWalk& walk);
 
-// Before a file is changed: throws TToolError when it does not load whole, because saving would drop what was skipped.
+// Throws TToolError when the file does not load whole: the library would skip what it cannot read, and a save would
+// then drop it.
 TCalibrationWalk RequireWhole(const std::string& path);
 
 } // namespace workbench

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <stdexcept>
 
@@ -27,6 +28,29 @@ const char* PathType(TPathKind kind)
     default:
         return "FILE";
     }
+}
+
+std::string Short(double value)
+{
+    char text[40];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+// What the parser has to say, without the terms of its making.
+std::string Complaint(const CLI::ParseError& error)
+{
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+        return {};
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.find(" missing") != std::string::npos)
+        return text.substr(0, text.find(':')) + " needs a value behind it";
+    const std::string conversion = "Could not convert: ";
+    const std::size_t equals = text.find(" = ");
+    if (text.compare(0, conversion.size(), conversion) == 0 && equals != std::string::npos)
+        return text.substr(conversion.size(), equals - conversion.size()) + ": '" + text.substr(equals + 3) +
+               "' is not a value that it takes";
+    return text;
 }
 
 } // namespace
@@ -55,13 +79,28 @@ TOption TOption::AboveZero()
 
 TOption TOption::Between(double lowest, double highest)
 {
-    option->check(CLI::Range(lowest, highest));
+    option->check(CLI::Validator(
+        [lowest, highest](std::string& text) {
+            double value = 0;
+            if (CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest)
+                return std::string();
+            return "'" + text + "' is not a number from " + Short(lowest) + " to " + Short(highest);
+        },
+        Short(lowest) + " to " + Short(highest)));
     return *this;
 }
 
 TOption TOption::BetweenWhole(std::int64_t lowest, std::int64_t highest)
 {
-    option->check(CLI::Range(lowest, highest));
+    option->check(CLI::Validator(
+        [lowest, highest](std::string& text) {
+            std::int64_t value = 0;
+            if (CLI::detail::lexical_cast(text, value) && value >= lowest && value <= highest)
+                return std::string();
+            return "'" + text + "' is not a whole number from " + std::to_string(lowest) + " to " +
+                   std::to_string(highest);
+        },
+        std::to_string(lowest) + " to " + std::to_string(highest)));
     return *this;
 }
 
@@ -265,7 +304,7 @@ bool RunCommandLine(int argumentCount, char** arguments, const TProgramText& pro
         app.exit(asked);
         return false;
     } catch (const CLI::ParseError& error) {
-        throw TToolError(ExplainRefusal(*description, app.remaining(true), error.what()));
+        throw TToolError(ExplainRefusal(*description, app.remaining(true), Complaint(error)));
     }
 }
 

@@ -83,6 +83,8 @@ std::vector<std::string> VerbNames(const TDescribedVerb& verb)
 std::vector<std::string> OptionNames(const TDescribedVerb& verb)
 {
     std::vector<std::string> names{"--help"};
+    if (verb.parent == nullptr)
+        names.emplace_back("--version");
     for (const TDescribedOption& described : verb.options) {
         for (const std::string& name : described.option->get_lnames())
             names.push_back("--" + name);
@@ -138,9 +140,12 @@ std::string SwallowedArguments(const TDescribedVerb& verb)
             if (greedy.option->get_positional() || !greedy.many || greedy.option->count() < 2 ||
                 !greedy.option->get_allow_extra_args())
                 continue;
-            return greedy.option->get_name() + " took all " + std::to_string(greedy.option->count()) +
-                   " names that follow it, so that no " + missing.option->get_name() + " are left; give the " +
-                   missing.option->get_name() + " before " + greedy.option->get_name() + " or after another option";
+            std::string taken;
+            for (const std::string& value : greedy.option->results())
+                taken += (taken.empty() ? "" : " ") + value;
+            return greedy.option->get_name() + " has taken all that follows it (" + taken + "), so that no " +
+                   missing.option->get_name() + " are left; put the " + missing.option->get_name() + " before " +
+                   greedy.option->get_name() + " or behind another option";
         }
     }
     return {};
@@ -169,6 +174,14 @@ std::string ExplainRefusal(const TDescribedVerb& root, const std::vector<std::st
     const std::string swallowed = SwallowedArguments(verb);
     if (!swallowed.empty())
         return swallowed;
+    if (complaint.empty()) {
+        for (const TDescribedOption& missing : verb.options) {
+            const std::string name = missing.option->get_name();
+            if (missing.option->get_required() && missing.option->count() == 0)
+                return (missing.option->get_positional() ? "the argument '" + name + "'" : name) + " is missing ('" +
+                       FullName(verb) + " --help' explains it)";
+        }
+    }
     if (!unread.empty())
         return "'" + unread.front() + "' is one argument too many for '" + FullName(verb) + "'";
     return complaint;

@@ -38,7 +38,7 @@ struct TDescribedVerb {
 std::string DescriptionJson(const TDescribedVerb& root);
 
 // Why the command line made no sense: names what was misspelt and what was probably meant, as far as that can be told.
-// `unread` is what the parser could not place, `complaint` its own words.
+// `unread` is what the parser could not place, `complaint` what is wrong; empty when something is missing.
 std::string ExplainRefusal(const TDescribedVerb& root, const std::vector<std::string>& unread,
                            const std::string& complaint);
 

@@ -31,6 +31,9 @@ std::string FileKind(const std::string& path)
     bytes.resize(static_cast<std::size_t>(file.gcount()));
     if (file.eof() && bytes.empty())
         return "empty";
+    if (bytes.size() < CalibrationFormat::kSignatureLength &&
+        std::string(CalibrationFormat::kSignature).find(bytes) == 0)
+        return "a calibration file"; // cut very short
     for (const auto& known : kKinds) {
         if (bytes.compare(0, known.start.size(), known.start) == 0)
             return known.kind;

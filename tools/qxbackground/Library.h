@@ -22,8 +22,16 @@ struct TContext {
 
     QX_KRLSDK::TBackgroundCorrectionLibrary Library() const
     {
-        return QX_KRLSDK::TBackgroundCorrectionLibrary(
-            libraryPath.find('/') == std::string::npos ? libraryPath : (startFolder / libraryPath).string());
+        const std::string path =
+            libraryPath.find('/') == std::string::npos ? libraryPath : (startFolder / libraryPath).string();
+        try {
+            return QX_KRLSDK::TBackgroundCorrectionLibrary(path);
+        } catch (const std::runtime_error& error) {
+            std::string text = error.what();
+            for (std::size_t at = 0; (at = text.find(path, at)) != std::string::npos; at += libraryPath.size())
+                text.replace(at, path.size(), libraryPath);
+            throw TToolError(text);
+        }
     }
 
 private:

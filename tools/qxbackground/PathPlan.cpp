@@ -89,8 +89,11 @@ void TPathPlan::RefuseShared(const TItem& written) const
 void TPathPlan::Check(bool overwrite) const
 {
     for (const TItem& item : items) {
-        if (item.use == TPathUse::Reads)
+        if (item.use == TPathUse::Reads) {
+            if (item.path == "-" && !item.state.exists)
+                throw TToolError("'-': the standard input is not read; give a file name");
             continue;
+        }
         std::error_code error;
         if (item.path == "-" || !item.folderMayBeMissing || fs::exists(item.target.parent_path(), error))
             RefuseUnwritable(item.path);

@@ -104,12 +104,12 @@ fs::path HiddenBeside(const fs::path& target, const std::string& suffix)
 
 fs::path LockFileOf(const fs::path& target)
 {
-    return HiddenBeside(fs::canonical(FolderOf(target)) / target.filename(), ".lock");
+    return HiddenBeside(fs::canonical(FolderOf(target)) / target.filename(), ".qxbackground-lock");
 }
 
 fs::path WorkNameFor(const fs::path& target)
 {
-    return TFileLock::Holds(LockFileOf(target)) ? HiddenBeside(target, ".new") : UnusedNameBeside(target);
+    return TFileLock::Holds(LockFileOf(target)) ? HiddenBeside(target, ".qxbackground-new") : UnusedNameBeside(target);
 }
 
 namespace {

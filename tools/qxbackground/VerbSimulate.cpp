@@ -75,6 +75,8 @@ std::string PathOf(const TOptions& options, const std::string& name)
 
 void AddFiles(const TOptions& options, const std::string& option, TPathPlan& plan)
 {
+    if (options.folder == "-")
+        RefuseUnwritable(options.folder);
     std::set<std::string> names{kDescriptionName};
     for (const double exposure : options.exposures) {
         for (const TSimulatedFile& file : FilesOf(options, exposure)) {

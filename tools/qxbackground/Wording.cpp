@@ -32,6 +32,13 @@ std::size_t Distance(const std::string& one, const std::string& other)
     return last[other.size()];
 }
 
+// "stats" and "statistics", "--output-file" and "--output".
+bool SharedBeginning(const std::string& word, const std::string& name)
+{
+    const std::size_t enough = name.compare(0, 2, "--") == 0 ? 6 : 4;
+    return word.size() >= enough && word.compare(0, enough, name, 0, enough) == 0;
+}
+
 } // namespace
 
 std::string Counted(std::uint64_t count, const std::string& noun)
@@ -46,8 +53,10 @@ std::string Nearest(const std::string& word, const std::vector<std::string>& nam
     for (const std::string& name : names) {
         // A beginning counts as one slip, however much of the name is missing.
         const bool begins = word.size() >= 2 && name.compare(0, word.size(), word) == 0;
-        const std::size_t distance = begins ? 1 : Distance(word, name);
-        const std::size_t allowed = std::max<std::size_t>(1, name.size() / 3);
+        const std::size_t distance =
+            begins ? 1
+                   : std::min(Distance(word, name), SharedBeginning(word, name) ? std::size_t{2} : std::string::npos);
+        const std::size_t allowed = std::max<std::size_t>(SharedBeginning(word, name) ? 2 : 1, name.size() / 3);
         if (distance <= allowed && distance < least) {
             least = distance;
             nearest = name;

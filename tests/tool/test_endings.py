@@ -66,7 +66,7 @@ class Signals(EndingTest):
                 process = self.start({**NAMED, "QX_PAUSE_AT_FLUSH": str(self.folder / "pause")},
                                      ["build", "c.qxb", "--key", "k", "--exposure", 1, "--intensity", 1, "d.tif"])
                 support.wait_for((self.folder / "pause").exists)
-                self.assertEqual(self.left(), [".c.qxb.lock", ".c.qxb.new", "d.tif", "pause"])
+                self.assertEqual(self.left(), [".c.qxb.qxbackground-lock", ".c.qxb.qxbackground-new", "d.tif", "pause"])
                 process.send_signal(number)
                 time.sleep(0.1)  # two that come together count as one
                 process.send_signal(number)

@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What the scripts share; sourced, not run.
 
 say() { printf '\n== %s\n' "$*"; }

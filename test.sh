@@ -5,7 +5,10 @@
 #                          with its contract hosts
 #   ./test.sh PRESET ...   all tests of these presets
 set -euo pipefail
+. "$(dirname "$0")/scripts/helpers.sh"
+absolute_sample_data
 cd "$(dirname "$0")"
+note_foreign_folder
 
 quick= everything=
 presets=("$@")
@@ -20,7 +23,6 @@ jobs=$(nproc)
 step=$SECONDS
 times=()
 
-say() { printf '\n== %s\n' "$*"; }
 
 # What was done since the last call, for the table at the end.
 done_with() {
@@ -29,16 +31,23 @@ done_with() {
     step=$SECONDS
 }
 
-# Prints what failed with its output, or in a few lines that nothing did and what was skipped.
+ctest_into() {
+    local log=$1
+    shift
+    ctest "$@" >"$log" 2>&1
+}
+
+# Prints what failed with its output, or in a few lines that nothing did, and what was skipped and why.
 run_tests() {
     local preset=$1 log=build/$1/test.log
     shift
-    if ! ctest --preset "$preset" -j "$jobs" --output-on-failure --no-tests=error "$@" >"$log" 2>&1; then
+    if ! patiently "testing $preset" ctest_into "$log" --preset "$preset" -j "$jobs" --output-on-failure \
+        --no-tests=error --test-output-size-passed 65536 --output-junit "$PWD/build/$preset/junit.xml" "$@"; then
         grep -vE '^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test +#.* Passed ' "$log"
         return 1
     fi
-    grep -E '^[0-9]+% tests passed| \((Skipped|Disabled|Not Run)\)$' "$log"
-    tr -d '\r' <"build/$preset/Testing/Temporary/LastTest.log" | grep -oE '^\[  SKIPPED \] [^0-9 ][^ ,]*' | sort -u || true
+    grep -E '^[0-9]+% tests passed' "$log"
+    scripts/skipped-tests.py "build/$preset/junit.xml"
 }
 
 say "Packages"
@@ -46,7 +55,7 @@ scripts/install-deps.sh test
 done_with "packages"
 
 say "Formatting"
-git ls-files '*.cpp' '*.h' '*.hpp' | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror
+list_sources | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror
 echo "all sources are formatted"
 done_with "formatting"
 
@@ -60,13 +69,14 @@ done_with "configuring"
 for preset in "${presets[@]}"; do
     say "$preset: build"
     # Under the thread sanitizer only what runs several threads says anything new.
-    targets=(); [ "$preset" != linux-tsan ] || targets=(--target qxbc_thread_tests)
-    cmake --build --preset "$preset" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
+    targets=(); [ "$preset" != linux-tsan ] || targets=(--target qxbc_thread_tests qxbc_lock_tests)
+    patiently "building $preset" cmake --build --preset "$preset" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
     done_with "$preset: build"
 
     say "$preset: test"
     if [ "$preset" = linux-tsan ]; then
         build/linux-tsan/bin/qxbc_thread_tests --gtest_brief=1
+        build/linux-tsan/bin/qxbc_lock_tests --gtest_brief=1
     elif [ -n "$quick" ]; then
         run_tests "$preset" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|.*_find_violations|Large/)'
     else
@@ -77,7 +87,7 @@ done
 
 if [ -n "$everything" ]; then
     say "Fuzzing: build"
-    cmake --build --preset linux-fuzz -j "$jobs" -- --quiet
+    patiently "building linux-fuzz" cmake --build --preset linux-fuzz -j "$jobs" -- --quiet
     done_with "fuzzing: build"
     say "Fuzzing for two minutes"
     scripts/fuzz.sh 2

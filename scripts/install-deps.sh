@@ -20,10 +20,33 @@ for package in "${packages[@]}"; do
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
 
-echo "Installing ${#missing[@]} packages: ${missing[*]}"
-sudo=; [ "$(id -u)" = 0 ] || sudo=sudo
+list="${missing[*]}"
+stop() {
+    echo "$1" >&2
+    exit 1
+}
+command -v apt-get >/dev/null ||
+    stop "There is no apt-get here; install what these Debian packages hold, and try again: $list"
+sudo=
+if [ "$(id -u)" != 0 ]; then
+    command -v sudo >/dev/null ||
+        stop "There is no sudo here; let an administrator run, and try again: apt-get install --no-install-recommends $list"
+    sudo=sudo
+    # Without a terminal nobody can be asked for the password.
+    [ -t 0 ] || sudo -n true 2>/dev/null ||
+        stop "sudo wants a password; run, and try again: sudo apt-get install --no-install-recommends $list"
+fi
+
+. "$(dirname "$0")/helpers.sh"
+echo "Installing ${#missing[@]} packages (a minute or several): $list"
 export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get install -y --no-install-recommends "${missing[@]}" >/dev/null 2>&1 && exit 0
-# The package lists may be missing or old: fetch them and say what goes wrong this time.
-$sudo apt-get update -q
-$sudo apt-get install -y --no-install-recommends "${missing[@]}"
+[ -z "$sudo" ] || sudo -v
+aptlog=$(mktemp)
+trap 'rm -f "$aptlog"' EXIT
+install() { $sudo apt-get install -y --no-install-recommends "${missing[@]}" >"$aptlog" 2>&1; }
+# The package lists may be missing or old: then they are fetched. Without a network apt tells that for each of them.
+update() { $sudo apt-get update -q -o Acquire::Retries=0 -o Acquire::http::Timeout=20 >"$aptlog" 2>&1; }
+patiently "installing packages" install && exit 0
+patiently "fetching package lists" update || true
+patiently "installing packages" install && exit 0
+stop "apt-get could not install $list ($(grep -m 1 '^E:' "$aptlog" || echo "it does not say why")); is there a network?"

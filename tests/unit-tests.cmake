@@ -51,13 +51,8 @@ else()
   # few systems have them installed. Where that is not possible the tests concerned skip.
   find_program(QXBC_LOCALEDEF localedef)
   set(locales "${CMAKE_CURRENT_BINARY_DIR}/locale")
-  foreach(charset UTF-8 ISO-8859-1)
-    if(QXBC_LOCALEDEF AND NOT EXISTS "${locales}/de_DE.${charset}")
-      file(MAKE_DIRECTORY "${locales}")
-      execute_process(COMMAND "${QXBC_LOCALEDEF}" -i de_DE -f ${charset} "${locales}/de_DE.${charset}"
-        OUTPUT_QUIET ERROR_QUIET)
-    endif()
-  endforeach()
+  include("${CMAKE_CURRENT_SOURCE_DIR}/make-locales.cmake")
+  qxbc_make_locales("${QXBC_LOCALEDEF}" "${locales}")
 
   qxbc_discover_suites(qxbc_unit_tests
     ENVIRONMENT "LOCPATH=${locales}"

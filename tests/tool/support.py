@@ -1,10 +1,12 @@
 """What the tests of the workbench share: running programs, and TIFF files written and read without the workbench."""
+import hashlib
 import os
 import shutil
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
@@ -17,7 +19,8 @@ SOURCE = Path(os.environ["QX_SOURCE_DIR"])
 
 def real_frames():
     """The folder of small real frames, or None."""
-    data = Path(os.environ.get("QX_SAMPLE_DATA", SOURCE.parent / "shared" / "data"))
+    # A relative path is one from the checkout; the tests run somewhere below the build folder.
+    data = SOURCE / os.environ.get("QX_SAMPLE_DATA", SOURCE.parent / "shared" / "data")
     folder = data / "darks-sbig-st10" / "crop512"
     return folder if folder.is_dir() else None
 
@@ -73,6 +76,26 @@ def read_tiff(path):
     return pages
 
 
+def wait_for(condition, seconds=60):
+    deadline = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < deadline, "what the test waits for does not come"
+        time.sleep(0.001)
+
+
+def works_on_a_file(process):
+    """Whether a workbench has begun its output: a file without a name, or a hidden one, in its folder."""
+    if process.poll() is not None:
+        raise AssertionError("the workbench ended before the test could get at it")
+    folder = Path(f"/proc/{process.pid}/fd")
+    try:
+        opened = [os.readlink(entry) for entry in folder.iterdir()]
+    except OSError:  # closed while being looked at
+        return False
+    # .../#12345 (deleted) without a name
+    return any((name.endswith("(deleted)") and "/qxtool" in name) or "/.qxbackground-" in name for name in opened)
+
+
 class ToolTest(unittest.TestCase):
     """A folder of its own for every test, and the workbench run in it."""
 
@@ -103,7 +126,9 @@ class ToolTest(unittest.TestCase):
         return result.stderr
 
     def contents(self):
-        return {str(p.relative_to(self.folder)): p.read_bytes() for p in self.folder.rglob("*") if p.is_file()}
+        """A digest of every file: unittest takes minutes to show where two libraries differ."""
+        return {str(p.relative_to(self.folder)): hashlib.sha256(p.read_bytes()).hexdigest()
+                for p in self.folder.rglob("*") if p.is_file()}
 
     def images(self, count, width, height, low=0, high=65536):
         return [self.random.integers(low, high, (height, width)).astype(np.uint16) for _ in range(count)]
@@ -142,6 +167,8 @@ class ToolTest(unittest.TestCase):
 def main():
     program = unittest.main(exit=False, verbosity=1)
     result = program.result
+    for test, reason in result.skipped:  # for the summary of the test run
+        print(f"skipped: {reason} [{test}]" if result.testsRun != len(result.skipped) else "")
     if result.wasSuccessful() and result.testsRun and len(result.skipped) == result.testsRun:
         print("skipped: " + result.skipped[0][1])
         sys.exit(77)

@@ -28,7 +28,7 @@ class CorrectedPixels(ToolTest):
                 self.write("d.tif", darks)
                 self.write("i.tif", images)
                 self.tool("correct", "--dark", "d.tif", *conditions((0.5, 80), (1.3, 60)), "--level", 71, "i.tif",
-                          "-o", "o.tif")
+                          "-o", "o.tif", "--overwrite")
                 self.assert_same_pages(self.read("o.tif"),
                                        self.library_corrects(darks, (0.5, 80), images, (1.3, 60), 71))
 
@@ -55,7 +55,7 @@ class CorrectedPixels(ToolTest):
         old = self.folder / "o.tif"
         old.write_bytes(b"old")
         old.chmod(0o640)
-        self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif")
+        self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif", "--overwrite")
         self.assertEqual(len(self.read("o.tif")), 1)
         self.assertEqual(old.stat().st_mode & 0o777, 0o640)
         self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["d.tif", "i.tif", "o.tif"])
@@ -65,7 +65,7 @@ class CorrectedPixels(ToolTest):
         self.write("i.tif", self.images(1, 4, 4))
         (self.folder / "real.tif").write_bytes(b"old")
         (self.folder / "link.tif").symlink_to("real.tif")
-        self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "link.tif")
+        self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "link.tif", "--overwrite")
         self.assertTrue((self.folder / "link.tif").is_symlink())
         self.assertEqual(len(self.read("real.tif")), 1)
 
@@ -137,7 +137,7 @@ class Statistics(ToolTest):
                 images = self.images(3, width, height)
                 self.write("i.tif", images)
                 report = json.loads(self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif",
-                                              "--json"))
+                                              "--json", "--overwrite"))
                 self.assertEqual(report["pages"], 3)
                 for name, pages in [("before", images), ("after", self.read("o.tif"))]:
                     for key, value in self.expected(pages).items():
@@ -189,7 +189,7 @@ class Refusals(ToolTest):
                      "i.tif", "-o", "o.tif", says=["--intensity"])
         self.refused("correct", "--dark", "d.tif", *conditions(), "i.tif", says=["--output"])
         self.refused("correct", *conditions(), "i.tif", "-o", "o.tif", says=["--dark"])
-        self.refused("nosuchverb", says=["subcommand"])
+        self.refused("nosuchverb", says=["'nosuchverb' is no verb"])
 
     def test_values_that_are_no_positive_numbers(self):
         for bad in ("0", "-1", "nan", "inf", "x", "1e60", "1e-60"):
@@ -253,9 +253,9 @@ class Refusals(ToolTest):
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (100_000, 100_000))
         result = self.run_tool("correct", "--dark", "dark.tif", *conditions(), "big.tif", "-o", "o.tif",
-                               preexec_fn=limit)
+                               "--overwrite", preexec_fn=limit)
         self.assertEqual(result.returncode, 2, result.stderr)
-        self.assertIn("o.tif: page 2:", result.stderr)
+        self.assertIn("o.tif: page 2: cannot be written: File too large", result.stderr)
         self.assertEqual((self.folder / "o.tif").read_bytes(), b"old")
         self.assertEqual(len(list(self.folder.iterdir())), 5)
 
@@ -287,19 +287,9 @@ class AtTheTerminal(ToolTest):
         self.assertIn(b"Correcting [", drawn)
         self.assertIn(b"100 %", drawn)
         self.assertTrue(drawn.endswith(b"\x1b[K"), "the bar is wiped at the end")
+        (self.folder / "o.tif").unlink()
         process = self.start(stderr=subprocess.PIPE)
         self.assertEqual(process.communicate()[1], b"")
-
-    def test_an_interrupted_run_leaves_nothing_behind(self):
-        process = self.start(stderr=subprocess.PIPE)
-        deadline = time.monotonic() + 60
-        while not list(self.folder.glob(".qxbackground-*")) and time.monotonic() < deadline:
-            time.sleep(0.001)
-        process.send_signal(signal.SIGTERM)
-        error = process.communicate()[1].decode()
-        self.assertEqual(process.returncode, 2)
-        self.assertIn("interrupted", error)
-        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["d.tif", "i.tif"])
 
 
 class Memory(ToolTest):
@@ -318,7 +308,7 @@ class Memory(ToolTest):
         self.write("few.tif", page * 4)
         self.write("many.tif", page * 400)  # 50 MB
         few = self.peak_kilobytes("correct", "--dark", "d.tif", *conditions(), "few.tif", "-o", "o.tif")
-        many = self.peak_kilobytes("correct", "--dark", "d.tif", *conditions(), "many.tif", "-o", "o.tif")
+        many = self.peak_kilobytes("correct", "--dark", "d.tif", *conditions(), "many.tif", "-o", "o.tif", "--overwrite")
         print(f"peak memory: 4 pages {few} kB, 400 pages {many} kB")
         self.assertEqual(len(self.read("o.tif")), 400)
         self.assertLess(many, few + 6000)

@@ -20,7 +20,7 @@ class RealFrames(ToolTest):
 
     def correct(self, darks, images, exposure, *more):
         return self.tool("correct", "--dark", *darks, "--dark-exposure", 60, "--dark-intensity", 100, "--exposure",
-                         exposure, "--intensity", 100, *images, "-o", "o.tif", "--json", *more)
+                         exposure, "--intensity", 100, *images, "-o", "o.tif", "--overwrite", "--json", *more)
 
     def pages(self, paths):
         return [support.read_tiff(path)[0] for path in paths]

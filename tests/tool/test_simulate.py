@@ -101,7 +101,7 @@ class Refusals(ToolTest):
 
     def test_of_a_folder_that_is_a_file(self):
         (self.folder / "s").write_text("a file")
-        self.refused("simulate", "-o", "s", says=["s: "])
+        self.refused("simulate", "-o", "s", says=["s: is not a folder"])
 
 
 if __name__ == "__main__":

@@ -58,7 +58,7 @@ class Groups(StoreTest):
         self.write("i.tif", image)
         for base, groups in (("s", GROUPS), ("s_A_300_B_x", ())):
             self.tool("store", "apply", base, *groups, "--key", "A,200,B,x",
-                      "--exposure", 2, "--intensity", 50, "--level", 50, "i.tif", "-o", "o.tif")
+                      "--exposure", 2, "--intensity", 50, "--level", 50, "i.tif", "-o", "o.tif", "--overwrite")
             self.assert_same_pages(self.read("o.tif"), [np.maximum(p.astype(int) - 100, 0) for p in image])
 
     def test_folders_with_awkward_names(self):
@@ -119,7 +119,8 @@ class Copy(StoreTest):
 
     def test_replaces_a_store_of_that_name_and_says_what_goes(self):
         self.add("A,9,B,9", "t")
-        self.assertIn("t_A_9_B_9", self.copy("t"))
+        self.refused("store", "copy", "s", "t", *GROUPS, says=["t: there is a store of that name", "--overwrite"])
+        self.assertIn("t_A_9_B_9", self.copy("t", "--overwrite"))
         self.assertEqual(sorted(self.listed("t")), ["t_A_1_B_1", "t_A_1_B_2", "t_A_2_B_1"])
 
     def test_refuses_to_remove_files_of_another_store_without_force(self):
@@ -198,7 +199,7 @@ class Refusals(StoreTest):
     def test_a_damaged_group_is_named_and_not_changed(self):
         path = self.folder / "s_A_1_B_2"
         path.write_bytes(path.read_bytes()[:-3])
-        self.refuse_add(["s_A_1_B_2", "not changed"], key="A,1,B,2,x")
+        self.refuse_add(["s_A_1_B_2", "does not load whole"], key="A,1,B,2,x")
         self.refused("store", "list", "s", *GROUPS, says=["s"])
         self.refused("store", "copy", "s", "t", *GROUPS, says=["s_A_1_B_2"])
         self.refused("store", "apply", "s", *GROUPS, "--key", "A,1,B,2", "--exposure", 1, "--intensity", 1, "d.tif", "-o",

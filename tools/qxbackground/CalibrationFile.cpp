@@ -1,37 +1,45 @@
 #include "CalibrationFile.h"
 
-#include "CalibrationWalk.h"
 #include "Progress.h"
 #include "ReplacedFile.h"
+#include "SteadyRead.h"
 
 #include "file/CalibrationFormat.h"
 
 namespace workbench {
 
-void RefuseGroupFile(const std::string& path, std::uint32_t structureVersion)
+void RefuseOtherFiles(const std::string& path, const TCalibrationWalk& walk)
 {
-    if (structureVersion == CalibrationFormat::kGroupedVersion)
+    RefuseForeignFile(path, walk);
+    if (walk.structureVersion == CalibrationFormat::kGroupedVersion)
         throw TToolError(path, "belongs to an offline store (structure version 2); use 'qxbackground store'");
 }
 
 void LoadWhole(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path)
 {
-    // The library skips what it cannot read and may still call the load a success; here that would lose corrections.
-    const TCalibrationWalk walk = RequireWhole(path);
-    RefuseGroupFile(path, walk.structureVersion);
-    Call(path, [&] { object.Load(path); });
-    if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
-        throw TToolError(path, "changed while it was being read");
+    ReadFileSteadily(path, [&] {
+        // The library skips what it cannot read and may still call the load a success; here that would lose
+        // corrections.
+        const TCalibrationWalk walk = RequireWhole(path);
+        RefuseOtherFiles(path, walk);
+        Call(path, [&] { object.Load(path); });
+        if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
+            throw TToolError(path, "changed while it was being read");
+    });
     ThrowIfInterrupted();
 }
 
-void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path)
+void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path, const TFileState& before)
 {
-    TReplacedFile replaced(path);
-    const std::string temporary = replaced.Temporary().string();
-    Call(path, [&] { object.Save(temporary); });
+    TReplacedFile replaced(path, before);
+    try {
+        object.Save(replaced.Temporary());
+    } catch (const QX_KRLSDK::TBackgroundCorrectionError& error) {
+        throw TToolError(path, "cannot be written: " + replaced.Reason(error.what()) +
+                                   (before.exists ? "; the old file is unchanged" : ""));
+    }
     ThrowIfInterrupted();
-    const TCalibrationWalk walk = WalkCalibrationFile(temporary);
+    const TCalibrationWalk walk = WalkCalibrationFile(replaced.Temporary());
     if (!walk.Whole() || walk.corrections.size() != object.Get().GetNumberOfCorrections())
         throw TToolError(path, "was not written correctly (" + walk.Complaint() + "); the old file is unchanged");
     replaced.Commit();

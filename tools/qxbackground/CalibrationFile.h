@@ -1,7 +1,9 @@
 #ifndef QXBACKGROUND_CALIBRATIONFILE_H
 #define QXBACKGROUND_CALIBRATIONFILE_H
 
+#include "CalibrationWalk.h"
 #include "Library.h"
+#include "platform/Files.h"
 
 #include <string>
 
@@ -12,10 +14,12 @@ namespace workbench {
 void LoadWhole(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path);
 
 // Saves all corrections of `object` beside `path`, checks what was written, and only then takes the old file's place.
-void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path);
+// Throws TToolError when that file is no longer as it was `before`, when its content was read.
+void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path, const TFileState& before);
 
-// Throws TToolError when `path` is a group file of an offline store, which the verbs of single files leave alone.
-void RefuseGroupFile(const std::string& path, std::uint32_t structureVersion);
+// Throws TToolError when `path` is no calibration file at all, or a group file of an offline store, which the verbs of
+// single files leave alone.
+void RefuseOtherFiles(const std::string& path, const TCalibrationWalk& walk);
 
 // A text with everything that is not printable shown as '?'.
 std::string Printable(std::string text);

@@ -1,10 +1,13 @@
 #include "CalibrationWalk.h"
 
+#include "FileKind.h"
 #include "ToolError.h"
+#include "Wording.h"
 
 #include "file/CalibrationFormat.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -89,13 +92,15 @@ TWalker::TWalker(const std::string& path)
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status))
-        throw TToolError(path, "does not exist");
+        throw TToolError(path, error && error != std::errc::no_such_file_or_directory
+                                   ? "cannot be opened: " + error.message()
+                                   : "does not exist");
     if (!std::filesystem::is_regular_file(status))
         throw TToolError(path, "is not a regular file");
     walk.fileBytes = std::filesystem::file_size(path, error);
     file.open(path, std::ios::binary);
     if (!file || error)
-        throw TToolError(path, "cannot be opened");
+        throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
 }
 
 void TWalker::Depart(std::uint64_t offset, const std::string& what)
@@ -260,6 +265,7 @@ void TWalker::ReadCorrections()
 {
     const std::uint64_t offset = position;
     const std::uint32_t count = ReadNumber(format::kCorrectionCount, "the number of corrections");
+    walk.announced = count;
     if (count > 0x7FFFFFFFu) // read as a negative number, which loads as an empty list
         Depart(offset + format::kRecordHeaderLength, "the number of corrections is negative");
     const std::uint64_t room = (walk.fileBytes - position) / kSmallestCorrection;
@@ -274,7 +280,8 @@ void TWalker::ReadCorrections()
         ReadCorrection(left);
     }
     if (position < walk.fileBytes)
-        Depart(position, Number(walk.fileBytes - position) + " bytes follow the last correction");
+        Depart(position, Counted(walk.fileBytes - position, "byte") +
+                             (walk.fileBytes - position == 1 ? " follows" : " follow") + " the last correction");
 }
 
 TCalibrationWalk TWalker::Run()
@@ -314,11 +321,24 @@ TCalibrationWalk WalkCalibrationFile(const std::string& path)
     return TWalker(path).Run();
 }
 
+void RefuseForeignFile(const std::string& path, const TCalibrationWalk& walk)
+{
+    if (walk.structureVersion != 0)
+        return;
+    const std::string kind = FileKind(path);
+    if (!kind.empty() && kind != "a calibration file")
+        throw TToolError(path, "is " + kind + ", not a calibration file");
+    if (kind.empty())
+        throw TToolError(path, "is not a calibration file (" + walk.Complaint() + ")");
+}
+
 TCalibrationWalk RequireWhole(const std::string& path)
 {
     TCalibrationWalk walk = WalkCalibrationFile(path);
+    RefuseForeignFile(path, walk);
     if (!walk.Whole())
-        throw TToolError(path, "does not load whole, so it is not changed (" + walk.Complaint() + ")");
+        throw TToolError(path, "does not load whole (" + walk.Complaint() +
+                                   "); 'qxbackground import --salvage' takes out of it what is whole");
     return walk;
 }
 

@@ -26,9 +26,10 @@ struct TDeparture {
 // What a calibration file holds, record by record, found without the library and without reading pixels.
 struct TCalibrationWalk {
     std::uint64_t fileBytes = 0;
-    std::uint32_t structureVersion = 0;
+    std::uint32_t structureVersion = 0; // 0: not even that could be read
     std::vector<std::string> groupingNames;
     std::vector<TStoredCorrection> corrections; // those whose records are all there
+    std::uint32_t announced = 0;                // how many there should be, by the file's own words
     std::vector<TDeparture> departures;         // empty: the file loads whole
 
     bool Whole() const { return departures.empty(); }
@@ -40,7 +41,11 @@ struct TCalibrationWalk {
 // Throws TToolError only when the file cannot be read at all.
 TCalibrationWalk WalkCalibrationFile(const std::string& path);
 
-// Before a file is changed: throws TToolError when it does not load whole, because saving would drop what was skipped.
+// Throws TToolError when the file is something else altogether, and says what.
+void RefuseForeignFile(const std::string& path, const TCalibrationWalk& walk);
+
+// Throws TToolError when the file does not load whole: the library would skip what it cannot read, and a save would
+// then drop it.
 TCalibrationWalk RequireWhole(const std::string& path);
 
 } // namespace workbench

@@ -5,6 +5,7 @@
 #include "Progress.h"
 #include "Statistics.h"
 #include "TiffImage.h"
+#include "Wording.h"
 
 #include <nlohmann/json.hpp>
 
@@ -57,6 +58,11 @@ std::uint64_t CountPages(const std::vector<std::string>& inputs, const TSize& wa
     return pages;
 }
 
+TExisting ExistingFor(const TCorrectOptions& options)
+{
+    return options.overwrite ? TExisting::Replaced : TExisting::Refused;
+}
+
 struct TRun {
     std::uint64_t pages = 0;
     TSeriesStatistics before, background, after;
@@ -65,7 +71,7 @@ struct TRun {
 
 void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options, const TSize& size, TRun& run)
 {
-    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2);
+    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2, ExistingFor(options));
     TProgress progress("Correcting", run.pages);
     const auto length = static_cast<int>(size.Pixels());
     TImage image;
@@ -119,7 +125,8 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
 
     std::vector<std::string> legend;
     if (!options.picture.empty())
-        WritePng(options.picture, SideBySide({&run.firstBefore, &run.scaledBackground, &run.firstAfter}, legend));
+        WritePng(options.picture, SideBySide({&run.firstBefore, &run.scaledBackground, &run.firstAfter}, legend),
+                 ExistingFor(options));
 
     if (options.json) {
         nlohmann::json report{{"output", options.output}, {"pages", run.pages}};
@@ -131,9 +138,9 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
         std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
         return;
     }
-    std::cout << "Corrected " << run.pages << (run.pages == 1 ? " page" : " pages") << " of " << size.Text()
-              << " pixels (" << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << what
-              << ": " << options.output << '\n';
+    std::cout << "Corrected " << Counted(run.pages, "page") << " of " << size.Text() << " pixels ("
+              << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << what << ": "
+              << options.output << '\n';
     if (!options.noStatistics)
         std::cout << StatisticsTable({"before", "background", "after"}, {&run.before, &run.background, &run.after});
     if (!options.picture.empty()) {

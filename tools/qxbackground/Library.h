@@ -5,7 +5,9 @@
 
 #include "QX_BackgroundCorrection.hpp"
 
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace workbench {
 
@@ -15,9 +17,28 @@ struct TContext {
     int status = 0;
     std::string libraryPath = QX_KRLSDK::TBackgroundCorrectionLibrary::DefaultName();
 
+    // The verbs over stores work in other folders; a relative path means the one that the program was started in.
+    std::filesystem::path startFolder = StartFolder();
+
     QX_KRLSDK::TBackgroundCorrectionLibrary Library() const
     {
-        return QX_KRLSDK::TBackgroundCorrectionLibrary(libraryPath);
+        const std::string path =
+            libraryPath.find('/') == std::string::npos ? libraryPath : (startFolder / libraryPath).string();
+        try {
+            return QX_KRLSDK::TBackgroundCorrectionLibrary(path);
+        } catch (const std::runtime_error& error) {
+            std::string text = error.what();
+            for (std::size_t at = 0; (at = text.find(path, at)) != std::string::npos; at += libraryPath.size())
+                text.replace(at, path.size(), libraryPath);
+            throw TToolError(text);
+        }
+    }
+
+private:
+    static std::filesystem::path StartFolder()
+    {
+        std::error_code ignored; // a folder that is gone: then nothing relative can be found there either
+        return std::filesystem::current_path(ignored);
     }
 };
 

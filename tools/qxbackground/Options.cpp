@@ -3,8 +3,6 @@
 #include "ToolError.h"
 
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
 
 namespace workbench {
 
@@ -45,21 +43,16 @@ void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options)
                 "Part of the dark frames that the images show: left,top,width,height in pixels "
                 "(default: all of it). Images must have exactly this size");
     verb.Option("images", options.inputs, "Images to correct: 16-bit grayscale TIFF; every page is corrected")
-        .Required();
-    verb.Option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF").Required();
+        .Required()
+        .Reads(TPathKind::Image);
+    verb.Option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF")
+        .Required()
+        .Creates(TPathKind::Image, options.overwrite);
     verb.Option("--picture", options.picture,
-                "Also write a PNG of the first page: before, background and after side by side");
+                "Also write a PNG of the first page: before, background and after side by side")
+        .Creates(TPathKind::Picture, options.overwrite);
     verb.Flag("--json", options.json, "Print the statistics as JSON");
     verb.Flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
-}
-
-void RefuseSameFile(const std::string& output, const std::vector<std::string>& inputs)
-{
-    std::error_code ignored;
-    for (const std::string& input : inputs) {
-        if (std::filesystem::equivalent(output, input, ignored))
-            throw TToolError(output, "is an input as well; choose another name for the output");
-    }
 }
 
 void CheckKey(const std::string& key)

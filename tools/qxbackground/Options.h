@@ -28,13 +28,11 @@ struct TCorrectOptions {
     std::vector<std::string> inputs;
     std::string output;
     std::string picture;
+    bool overwrite = false;
     bool json = false;
     bool noStatistics = false;
 };
 void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options);
-
-// Throws TToolError when `output` is also one of `inputs`: a slip on the command line must not cost a measurement.
-void RefuseSameFile(const std::string& output, const std::vector<std::string>& inputs);
 
 // Throws TToolError when the key is empty or so long that the library's files would cut it.
 void CheckKey(const std::string& key);

@@ -1,6 +1,8 @@
 #ifndef QXBACKGROUND_PNGIMAGE_H
 #define QXBACKGROUND_PNGIMAGE_H
 
+#include "ReplacedFile.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -15,7 +17,7 @@ struct TPicture {
 };
 
 // Writes a PNG file, whole or not at all. Throws TToolError.
-void WritePng(const std::string& path, const TPicture& picture);
+void WritePng(const std::string& path, const TPicture& picture, TExisting existing);
 
 } // namespace workbench
 

@@ -1,9 +1,9 @@
 #include "Progress.h"
 
 #include "ToolError.h"
+#include "platform/Interrupts.h"
 #include "platform/Terminal.h"
 
-#include <csignal>
 #include <cstdio>
 
 namespace workbench {
@@ -12,26 +12,12 @@ namespace {
 
 constexpr int kBarCharacters = 40;
 
-volatile std::sig_atomic_t interrupted = 0;
-
-extern "C" void NoteInterrupt(int signal)
-{
-    interrupted = 1;
-    std::signal(signal, SIG_DFL);
-}
-
 } // namespace
-
-void CatchInterrupts()
-{
-    std::signal(SIGINT, NoteInterrupt);
-    std::signal(SIGTERM, NoteInterrupt);
-}
 
 void ThrowIfInterrupted()
 {
-    if (interrupted != 0)
-        throw TToolError("interrupted; nothing was written");
+    if (Interrupted())
+        throw TToolError("interrupted; no unfinished file was left");
 }
 
 TProgress::TProgress(const std::string& text, std::uint64_t steps)

@@ -25,8 +25,7 @@ private:
     int drawnPercent = -1;
 };
 
-// Lets a first Ctrl-C (or termination request) end the work at its next step; a second one ends the process at once.
-void CatchInterrupts();
+// Throws TToolError when the user asked to stop.
 void ThrowIfInterrupted();
 
 } // namespace workbench

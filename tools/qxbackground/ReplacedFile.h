@@ -1,33 +1,60 @@
 #ifndef QXBACKGROUND_REPLACEDFILE_H
 #define QXBACKGROUND_REPLACEDFILE_H
 
+#include "platform/Files.h"
+
 #include <filesystem>
 #include <string>
 
 namespace workbench {
 
-// A file that appears whole or not at all: it is written under another name in the same folder and renamed by Commit.
-// Until then an older file of the final name is untouched; without Commit the temporary file is removed again.
+// What becomes of a file that has the name already.
+enum class TExisting { Refused, Replaced };
+
+// Where a path leads to that is to be written: behind links, also behind one whose file is not there yet.
+std::filesystem::path TargetOf(const std::string& name);
+
+// Throws TToolError when `name` cannot be written whatever its content: no file name, a folder or a device, in a folder
+// that is not there, or protected against writing.
+void RefuseUnwritable(const std::string& name);
+void RefuseWriteProtected(const std::filesystem::path& file, const std::string& name);
+
+// A hidden name beside `target` that stands for it: ".NAME" and the suffix, shortened where that gets too long.
+std::filesystem::path HiddenBeside(const std::filesystem::path& target, const std::string& suffix);
+
+// The lock of whoever changes `target`, see TFileLock.
+std::filesystem::path LockFileOf(const std::filesystem::path& target);
+
+// Where something is made that takes the place of `target`: always the same name when this process holds the lock of
+// `target`, so that the leavings of a killed process do not pile up, otherwise one that no file has.
+std::filesystem::path WorkNameFor(const std::filesystem::path& target);
+
+// A file that appears whole or not at all: Commit gives it its name. Until then an older file of that name is
+// untouched; without Commit nothing is left.
 class TReplacedFile {
 public:
-    // Throws TToolError when the folder is missing or `target` exists and is no regular file.
-    explicit TReplacedFile(const std::filesystem::path& target);
-    ~TReplacedFile();
+    // Throws TToolError, see RefuseUnwritable.
+    TReplacedFile(const std::string& name, TExisting existing);
+    // For a file that was read and is changed: Commit refuses when it is no longer as it was `before`.
+    TReplacedFile(const std::string& name, const TFileState& before);
     TReplacedFile(const TReplacedFile&) = delete;
     TReplacedFile& operator=(const TReplacedFile&) = delete;
 
-    const std::filesystem::path& Temporary() const { return temporary; }
+    const std::string& Temporary() const { return file.Path(); }
+    // Why writing to it failed, from the system where the system has a reason, otherwise `what`.
+    std::string Reason(const std::string& what) const;
+    // `text` with the user's name for the file in place of its temporary one.
+    std::string Named(std::string text) const;
     void Commit();
 
 private:
     std::string name; // as the user wrote it, for messages
     std::filesystem::path target;
-    std::filesystem::path temporary;
-    bool committed = false;
+    TExisting existing;
+    bool changes = false;
+    TFileState before;
+    TNewFile file;
 };
-
-// A name in `folder` that no file has, beginning with a dot so that no store's naming rule can claim it.
-std::filesystem::path UnusedName(const std::filesystem::path& folder);
 
 } // namespace workbench
 

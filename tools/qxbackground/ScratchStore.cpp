@@ -3,7 +3,9 @@
 #include "CalibrationWalk.h"
 #include "Progress.h"
 #include "ReplacedFile.h"
+#include "Wording.h"
 
+#include <algorithm>
 #include <system_error>
 
 namespace workbench {
@@ -11,25 +13,32 @@ namespace workbench {
 namespace fs = std::filesystem;
 
 TScratchStore::TScratchStore(const TStorePlace& where, const std::vector<std::string>& files)
-    : place(where), folder(UnusedName(fs::absolute(where.Folder())))
+    : place(where), folder(WorkNameFor(fs::absolute(where.Folder()) / where.base))
 {
     if (place.base.find("_" + place.names.front() + "_") != std::string::npos)
         throw TToolError(place.Text(), "a base name with _" + place.names.front() +
                                            "_ in it could not be found again from its group files");
     std::error_code error;
     for (const std::string& file : files) {
-        if (fs::exists(place.PathOf(file), error))
-            RequireWhole(place.PathOf(file).string());
+        const fs::path path = place.PathOf(file);
+        before.emplace_back(file, StateOf(path));
+        if (!before.back().second.exists)
+            continue;
+        RequireWhole(path.string());
+        RefuseWriteProtected(path, path.string());
     }
+    fs::remove_all(folder, error); // what a killed process left
     if (!fs::create_directory(folder, error))
         throw TToolError(place.Text(), "its folder cannot be written to: " + error.message());
-    for (const std::string& file : files) {
-        if (!fs::exists(place.PathOf(file), error))
+    for (const auto& [file, state] : before) {
+        if (!state.exists)
             continue;
         if (!fs::copy_file(place.PathOf(file), folder / file, error)) {
+            const std::string reason = Reason(error.message()); // the copy's own reason is "Input/output error"
             std::error_code ignored;
             fs::remove_all(folder, ignored); // no destructor runs for an object that was never finished
-            throw TToolError(place.PathOf(file).string(), "cannot be copied: " + error.message());
+            throw TToolError(place.PathOf(file).string(),
+                             "cannot be copied beside itself: " + reason + "; the store is unchanged");
         }
         copied = true;
     }
@@ -49,9 +58,28 @@ QX_KRLSDK::TBackgroundCorrection TScratchStore::Open(const TContext& context) co
     return object;
 }
 
+void TScratchStore::Save(const std::function<void()>& save) const
+{
+    try {
+        save();
+    } catch (const QX_KRLSDK::TBackgroundCorrectionError& error) {
+        throw TToolError(place.Text(), "cannot be written: " + Reason(error.what()) + "; the store is unchanged");
+    }
+}
+
+std::string TScratchStore::Reason(const std::string& what) const
+{
+    try {
+        const std::error_code error = TNewFile(folder / "more").CannotGrow();
+        return error ? error.message() : what;
+    } catch (const std::system_error& error) {
+        return error.code().message();
+    }
+}
+
 void TScratchStore::SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object)
 {
-    Call(place.Text(), [&] { object.Save(place.base); });
+    Save([&] { object.Save(place.base); });
     Commit(object.Get().GetNumberOfCorrections(), {});
 }
 
@@ -64,28 +92,38 @@ void TScratchStore::Commit(std::size_t corrections, const std::vector<std::strin
         const std::string name = entry.path().filename().string();
         if (!walk.Whole())
             throw TToolError(place.PathOf(name).string(),
-                             "was not written correctly (" + walk.Complaint() + "); the store is unchanged");
+                             "cannot be written: " + Reason(walk.Complaint()) + "; the store is unchanged");
+        if (const std::error_code failed = FlushFile(entry.path()))
+            throw TToolError(place.PathOf(name).string(),
+                             "cannot be written: " + failed.message() + "; the store is unchanged");
         found += walk.corrections.size();
         written.push_back(name);
     }
     if (found != corrections)
-        throw TToolError(place.Text(), std::to_string(found) + " of " + std::to_string(corrections) +
-                                           " corrections were written; the store is unchanged");
+        throw TToolError(place.Text(), "only " + std::to_string(found) + " of " + Counted(corrections, "correction") +
+                                           " could be written: " + Reason("the library gives no reason") +
+                                           "; the store is unchanged");
     ThrowIfInterrupted();
 
     const fs::path home = fs::absolute(folder).parent_path();
-    std::error_code error;
-    for (const std::string& name : doomed) {
-        if (!fs::remove(home / name, error))
-            throw TToolError(place.PathOf(name).string(), "cannot be removed: " + error.message());
+    for (const std::string& name : doomed)
+        RefuseWriteProtected(home / name, place.PathOf(name).string());
+    for (const auto& [name, state] : before) {
+        if (StateOf(home / name) != state)
+            throw TToolError(place.PathOf(name).string(),
+                             "was changed by another process meanwhile; the store is unchanged, try again");
     }
+    // The new files first: whatever stops this half way, no correction is without a file.
+    std::error_code error;
     for (const std::string& name : written) {
-        const fs::file_status old = fs::status(home / name, error);
-        if (fs::exists(old))
-            fs::permissions(folder / name, old.permissions(), error);
+        TakeAfter(folder / name, home / name);
         fs::rename(folder / name, home / name, error);
         if (error)
             throw TToolError(place.PathOf(name).string(), "cannot be replaced: " + error.message());
+    }
+    for (const std::string& name : doomed) {
+        if (std::find(written.begin(), written.end(), name) == written.end() && !fs::remove(home / name, error))
+            throw TToolError(place.PathOf(name).string(), "cannot be removed: " + error.message());
     }
 }
 

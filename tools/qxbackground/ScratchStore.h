@@ -3,10 +3,12 @@
 
 #include "Library.h"
 #include "StorePlace.h"
+#include "platform/Files.h"
 
 #include <filesystem>
-#include <memory>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace workbench {
@@ -16,7 +18,8 @@ namespace workbench {
 // group files in place, and does not tell when writing back a group on a switch failed.)
 class TScratchStore {
 public:
-    // `files` are names of group files; those that exist are copied. Throws when one of them does not load whole.
+    // `files` are names of group files; those that exist are copied. Throws when one of them does not load whole or is
+    // write-protected.
     TScratchStore(const TStorePlace& place, const std::vector<std::string>& files);
     ~TScratchStore();
     TScratchStore(const TScratchStore&) = delete;
@@ -26,15 +29,20 @@ public:
     // The object over the copied groups (an empty store when there were none). The current folder is the scratch
     // folder while it is used.
     QX_KRLSDK::TBackgroundCorrection Open(const TContext& context) const;
+    // Runs `save`, which is to write here; a failure says what the system has to say about it.
+    void Save(const std::function<void()>& save) const;
     // Saves `object` here, checks every file, and moves all of them into the store's folder.
     void SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object);
-    // Checks that exactly `corrections` corrections were written, all whole, and removes `doomed` files of the store's
-    // folder before the new ones move in.
+    // Checks that exactly `corrections` corrections were written, all whole, and removes those `doomed` files of
+    // the store's folder that no new one replaces.
     void Commit(std::size_t corrections, const std::vector<std::string>& doomed);
 
 private:
+    std::string Reason(const std::string& what) const; // the system's, or `what` when it has none
+
     TStorePlace place;
-    std::filesystem::path folder; // absolute
+    std::filesystem::path folder;                           // absolute
+    std::vector<std::pair<std::string, TFileState>> before; // of the files that were asked for, there or not
     bool copied = false;
 };
 

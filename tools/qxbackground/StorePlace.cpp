@@ -32,35 +32,6 @@ bool DropPrefix(std::string& text, const std::string& prefix)
     return true;
 }
 
-// The library's rule for the files of a store.
-bool IsClaimed(const TStorePlace& place, const std::string& file)
-{
-    std::string rest = file;
-    if (file == place.base)
-        return true;
-    if (!DropPrefix(rest, place.base))
-        return false;
-    for (const std::string& name : place.names) {
-        if (!DropThroughUnderscore(rest) || !DropPrefix(rest, name + "_"))
-            return false;
-    }
-    return rest.find('_') == std::string::npos;
-}
-
-// The rule without its generosity: nothing between the base and the first pair, no empty value.
-bool IsExactName(const TStorePlace& place, const std::string& file)
-{
-    std::string rest = file;
-    if (!DropPrefix(rest, place.base))
-        return false;
-    for (const std::string& name : place.names) {
-        if (!DropPrefix(rest, "_" + name + "_") || rest.empty() || rest.front() == '_')
-            return false;
-        rest.erase(0, std::min(rest.find('_'), rest.size()));
-    }
-    return rest.empty();
-}
-
 void CheckName(const std::string& name)
 {
     const std::string about = "--group '" + name + "': ";
@@ -87,6 +58,33 @@ std::vector<std::string> Fields(const std::string& key)
 }
 
 } // namespace
+
+bool IsClaimed(const TStorePlace& place, const std::string& file)
+{
+    std::string rest = file;
+    if (file == place.base)
+        return true;
+    if (!DropPrefix(rest, place.base))
+        return false;
+    for (const std::string& name : place.names) {
+        if (!DropThroughUnderscore(rest) || !DropPrefix(rest, name + "_"))
+            return false;
+    }
+    return rest.find('_') == std::string::npos;
+}
+
+bool IsExactName(const TStorePlace& place, const std::string& file)
+{
+    std::string rest = file;
+    if (!DropPrefix(rest, place.base))
+        return false;
+    for (const std::string& name : place.names) {
+        if (!DropPrefix(rest, "_" + name + "_") || rest.empty() || rest.front() == '_')
+            return false;
+        rest.erase(0, std::min(rest.find('_'), rest.size()));
+    }
+    return rest.empty();
+}
 
 TStorePlace FindStore(const std::string& path, const std::vector<std::string>& groups)
 {

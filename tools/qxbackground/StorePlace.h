@@ -27,6 +27,11 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
 // has one that could not be read back out of a file's name.
 std::string GroupFileOf(const TStorePlace& place, const std::string& key);
 
+// The library's rule for the names of a store's files, and that rule without its generosity: nothing between the base
+// and the first pair, no empty value.
+bool IsClaimed(const TStorePlace& place, const std::string& file);
+bool IsExactName(const TStorePlace& place, const std::string& file);
+
 // A file that the library takes for one of the store's, because its name fits the naming rule.
 struct TClaimedFile {
     std::string name;

@@ -15,7 +15,8 @@ struct TStoreOptions {
     std::string base;
     std::vector<std::string> groups;
 };
-void AddStoreOptions(const TVerb& verb, TStoreOptions& options);
+// `use` is what becomes of the store.
+void AddStoreOptions(const TVerb& verb, TStoreOptions& options, TPathUse use);
 
 void AddStoreChangeVerbs(const TVerb& store, const TContext& context);
 

@@ -1,5 +1,6 @@
 #include "TiffImage.h"
 
+#include "FileKind.h"
 #include "ToolError.h"
 
 #include <tiffio.h>
@@ -75,7 +76,8 @@ TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_u
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
     if (!std::filesystem::exists(status))
-        throw TToolError(path, "cannot be opened: " + std::generic_category().message(ENOENT));
+        throw TToolError(path,
+                         "cannot be opened: " + (error ? error.message() : std::generic_category().message(ENOENT)));
     if (!std::filesystem::is_regular_file(status))
         throw TToolError(path, "is not a regular file");
     fileBytes = std::filesystem::file_size(path, error);
@@ -83,8 +85,12 @@ TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_u
     if (!bytes)
         throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
     file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
-    if (file->tiff == nullptr)
+    if (file->tiff != nullptr)
+        return;
+    const std::string kind = FileKind(path);
+    if (kind.empty() || kind == "a TIFF image")
         throw TToolError(path, "is not a readable TIFF file: " + file->complaint);
+    throw TToolError(path, "is " + kind + "; 16-bit grayscale TIFF is needed");
 }
 
 TTiffReader::~TTiffReader() = default;
@@ -218,19 +224,18 @@ void TTiffReader::ReadTiles(TImage& image)
     }
 }
 
-TTiffWriter::TTiffWriter(const std::string& name, std::uint64_t expectedBytes)
-    : path(name), replaced(name), file(std::make_unique<TTiffHandle>())
+TTiffWriter::TTiffWriter(const std::string& name, std::uint64_t expectedBytes, TExisting existing)
+    : path(name), replaced(name, existing), file(std::make_unique<TTiffHandle>())
 {
     constexpr std::uint64_t kClassicTiffEnds = 4'000'000'000u; // leaves room for the page headers below 2^32
-    const std::string temporary = replaced.Temporary().string();
-    file->Open(temporary.c_str(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
+    file->Open(replaced.Temporary().c_str(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
     if (file->tiff == nullptr)
-        throw TToolError(path, "cannot be created: " + file->complaint);
+        throw TToolError(path, "cannot be created: " + replaced.Reason(file->complaint));
 }
 
 TTiffWriter::~TTiffWriter()
 {
-    file.reset(); // closed before its temporary name goes
+    file.reset(); // closed before the file goes
 }
 
 void TTiffWriter::Write(const TImage& image)
@@ -253,7 +258,7 @@ void TTiffWriter::Write(const TImage& image)
     const auto bytes = static_cast<tmsize_t>(image.pixels.size() * sizeof(std::uint16_t));
     if (TIFFWriteEncodedStrip(tiff, 0, pixels, bytes) != bytes || TIFFWriteDirectory(tiff) != 1 ||
         !file->complaint.empty())
-        throw TToolError(path, page, "cannot be written: " + file->complaint);
+        throw TToolError(path, page, "cannot be written: " + replaced.Reason(file->complaint));
 }
 
 void TTiffWriter::Close()
@@ -261,7 +266,7 @@ void TTiffWriter::Close()
     file->complaint.clear();
     TIFFFlush(file->tiff);
     if (!file->complaint.empty())
-        throw TToolError(path, "cannot be written: " + file->complaint);
+        throw TToolError(path, "cannot be written: " + replaced.Reason(file->complaint));
     file = std::make_unique<TTiffHandle>();
     replaced.Commit();
 }

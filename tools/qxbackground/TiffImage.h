@@ -49,7 +49,7 @@ private:
 class TTiffWriter {
 public:
     // `expectedBytes` of pixels decide whether the file must be a BigTIFF (above some 4 GB).
-    TTiffWriter(const std::string& path, std::uint64_t expectedBytes);
+    TTiffWriter(const std::string& path, std::uint64_t expectedBytes, TExisting existing);
     ~TTiffWriter();
     TTiffWriter(const TTiffWriter&) = delete;
     TTiffWriter& operator=(const TTiffWriter&) = delete;

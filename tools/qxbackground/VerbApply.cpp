@@ -17,8 +17,6 @@ struct TOptions {
 
 void Run(const TContext& context, const TOptions& options)
 {
-    RefuseSameFile(options.correct.output, {options.file});
-    RefuseSameFile(options.correct.output, options.correct.inputs);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
     Call(options.file, [&] { object.SetActive(options.key); });
@@ -31,7 +29,7 @@ void AddApplyVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("apply", "Correct images with a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
     verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
     AddCorrectOptions(verb, options->correct);
     verb.Run([&context, options] { Run(context, *options); });

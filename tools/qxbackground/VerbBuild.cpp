@@ -3,8 +3,8 @@
 #include "FrameStack.h"
 #include "Options.h"
 #include "Verbs.h"
+#include "Wording.h"
 
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -22,10 +22,9 @@ struct TOptions {
 void Run(const TContext& context, const TOptions& options)
 {
     CheckKey(options.key);
-    RefuseSameFile(options.file, options.darks);
+    const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
-    const bool adds = std::filesystem::exists(options.file);
-    if (adds)
+    if (before.exists)
         LoadWhole(object, options.file);
     const TFrameStack stack = ReadFrames(options.darks);
     Call(options.file, [&] {
@@ -33,11 +32,11 @@ void Run(const TContext& context, const TOptions& options)
                    static_cast<float>(options.conditions.exposureSeconds),
                    static_cast<float>(options.conditions.lightIntensityPercent));
     });
-    SaveReplacing(object, options.file);
-    std::cout << (adds ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
-              << stack.frames.size() << " dark frames of " << stack.size.Text() << " pixels ("
+    SaveReplacing(object, options.file, before);
+    std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
+              << Counted(stack.frames.size(), "dark frame") << " of " << stack.size.Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
-              << object.Get().GetNumberOfCorrections() << " corrections\n";
+              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
 }
 
 } // namespace
@@ -46,10 +45,14 @@ void AddBuildVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("build", "Build a correction from dark frames and keep it in a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file: created, or added to when it exists").Required();
+    verb.Option("file", options->file, "Calibration file: created, or added to when it exists")
+        .Required()
+        .Changes(TPathKind::Calibration);
     verb.Option("--key", options->key, kKeyHelp).Required();
     AddConditions(verb, "", "the dark frames", options->conditions);
-    verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack").Required();
+    verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+        .Required()
+        .Reads(TPathKind::Image);
     verb.Run([&context, options] { Run(context, *options); });
 }
 

@@ -1,7 +1,9 @@
 // qxbackground check: looks at every record of a calibration file and says where it departs from the format.
 #include "CalibrationFile.h"
 #include "CalibrationWalk.h"
+#include "SteadyRead.h"
 #include "Verbs.h"
+#include "Wording.h"
 
 #include "file/CalibrationFormat.h"
 
@@ -16,24 +18,27 @@ constexpr int kDeparts = 1;
 
 void Check(TContext& context, const std::string& path)
 {
-    TCalibrationWalk walk = WalkCalibrationFile(path);
-    // The walk is this program's own reading of the format; the library has the last word on its own files.
-    if (walk.Whole() && walk.structureVersion == CalibrationFormat::kUngroupedVersion) {
-        QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
-        Call(path, [&] { object.LoadHeaderOnly(path); });
-        if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
-            walk.departures.push_back({0, "the library finds another number of corrections in it"});
-    }
+    TCalibrationWalk walk;
+    ReadFileSteadily(path, [&] {
+        walk = WalkCalibrationFile(path);
+        // The walk is this program's own reading of the format; the library has the last word on its own files.
+        if (walk.Whole() && walk.structureVersion == CalibrationFormat::kUngroupedVersion) {
+            QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+            Call(path, [&] { object.LoadHeaderOnly(path); });
+            if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
+                walk.departures.push_back({0, "the library finds another number of corrections in it"});
+        }
+    });
     for (const TDeparture& departure : walk.departures)
         std::cout << path << ": byte " << departure.offset << ": " << Printable(departure.what) << '\n';
     std::cout << path << ": structure version " << walk.structureVersion << ", ";
     if (walk.structureVersion == CalibrationFormat::kGroupedVersion)
-        std::cout << walk.groupingNames.size() << " grouping names, ";
-    std::cout << walk.corrections.size() << " corrections, " << walk.fileBytes << " bytes: ";
+        std::cout << Counted(walk.groupingNames.size(), "grouping name") << ", ";
+    std::cout << Counted(walk.corrections.size(), "correction") << ", " << Counted(walk.fileBytes, "byte") << ": ";
     if (walk.Whole()) {
         std::cout << "loads whole\n";
     } else {
-        std::cout << walk.departures.size() << " departures\n";
+        std::cout << Counted(walk.departures.size(), "departure") << '\n';
         context.status = kDeparts;
     }
 }
@@ -45,7 +50,7 @@ void AddCheckVerb(const TVerb& app, TContext& context)
     const TVerb verb =
         app.Add("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
     const auto files = std::make_shared<std::vector<std::string>>();
-    verb.Option("files", *files, "Calibration files").Required();
+    verb.Option("files", *files, "Calibration files").Required().Reads(TPathKind::Calibration);
     verb.Run([&context, files] {
         for (const std::string& file : *files)
             Check(context, file);

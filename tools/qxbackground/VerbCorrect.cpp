@@ -2,6 +2,7 @@
 #include "CorrectionRun.h"
 #include "FrameStack.h"
 #include "Verbs.h"
+#include "Wording.h"
 
 #include <memory>
 
@@ -19,8 +20,6 @@ struct TOptions {
 
 void Run(const TContext& context, const TOptions& options)
 {
-    RefuseSameFile(options.correct.output, options.darks);
-    RefuseSameFile(options.correct.output, options.correct.inputs);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     const std::string what = [&] {
         const TFrameStack stack = ReadFrames(options.darks); // freed once the correction is built
@@ -29,8 +28,7 @@ void Run(const TContext& context, const TOptions& options)
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        return std::to_string(stack.frames.size()) + " dark frame" + (stack.frames.size() == 1 ? "" : "s") + " (" +
-               options.darkConditions.Text() + ")";
+        return Counted(stack.frames.size(), "dark frame") + " (" + options.darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
     CorrectImages(object, options.correct, what);
@@ -43,7 +41,8 @@ void AddCorrectVerb(const TVerb& app, const TContext& context)
     const TVerb verb = app.Add("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TOptions>();
     verb.Option("--dark", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
-        .Required();
+        .Required()
+        .Reads(TPathKind::Image);
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
     verb.Run([&context, options] { Run(context, *options); });

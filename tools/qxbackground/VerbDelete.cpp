@@ -1,6 +1,7 @@
 // qxbackground delete: removes one correction from a calibration file.
 #include "CalibrationFile.h"
 #include "Verbs.h"
+#include "Wording.h"
 
 #include <iostream>
 #include <memory>
@@ -16,12 +17,13 @@ struct TOptions {
 
 void Run(const TContext& context, const TOptions& options)
 {
+    const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
     Call(options.file, [&] { object.Delete(options.key); });
-    SaveReplacing(object, options.file);
+    SaveReplacing(object, options.file, before);
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
-              << object.Get().GetNumberOfCorrections() << " corrections\n";
+              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
 }
 
 } // namespace
@@ -30,7 +32,7 @@ void AddDeleteVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("delete", "Delete a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("file", options->file, "Calibration file").Required().Changes(TPathKind::Calibration);
     verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
     verb.Run([&context, options] { Run(context, *options); });
 }

@@ -1,9 +1,9 @@
 // qxbackground import: copies the corrections of one calibration file into another.
 #include "CalibrationFile.h"
 #include "Options.h"
+#include "Salvage.h"
 #include "Verbs.h"
 
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -15,24 +15,33 @@ struct TOptions {
     std::string destination;
     std::string source;
     bool overwrite = false;
+    bool salvage = false;
 };
 
 void Run(const TContext& context, const TOptions& options)
 {
-    RefuseSameFile(options.destination, {options.source});
+    const TFileState before = StateOf(options.destination);
     const QX_KRLSDK::TBackgroundCorrectionLibrary library = context.Library();
     QX_KRLSDK::TBackgroundCorrection destination = library.MakeProcessor();
     QX_KRLSDK::TBackgroundCorrection source = library.MakeProcessor();
-    if (std::filesystem::exists(options.destination))
+    if (before.exists)
         LoadWhole(destination, options.destination);
-    LoadWhole(source, options.source);
-    const unsigned int before = destination.Get().GetNumberOfCorrections();
+    TSalvaged salvaged;
+    if (options.salvage)
+        salvaged = LoadWhatIsWhole(context, source, options.source);
+    else
+        LoadWhole(source, options.source);
+    const unsigned int had = destination.Get().GetNumberOfCorrections();
     Call(options.source, [&] { destination.Import(source, options.overwrite); });
-    SaveReplacing(destination, options.destination);
-    const unsigned int added = destination.Get().GetNumberOfCorrections() - before;
+    SaveReplacing(destination, options.destination, before);
+    const unsigned int added = destination.Get().GetNumberOfCorrections() - had;
     const unsigned int present = source.Get().GetNumberOfCorrections() - added;
     std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
               << (options.overwrite ? " overwritten" : " already there and kept") << '\n';
+    if (options.salvage && salvaged.losses.empty())
+        std::cout << "Nothing was lost: " << options.source << " loads whole.\n";
+    for (const std::string& loss : salvaged.losses)
+        std::cout << "Damaged or lost in " << options.source << ": " << loss << '\n';
 }
 
 } // namespace
@@ -41,9 +50,13 @@ void AddImportVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("import", "Copy corrections from one calibration file into another");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("dest", options->destination, "File to add to; created when missing").Required();
-    verb.Option("src", options->source, "File to copy from; not changed").Required();
+    verb.Option("dest", options->destination, "File to add to; created when missing")
+        .Required()
+        .Changes(TPathKind::Calibration);
+    verb.Option("src", options->source, "File to copy from; not changed").Required().Reads(TPathKind::Calibration);
     verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+    verb.Flag("--salvage", options->salvage,
+              "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
     verb.Run([&context, options] { Run(context, *options); });
 }
 

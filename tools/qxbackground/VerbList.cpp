@@ -2,7 +2,9 @@
 #include "CalibrationFile.h"
 #include "CalibrationWalk.h"
 #include "Listing.h"
+#include "SteadyRead.h"
 #include "Verbs.h"
+#include "Wording.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,11 +23,15 @@ struct TOptions {
 void Run(const TContext& context, const TOptions& options)
 {
     // The library tells keys and conditions; sizes it tells only with pixels, so they come from the records.
-    const TCalibrationWalk walk = WalkCalibrationFile(options.file);
-    RefuseGroupFile(options.file, walk.structureVersion);
-    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
-    Call(options.file, [&] { object.LoadHeaderOnly(options.file); });
-    const std::vector<TListedCorrection> listed = ListCorrections(object, walk);
+    TCalibrationWalk walk;
+    std::vector<TListedCorrection> listed;
+    ReadFileSteadily(options.file, [&] {
+        walk = WalkCalibrationFile(options.file);
+        RefuseOtherFiles(options.file, walk);
+        QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+        Call(options.file, [&] { object.LoadHeaderOnly(options.file); });
+        listed = ListCorrections(object, walk);
+    });
     if (options.json) {
         std::cout << Text(nlohmann::json{{"file", options.file},
                                          {"bytes", walk.fileBytes},
@@ -33,11 +39,13 @@ void Run(const TContext& context, const TOptions& options)
                                          {"corrections", ListingJson(listed)}});
         return;
     }
-    std::cout << options.file << ": " << listed.size() << (listed.size() == 1 ? " correction, " : " corrections, ")
-              << walk.fileBytes << " bytes\n"
+    std::cout << options.file << ": " << Counted(listed.size(), "correction") << ", " << Counted(walk.fileBytes, "byte")
+              << '\n'
               << ListingTable(listed);
     if (!walk.Whole())
-        std::cout << "This file does not load whole (" << walk.Complaint() << "); see 'qxbackground check'.\n";
+        std::cout << "This file does not load whole (" << walk.Complaint()
+                  << "); see 'qxbackground check' and\n"
+                     "'qxbackground import --salvage'.\n";
 }
 
 } // namespace
@@ -46,7 +54,7 @@ void AddListVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("list", "List a calibration file's corrections (reads no pixels)");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
     verb.Flag("--json", options->json, "Print as JSON");
     verb.Run([&context, options] { Run(context, *options); });
 }

@@ -19,6 +19,7 @@ struct TOptions {
     std::string file;
     std::string key;
     std::string picture;
+    bool overwrite = false;
 };
 
 // Bars over the values between the 0.1st and the 99.9th percentile; what lies outside is counted in words.
@@ -75,7 +76,8 @@ void Run(const TContext& context, const TOptions& options)
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
         const TStretch stretch = StretchOf(background);
-        WritePng(options.picture, Render(background, stretch));
+        WritePng(options.picture, Render(background, stretch),
+                 options.overwrite ? TExisting::Replaced : TExisting::Refused);
         std::cout << "Picture: " << options.picture << " (black " << stretch.black << ", white " << stretch.white
                   << " ADU)\n";
     }
@@ -87,9 +89,10 @@ void AddShowVerb(const TVerb& app, const TContext& context)
 {
     const TVerb verb = app.Add("show", "Show one stored correction: statistics, histogram, picture");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required();
+    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
     verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
-    verb.Option("-o,--output", options->picture, "Write a PNG picture of it");
+    verb.Option("-o,--output", options->picture, "Write a PNG picture of it")
+        .Creates(TPathKind::Picture, options->overwrite);
     verb.Run([&context, options] { Run(context, *options); });
 }
 

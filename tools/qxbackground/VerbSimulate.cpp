@@ -25,6 +25,7 @@ struct TOptions {
     unsigned frames = 10;
     unsigned lights = 1;
     std::vector<double> exposures{1, 2};
+    bool overwrite = false;
 };
 
 std::string Number(double value)
@@ -34,15 +35,57 @@ std::string Number(double value)
     return text;
 }
 
-void WriteFile(const std::string& path, const std::string& text)
+TExisting ExistingFor(const TOptions& options)
 {
-    TReplacedFile replaced(path);
+    return options.overwrite ? TExisting::Replaced : TExisting::Refused;
+}
+
+void WriteFile(const std::string& path, const std::string& text, TExisting existing)
+{
+    TReplacedFile replaced(path, existing);
     std::ofstream file(replaced.Temporary(), std::ios::binary);
     file << text;
     file.close();
     if (!file)
-        throw TToolError(path, "cannot be written");
+        throw TToolError(path, "cannot be written: " + replaced.Reason("unknown error"));
     replaced.Commit();
+}
+
+constexpr char kDescriptionName[] = "simulation.json";
+
+// What one exposure gives: name, and how many pages.
+struct TSimulatedFile {
+    std::string name;
+    unsigned pages = 0;
+};
+
+std::vector<TSimulatedFile> FilesOf(const TOptions& options, double exposure)
+{
+    const std::string suffix = "_" + Number(exposure) + "s.tif";
+    return {{"dark" + suffix, options.frames},
+            {"light" + suffix, options.lights},
+            {"truth_scene" + suffix, 1},
+            {"truth_background" + suffix, 1}};
+}
+
+std::string PathOf(const TOptions& options, const std::string& name)
+{
+    return (std::filesystem::path(options.folder) / name).string();
+}
+
+void AddFiles(const TOptions& options, const std::string& option, TPathPlan& plan)
+{
+    if (options.folder == "-")
+        RefuseUnwritable(options.folder);
+    std::set<std::string> names{kDescriptionName};
+    for (const double exposure : options.exposures) {
+        for (const TSimulatedFile& file : FilesOf(options, exposure)) {
+            if (file.pages > 0)
+                names.insert(file.name);
+        }
+    }
+    for (const std::string& name : names)
+        plan.AddFileInNewFolder(option, TPathUse::Creates, PathOf(options, name));
 }
 
 std::string Describe(const TOptions& options, const TCamera& camera, const std::vector<std::string>& files)
@@ -82,30 +125,30 @@ void Run(const TOptions& options)
     const std::uint64_t frameBytes = options.camera.size.Pixels() * 2;
     TProgress progress("Simulating", options.exposures.size() * (options.frames + options.lights + 2));
     std::vector<std::string> files;
-    const auto write = [&](const std::string& name, unsigned count, auto&& take) {
-        if (count == 0)
+    const auto write = [&](const TSimulatedFile& file, auto&& take) {
+        if (file.pages == 0)
             return;
-        TTiffWriter writer((std::filesystem::path(options.folder) / name).string(), count * frameBytes);
-        for (unsigned frame = 0; frame < count; ++frame) {
+        TTiffWriter writer(PathOf(options, file.name), file.pages * frameBytes, ExistingFor(options));
+        for (unsigned frame = 0; frame < file.pages; ++frame) {
             writer.Write(take(frame));
             progress.Step();
         }
         writer.Close();
-        files.push_back(name);
+        files.push_back(file.name);
     };
     for (const double exposure : options.exposures) {
-        const std::string suffix = "_" + Number(exposure) + "s.tif";
-        write("dark" + suffix, options.frames, [&](unsigned n) { return camera.Take(exposure, n, false); });
-        write("light" + suffix, options.lights, [&](unsigned n) { return camera.Take(exposure, n, true); });
-        write("truth_scene" + suffix, 1, [&](unsigned) { return camera.TrueScene(exposure); });
-        write("truth_background" + suffix, 1, [&](unsigned) { return camera.TrueBackground(exposure); });
+        const std::vector<TSimulatedFile> wanted = FilesOf(options, exposure);
+        write(wanted[0], [&](unsigned n) { return camera.Take(exposure, n, false); });
+        write(wanted[1], [&](unsigned n) { return camera.Take(exposure, n, true); });
+        write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
+        write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteFile((std::filesystem::path(options.folder) / "simulation.json").string(), Describe(options, camera, files));
+    WriteFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options));
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)
         std::cout << "  " << name << '\n';
-    std::cout << "  simulation.json (the model's numbers)\n";
+    std::cout << "  " << kDescriptionName << " (the model's numbers)\n";
 }
 
 } // namespace
@@ -121,7 +164,10 @@ void AddSimulateVerb(const TVerb& app)
                 "Dark current grows with exposure, the offset does not. Light intensity is 100 % throughout.\n"
                 "truth_scene is the light alone, truth_background offset and dark current alone, both without noise.\n"
                 "The same options give the same files on every machine.");
-    verb.Option("-o,--output", options->folder, "Folder for the files; made when missing").Required();
+    verb.Option("-o,--output", options->folder, "Folder for the files; made when missing")
+        .Required()
+        .Creates(TPathKind::Folder, options->overwrite)
+        .Expanded([options](const std::string& option, TPathPlan& plan) { AddFiles(*options, option, plan); });
     verb.Option("--seed", camera.seed, "Which camera and which noise").ShowDefault();
     verb.Option("--width", camera.size.width, "Pixels").BetweenWhole(1, 32767).ShowDefault();
     verb.Option("--height", camera.size.height, "Pixels").BetweenWhole(1, 32767).ShowDefault();

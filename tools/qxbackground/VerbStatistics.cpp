@@ -47,7 +47,9 @@ void AddStatisticsVerb(const TVerb& app)
 {
     const TVerb verb = app.Add("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together").Required();
+    verb.Option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
+        .Required()
+        .Reads(TPathKind::Image);
     verb.Flag("--json", options->json, "Print as JSON");
     verb.Run([options] { Run(*options); });
 }

@@ -2,9 +2,11 @@
 #include "CalibrationFile.h"
 #include "CorrectionRun.h"
 #include "Listing.h"
+#include "SteadyRead.h"
 #include "StorePlace.h"
 #include "StoreVerbs.h"
 #include "Verbs.h"
+#include "Wording.h"
 
 #include <nlohmann/json.hpp>
 
@@ -40,45 +42,56 @@ struct TListOptions {
     bool json = false;
 };
 
-void List(const TContext& context, const TListOptions& options)
+struct TStoreListing {
+    std::string text;
+    nlohmann::json groups = nlohmann::json::array();
+    std::size_t corrections = 0, files = 0;
+};
+
+TStoreListing ReadListing(const TContext& context, const TStorePlace& place)
 {
-    const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const TWorkingFolder working(place.folder);
     const TStorePlace here{{}, place.base, place.names};
     TBackgroundCorrection object = context.Library().MakeStore(place.names);
     CallOnStore(here, [&] { object.LoadHeaderOnly(place.base); });
     const std::vector<std::string> keys = object.Keys();
 
-    nlohmann::json groups = nlohmann::json::array();
-    std::string text;
-    std::size_t files = 0, listedKeys = 0;
+    TStoreListing listing;
     for (const TClaimedFile& claimed : ClaimedFiles(here)) {
-        ++files;
+        ++listing.files;
         const TCalibrationWalk walk = WalkCalibrationFile(claimed.name);
         std::vector<TListedCorrection> listed;
         for (const TStoredCorrection& stored : walk.corrections)
             listed.push_back(
                 {stored.key, stored.exposureSeconds, stored.lightIntensityPercent, stored.width, stored.height});
-        listedKeys += listed.size();
-        groups.push_back({{"file", place.PathOf(claimed.name).string()},
-                          {"own", claimed.own},
-                          {"corrections", ListingJson(listed)}});
-        text += place.PathOf(claimed.name).string() + ": " + std::to_string(listed.size()) +
-                (listed.size() == 1 ? " correction" : " corrections") +
-                (claimed.own ? "" : "   (no group file of this store, but its name fits)") + "\n" +
-                ListingTable(listed);
+        listing.corrections += listed.size();
+        listing.groups.push_back({{"file", place.PathOf(claimed.name).string()},
+                                  {"own", claimed.own},
+                                  {"corrections", ListingJson(listed)}});
+        listing.text += place.PathOf(claimed.name).string() + ": " + Counted(listed.size(), "correction") +
+                        (claimed.own ? "" : "   (no group file of this store, but its name fits)") + "\n" +
+                        ListingTable(listed);
     }
-    if (listedKeys != keys.size())
-        throw TToolError(place.Text(), "the library finds " + std::to_string(keys.size()) + " corrections, the files " +
-                                           "hold " + std::to_string(listedKeys));
+    if (listing.corrections != keys.size())
+        throw TToolError(place.Text(), "the library finds " + Counted(keys.size(), "correction") + ", the files hold " +
+                                           std::to_string(listing.corrections));
+    return listing;
+}
+
+void List(const TContext& context, const TListOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    TStoreListing listing;
+    ReadStoreSteadily(place, [&] { listing = ReadListing(context, place); });
     if (options.json) {
-        std::cout << Text({{"base", place.Text()}, {"groupingNames", place.names}, {"groups", groups}});
+        std::cout << Text({{"base", place.Text()}, {"groupingNames", place.names}, {"groups", listing.groups}});
         return;
     }
     std::cout << "Store " << place.Text() << ", grouped by";
     for (const std::string& name : place.names)
         std::cout << ' ' << name;
-    std::cout << ": " << keys.size() << " corrections in " << files << " files\n" << text;
+    std::cout << ": " << Counted(listing.corrections, "correction") << " in " << Counted(listing.files, "file") << '\n'
+              << listing.text;
 }
 
 struct TApplyOptions {
@@ -91,26 +104,32 @@ void Apply(const TContext& context, const TApplyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
-    RefuseSameFile(options.correct.output, {file});
-    RefuseSameFile(options.correct.output, options.correct.inputs);
-    if (!std::filesystem::exists(file))
-        throw TToolError(file, "the group of key '" + options.key + "' has no file");
-    RequireWhole(file);
     TBackgroundCorrection object = context.Library().MakeStore(place.names);
-    {
+    ReadStoreSteadily(place, [&] {
+        if (!std::filesystem::exists(file))
+            throw TToolError(file, "the group of key '" + options.key + "' has no file");
+        RequireWhole(file);
         const TWorkingFolder working(place.folder);
         CallOnStore({{}, place.base, place.names}, [&] { object.Load(place.base); });
         Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
-    }
+    });
     CorrectImages(object, options.correct, "'" + Printable(options.key) + "' of " + file);
 }
 
 } // namespace
 
-void AddStoreOptions(const TVerb& verb, TStoreOptions& options)
+void AddStoreOptions(const TVerb& verb, TStoreOptions& options, TPathUse use)
 {
-    verb.Option("base", options.base, "Base name of the store's files, with their folder; or any one of the files")
-        .Required();
+    TOption base =
+        verb.Option("base", options.base, "Base name of the store's files, with their folder; or any one of the files");
+    base.Required();
+    if (use == TPathUse::Changes)
+        base.Changes(TPathKind::Store);
+    else
+        base.Reads(TPathKind::Store);
+    base.Expanded([&options, use](const std::string& name, TPathPlan& plan) {
+        plan.AddStore(name, use, FindStore(options.base, options.groups));
+    });
     verb.Option("--group", options.groups,
                 "A grouping name; one --group for each, in their order. Not needed with the name of a file")
         .OneAtATime();
@@ -127,14 +146,14 @@ void AddStoreVerb(const TVerb& app, const TContext& context)
     {
         const TVerb verb = store.Add("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TListOptions>();
-        AddStoreOptions(verb, options->store);
+        AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.Flag("--json", options->json, "Print as JSON");
         verb.Run([&context, options] { List(context, *options); });
     }
     {
         const TVerb verb = store.Add("apply", "Correct images with a correction of a store");
         const auto options = std::make_shared<TApplyOptions>();
-        AddStoreOptions(verb, options->store);
+        AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.Option("--key", options->key, "Which correction; its group is found by its key").Required();
         AddCorrectOptions(verb, options->correct);
         verb.Run([&context, options] { Apply(context, *options); });

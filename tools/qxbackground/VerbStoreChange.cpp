@@ -4,7 +4,9 @@
 #include "FrameStack.h"
 #include "Options.h"
 #include "ScratchStore.h"
+#include "SteadyRead.h"
 #include "StoreVerbs.h"
+#include "Wording.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -49,8 +51,8 @@ void Add(const TContext& context, const TAddOptions& options)
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << stack.frames.size() << " dark frames of "
-              << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames.size(), "dark frame")
+              << " of " << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
 }
 
@@ -72,11 +74,11 @@ void Delete(const TContext& context, const TKeyOptions& options)
         TBackgroundCorrection object = scratch.Open(context);
         left = object.Get().GetNumberOfCorrections() - 1; // asked now: the store keeps a key that is spelled otherwise
         Call(About(place, options.key), [&] { object.Delete(options.key); });
-        Call(place.Text(), [&] { object.Save(place.base); });
+        scratch.Save([&] { object.Save(place.base); });
         scratch.Commit(left, {});
     }
-    std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds " << left
-              << " corrections\n";
+    std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
+              << Counted(left, "correction") << '\n';
 }
 
 struct TImportOptions {
@@ -85,28 +87,41 @@ struct TImportOptions {
     bool overwrite = false;
 };
 
-// The corrections of a single calibration file or of another store.
-TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& options, const TStorePlace& place)
+bool IsSingleFile(const std::string& path)
 {
-    if (fs::is_regular_file(options.source) && WalkCalibrationFile(options.source).groupingNames.empty()) {
+    return fs::is_regular_file(path) && WalkCalibrationFile(path).groupingNames.empty();
+}
+
+TStorePlace SourceStore(const TImportOptions& options)
+{
+    return FindStore(options.source, fs::exists(options.source)
+                                         ? std::vector<std::string>()
+                                         : FindStore(options.store.base, options.store.groups).names);
+}
+
+// The corrections of a single calibration file or of another store.
+TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& options)
+{
+    if (IsSingleFile(options.source)) {
         TBackgroundCorrection file = context.Library().MakeProcessor();
         LoadWhole(file, options.source);
         return file;
     }
-    const TStorePlace from =
-        FindStore(options.source, fs::exists(options.source) ? std::vector<std::string>() : place.names);
-    for (const std::string& file : OwnFiles(from))
-        RequireWhole(from.PathOf(file).string());
+    const TStorePlace from = SourceStore(options);
     TBackgroundCorrection store = context.Library().MakeStore(from.names);
-    // By its full name, because its groups are read while the other store is worked on in another folder.
-    Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+    ReadStoreSteadily(from, [&] {
+        for (const std::string& file : OwnFiles(from))
+            RequireWhole(from.PathOf(file).string());
+        // By its full name, because its groups are read while the other store is worked on in another folder.
+        Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+    });
     return store;
 }
 
 void Import(const TContext& context, const TImportOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
-    const TBackgroundCorrection source = OpenSource(context, options, place);
+    const TBackgroundCorrection source = OpenSource(context, options);
     std::set<std::string> files;
     const std::vector<std::string> keys = source.Keys();
     for (const std::string& key : keys)
@@ -122,37 +137,35 @@ void Import(const TContext& context, const TImportOptions& options)
         scratch.SaveAndCommit(object);
     }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
-              << (options.overwrite ? " overwritten" : " already there and kept") << ", in " << files.size()
-              << " group files\n";
+              << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
+              << Counted(files.size(), "group file") << '\n';
 }
 
 struct TCopyOptions {
     TStoreOptions store;
     std::string newBase;
+    bool overwrite = false;
     bool force = false;
 };
 
-// The files of the target that the copy removes. Refuses when the naming rule claims more than that very store's.
-std::vector<std::string> FilesThatGo(const TStorePlace& from, const TStorePlace& to, bool force)
+// The files of the target that the copy removes or replaces. Refuses when that was not asked for.
+std::vector<std::string> FilesThatGo(const TStorePlace& to, const TCopyOptions& options)
 {
     std::vector<std::string> doomed;
-    bool foreign = false;
-    const std::vector<std::string> sources = OwnFiles(from);
-    const bool sameFolder = fs::equivalent(from.Folder(), to.Folder());
+    bool own = false, foreign = false;
     for (const TClaimedFile& file : ClaimedFiles(to)) {
-        if (sameFolder && std::find(sources.begin(), sources.end(), file.name) != sources.end())
-            throw TToolError(to.Text(), "claims " + file.name +
-                                            ", a file of the store that is to be copied, and would "
-                                            "remove it; choose another base name");
-        std::cout << (doomed.empty() ? "Files that go:\n" : "") << "  " << to.PathOf(file.name).string()
+        std::cout << (doomed.empty() ? "Files that have to go:\n" : "") << "  " << to.PathOf(file.name).string()
                   << (file.own ? "" : "   (no group file of this store)") << '\n';
         doomed.push_back(file.name);
-        foreign = foreign || !file.own;
+        (file.own ? own : foreign) = true;
     }
     std::cout << std::flush;
-    if (foreign && !force)
+    if (foreign && !options.force)
         throw TToolError(to.Text(), "its base name claims files that are none of its group files (listed above); "
                                     "nothing was removed; --force removes them");
+    if (own && !options.overwrite)
+        throw TToolError(to.Text(), "there is a store of that name (listed above); nothing was removed; --overwrite "
+                                    "replaces it");
     return doomed;
 }
 
@@ -160,6 +173,7 @@ void Copy(const TContext& context, const TCopyOptions& options)
 {
     const TStorePlace from = FindStore(options.store.base, options.store.groups);
     const TStorePlace to = FindStore(options.newBase, from.names);
+    const TFileStates before = StatesOfStore(from);
     const std::vector<std::string> files = OwnFiles(from);
     if (files.empty())
         throw TToolError(from.Text(), "there is no group file of this store");
@@ -171,17 +185,19 @@ void Copy(const TContext& context, const TCopyOptions& options)
             throw TToolError(from.PathOf(file.name).string(),
                              "is claimed by the base name '" + from.base + "' but is no group file of that store");
     }
-    const std::vector<std::string> doomed = FilesThatGo(from, to, options.force);
+    const std::vector<std::string> doomed = FilesThatGo(to, options);
     TScratchStore scratch(to, {});
     {
         const TWorkingFolder working(from.folder);
         TBackgroundCorrection object = context.Library().MakeStore(from.names);
         Call(from.Text(), [&] { object.Load(from.base); });
-        Call(to.Text(), [&] { object.Save((scratch.Folder() / to.base).string()); });
+        scratch.Save([&] { object.Save((scratch.Folder() / to.base).string()); });
     }
+    if (StatesOfStore(from) != before)
+        throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
     scratch.Commit(corrections, doomed);
-    std::cout << "Copied " << corrections << " corrections in " << files.size() << " group files to " << to.Text()
-              << '\n';
+    std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
+              << " to " << to.Text() << '\n';
 }
 
 } // namespace
@@ -191,16 +207,18 @@ void AddStoreChangeVerbs(const TVerb& store, const TContext& context)
     {
         const TVerb verb = store.Add("add", "Build a correction from dark frames and add it to its group");
         const auto options = std::make_shared<TAddOptions>();
-        AddStoreOptions(verb, options->store);
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.Option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2").Required();
         AddConditions(verb, "", "the dark frames", options->conditions);
-        verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack").Required();
+        verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+            .Required()
+            .Reads(TPathKind::Image);
         verb.Run([&context, options] { Add(context, *options); });
     }
     {
         const TVerb verb = store.Add("delete", "Delete a correction from its group file");
         const auto options = std::make_shared<TKeyOptions>();
-        AddStoreOptions(verb, options->store);
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.Option("--key", options->key, "Which correction").Required();
         verb.Run([&context, options] { Delete(context, *options); });
     }
@@ -208,16 +226,30 @@ void AddStoreChangeVerbs(const TVerb& store, const TContext& context)
         const TVerb verb =
             store.Add("import", "Copy corrections from a calibration file or another store into this one");
         const auto options = std::make_shared<TImportOptions>();
-        AddStoreOptions(verb, options->store);
-        verb.Option("src", options->source, "Calibration file, base name or group file; not changed").Required();
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
+        verb.Option("src", options->source, "Calibration file, base name or group file; not changed")
+            .Required()
+            .Reads(TPathKind::CalibrationOrStore)
+            .Expanded([options](const std::string& name, TPathPlan& plan) {
+                if (IsSingleFile(options->source))
+                    plan.AddFile(name, TPathUse::Reads, options->source);
+                else
+                    plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
+            });
         verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
         verb.Run([&context, options] { Import(context, *options); });
     }
     {
         const TVerb verb = store.Add("copy", "Copy a store to another base name");
         const auto options = std::make_shared<TCopyOptions>();
-        AddStoreOptions(verb, options->store);
-        verb.Option("newbase", options->newBase, "Base name of the copy; a store of that name is replaced").Required();
+        AddStoreOptions(verb, options->store, TPathUse::Reads);
+        verb.Option("newbase", options->newBase, "Base name of the copy")
+            .Required()
+            .Creates(TPathKind::Store, options->overwrite)
+            .Expanded([options](const std::string& name, TPathPlan& plan) {
+                const TStorePlace from = FindStore(options->store.base, options->store.groups);
+                plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
+            });
         verb.Flag("--force", options->force,
                   "Also remove files that the new base name claims though they are none of its group files");
         verb.Run([&context, options] { Copy(context, *options); });

@@ -1,9 +1,10 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
-#include "Progress.h"
 #include "Verbs.h"
+#include "platform/Interrupts.h"
 
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <new>
 #include <string>
 
@@ -29,7 +30,7 @@ int main(int argumentCount, char** arguments)
     using namespace workbench;
     TContext context;
     const auto addVerbs = [&context](const TVerb& app) {
-        app.Option("--library", context.libraryPath, "Library file to load").ShowDefault();
+        app.Option("--library", context.libraryPath, "Library file to load").Reads(TPathKind::Library).ShowDefault();
         AddCorrectVerb(app, context);
         AddBuildVerb(app, context);
         AddListVerb(app, context);
@@ -45,13 +46,15 @@ int main(int argumentCount, char** arguments)
     CatchInterrupts();
     try {
         RunCommandLine(
-            argumentCount, arguments, "qxbackground",
-            "Background correction of 16-bit camera images from the command line.\n"
-            "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line "
-            "that says why.",
+            argumentCount, arguments,
+            {"qxbackground", "qxbackground " QXBACKGROUND_VERSION,
+             "Background correction of 16-bit camera images from the command line.\n"
+             "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line "
+             "that says why."},
             addVerbs);
-        if (std::fflush(stdout) != 0)
-            return Report("cannot write to the standard output");
+        std::cout.flush();
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout)
+            return Report("the standard output cannot be written to; the command itself was carried out");
         return context.status;
     } catch (const std::bad_alloc&) {
         return Report("there is not enough memory");

@@ -1,0 +1,28 @@
+#ifndef QXBACKGROUND_STEADYREAD_H
+#define QXBACKGROUND_STEADYREAD_H
+
+#include "StorePlace.h"
+#include "platform/Files.h"
+
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace workbench {
+
+using TFileStates = std::vector<std::pair<std::string, TFileState>>;
+
+// Runs `read` so that all it saw belongs together: again when `states` says that something changed meanwhile, whether
+// it failed or not. Throws TToolError about `name` when that does not end. Files are replaced whole, never written in
+// place, so this needs no lock, and no right to write.
+void ReadSteadily(const std::string& name, const std::function<TFileStates()>& states,
+                  const std::function<void()>& read);
+void ReadFileSteadily(const std::string& path, const std::function<void()>& read);
+// Everything that carries a name of the store.
+TFileStates StatesOfStore(const TStorePlace& place);
+void ReadStoreSteadily(const TStorePlace& place, const std::function<void()>& read);
+
+} // namespace workbench
+
+#endif

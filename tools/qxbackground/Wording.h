@@ -1,0 +1,18 @@
+#ifndef QXBACKGROUND_WORDING_H
+#define QXBACKGROUND_WORDING_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// "1 correction", "2 corrections".
+std::string Counted(std::uint64_t count, const std::string& noun);
+
+// The one of `names` that `word` was probably meant to be, or nothing when none is near.
+std::string Nearest(const std::string& word, const std::vector<std::string>& names);
+
+} // namespace workbench
+
+#endif

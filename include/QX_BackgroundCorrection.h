@@ -37,6 +37,20 @@
 #ifndef QX_BACKGROUNDCORRECTION_H
 #define QX_BACKGROUNDCORRECTION_H
 
+/// \name Version
+/// The version of this header. The build takes the library's version from here.
+/// @{
+#define QX_BACKGROUNDCORRECTION_VERSION_MAJOR 1
+#define QX_BACKGROUNDCORRECTION_VERSION_MINOR 0
+#define QX_BACKGROUNDCORRECTION_VERSION_PATCH 0
+/// The three numbers as a string literal, with dots between them.
+#define QX_BACKGROUNDCORRECTION_VERSION_TEXT                                                                           \
+    QX_BACKGROUNDCORRECTION_JOIN_(QX_BACKGROUNDCORRECTION_VERSION_MAJOR, QX_BACKGROUNDCORRECTION_VERSION_MINOR,        \
+                                  QX_BACKGROUNDCORRECTION_VERSION_PATCH)
+/// @}
+#define QX_BACKGROUNDCORRECTION_JOIN_(major, minor, patch) QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch)
+#define QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch) #major "." #minor "." #patch
+
 namespace QX_KRLSDK {
 
 /// \name Result codes

@@ -1,16 +1,16 @@
-// The bytes are a calibration file. It is loaded in every way by a processor, each load is compared with the literal
-// reader, and what was loaded is used, saved and loaded again; then a store opens it, whole and without pixels.
+// The bytes are a calibration file. It is loaded in every way by a processor, and what was loaded is used, saved and
+// loaded again; then a store opens it, whole and without pixels. All of it is compared with the literal model.
 #include "Check.h"
 #include "HostChecks.h"
 #include "LimitedMemory.h"
 #include "MemoryFiles.h"
 
-#include "file/LiteralReader.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
-#include "file/SampleFiles.h"
+#include "model/LiteralStore.h"
+#include "model/LiteralWriter.h"
 #include "offline/GroupNaming.h"
 #include "offline/TBackgroundCorrectionFileManager.h"
-#include "support/LiteralArithmetic.h"
 
 #include <algorithm>
 
@@ -29,21 +29,9 @@ bool IsLoadResult(unsigned int code)
     return code == 0 || code == 769 || code == 772 || code == 1024 || code == 4294967295u || code == 4294967294u;
 }
 
-Literal::TImage ImageOf(const TStoredCorrection& correction)
-{
-    return {static_cast<int>(correction.width), static_cast<int>(correction.height), correction.pixels};
-}
-
-// What activating a correction and setting nothing else subtracts, written down once more.
-std::vector<std::uint16_t> ExpectedBackground(const TStoredCorrection& correction, float exposure, float intensity)
-{
-    const float factor = Literal::ScaleFactor(exposure, intensity, Literal::LevelFraction(100),
-                                              FromBits(correction.exposureBits), FromBits(correction.intensityBits));
-    return Literal::Scale(ImageOf(correction), factor).pixels;
-}
-
 void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::vector<TStoredCorrection>& corrections)
 {
+    Literal::TProcessor model = LiteralProcessorWith(corrections);
     HostChecks::CheckState(processor, TKind::kProcessor);
     for (std::size_t i = 0; i < std::min(corrections.size(), kUsedCorrections); ++i) {
         const TStoredCorrection& correction = corrections[i];
@@ -55,11 +43,14 @@ void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::
         processor.GetReferenceExposureAndIntensity(&exposure, &intensity);
         FUZZ_CHECK_EQUAL(BitsOf(exposure), correction.exposureBits);
         FUZZ_CHECK_EQUAL(BitsOf(intensity), correction.intensityBits);
+        model.SetActiveCorrection(correction.key);
         if (!correction.pixels.empty()) {
             FUZZ_CHECK_EQUAL(processor.SetExposureAndIntensity(1.5f, 30.0f), 0u);
+            model.SetExposureAndIntensity(1.5f, 30.0f);
             const auto background = HostChecks::CheckApplication(processor);
-            FUZZ_CHECK(!background || *background == ExpectedBackground(correction, 1.5f, 30.0f));
-            const Literal::TStatistics expected = Literal::CalculateStatistics(correction.pixels);
+            FUZZ_CHECK(!background || background == model.scaled);
+            Literal::TStatistics expected;
+            model.GetCorrectionStatistics(expected);
             unsigned short statistics[3] = {};
             processor.GetCorrectionStatistics(&statistics[0], &statistics[1], &statistics[2]);
             FUZZ_CHECK(statistics[0] == expected.minimum && statistics[1] == expected.maximum &&
@@ -68,32 +59,16 @@ void UseCorrections(TBackgroundCorrectionProcessorUINT16& processor, const std::
     }
 }
 
-// A file of corrections that all have pixels, or none to have.
-TBytes Written(const std::vector<TStoredCorrection>& corrections)
-{
-    TBytes bytes = SampleFiles::Beginning(static_cast<std::uint32_t>(corrections.size()));
-    for (const TStoredCorrection& correction : corrections) {
-        TBytes pixels;
-        for (const std::uint16_t pixel : correction.pixels) {
-            pixels.push_back(static_cast<unsigned char>(pixel & 0xFF));
-            pixels.push_back(static_cast<unsigned char>(pixel >> 8));
-        }
-        const TBytes records =
-            SampleFiles::Correction(correction.key, correction.width, correction.height,
-                                    FromBits(correction.exposureBits), FromBits(correction.intensityBits), pixels);
-        bytes.insert(bytes.end(), records.begin(), records.end());
-    }
-    return bytes;
-}
-
 void SaveAndLoadAgain(TBackgroundCorrectionProcessorUINT16& processor,
                       const std::vector<TStoredCorrection>& corrections, const std::vector<std::string>& groupingNames)
 {
     const bool grouped = !groupingNames.empty();
     FUZZ_CHECK_EQUAL(grouped ? processor.SaveGroupedFile("d\\saved", groupingNames) : processor.SaveFile("d\\saved"),
                      0u);
-    const TBytes& saved = *MemoryFiles::Find("d\\saved");
-    FUZZ_CHECK(grouped || saved == Written(corrections));
+    TBytes expected;
+    FUZZ_CHECK(Literal::Written(LiteralProcessorWith(corrections),
+                                grouped ? std::make_optional(groupingNames) : std::nullopt, expected));
+    FUZZ_CHECK(MemoryFiles::Disk().Read("d\\saved") == expected);
     TBackgroundCorrectionProcessorUINT16 again;
     const TLoadOutcome outcome = ProcessorDriver::Load(again, "d\\saved", {grouped, false});
     FUZZ_CHECK_EQUAL(outcome.result, 0u);
@@ -173,22 +148,40 @@ void OpenWithStore(const TBytes& bytes)
     const std::string path = StorePath(names);
     MemoryFiles::Put(path, bytes);
     for (const bool headerOnly : {true, false}) {
+        TLiteralDisk disk = MemoryFiles::Disk();
+        disk.mostAttempts = kMostAttempts;
+        Literal::TStore model(disk);
+        bool decided = true;
+        const auto expect = [&decided](unsigned int code, const auto& operation) {
+            try {
+                FUZZ_CHECK(!decided || code == operation());
+            } catch (const Literal::TUndecided&) {
+                decided = false;
+            }
+        };
         TBackgroundCorrectionFileManager store;
         const char* const grouping[] = {"A", "B"};
         store.SetGroupingParameters(grouping, 2);
+        model.SetGroupingParameters(Literal::TTexts{"A", "B"}, 2);
         const unsigned int result = headerOnly ? store.LoadFileHeaderOnly(path.c_str()) : store.LoadFile(path.c_str());
         FUZZ_CHECK(IsLoadResult(result) || result == 768);
+        expect(result, [&] { return headerOnly ? model.LoadFileHeaderOnly(path) : model.LoadFile(path); });
         FUZZ_CHECK(result == 0 || !headerOnly || store.GetNumberOfCorrections() == 0);
         HostChecks::CheckState(store, TKind::kStore);
         const unsigned int count = store.GetNumberOfCorrections();
         for (unsigned int i = 0; i < std::min<unsigned int>(count, kUsedCorrections); ++i) {
+            const std::string key = store.GetCorrectionKey(i);
             const unsigned int chosen = store.SetActiveCorrection(store.GetCorrectionKey(i));
             FUZZ_CHECK(IsLoadResult(chosen) || chosen == 513);
+            expect(chosen, [&] { return model.SetActiveCorrection(key); });
             HostChecks::CheckState(store, TKind::kStore);
-            HostChecks::CheckApplication(store);
+            const auto background = HostChecks::CheckApplication(store);
+            FUZZ_CHECK(!decided || !background || background == model.processor->scaled);
         }
         const unsigned int saved = store.SaveFile("d\\t");
         FUZZ_CHECK(headerOnly && result == 0 ? saved == 770 : IsLoadResult(saved) || saved == 513);
+        expect(saved, [&] { return model.SaveFile("d\\t"); });
+        FUZZ_CHECK(!decided || MemoryFiles::Disk().nodes == disk.nodes);
         HostChecks::CheckState(store, TKind::kStore);
         FUZZ_CHECK_EQUAL(MemoryFiles::OpenStreams(), 0u);
     }
@@ -199,6 +192,7 @@ void OpenWithStore(const TBytes& bytes)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const TLimitedMemory limitedMemory;
+    Literal::mostBackgroundPixels = TLimitedMemory::kLargestBlock / sizeof(std::uint16_t);
     const TBytes bytes(data, data + size);
     MemoryFiles::Clear();
     MemoryFiles::MakeFolder("d");

@@ -5,9 +5,9 @@
 
 #include "boundary/TMessageBuffer.h"
 #include "boundary/TZRException.h"
+#include "model/LiteralStore.h"
 #include "offline/GroupFiles.h"
 #include "offline/GroupNaming.h"
-#include "offline/LiteralStore.h"
 #include "offline/TDirectoryListing.h"
 #include "offline/TextHelpers.h"
 #include "platform/Text.h"
@@ -214,13 +214,7 @@ void CheckNarrowText(const std::string& text, const std::string& other)
     const int order = Platform::CompareIgnoringCase(text.c_str(), other.c_str());
     const int reversed = Platform::CompareIgnoringCase(other.c_str(), text.c_str());
     FUZZ_CHECK((order < 0) == (reversed > 0) && (order == 0) == (reversed == 0));
-    std::string lower[2] = {text, other};
-    for (std::string& letters : lower) {
-        for (char& letter : letters) {
-            letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
-        }
-    }
-    FUZZ_CHECK_EQUAL(order == 0, lower[0] == lower[1]);
+    FUZZ_CHECK_EQUAL(order == 0, Literal::Lower(text) == Literal::Lower(other));
 
     TObjectMessageBuffer message;
     message.Format("'%s'", text.c_str());

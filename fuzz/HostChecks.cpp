@@ -2,6 +2,8 @@
 
 #include "Check.h"
 
+#include "model/LiteralProcessor.h"
+
 #include <algorithm>
 #include <cstring>
 #include <set>
@@ -33,13 +35,12 @@ bool Written(unsigned int& code, TValue (&values)[count], TGetter getter)
     return !untouched;
 }
 
-std::string Lower(std::string text)
-{
-    for (char& letter : text) {
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+struct TIgnoringCase {
+    bool operator()(const std::string& left, const std::string& right) const
+    {
+        return Literal::Lower(left) < Literal::Lower(right);
     }
-    return text;
-}
+};
 
 bool IsOneOf(unsigned int code, std::initializer_list<unsigned int> codes)
 {
@@ -50,7 +51,7 @@ void CheckKeys(QX_IBackgroundCorrection& object, TKind kind)
 {
     const unsigned int count = object.GetNumberOfCorrections();
     const char* const active = object.GetActiveCorrectionKey();
-    std::set<std::string> unique;
+    std::set<std::string, TIgnoringCase> unique;
     bool activeIsListed = active == nullptr;
     for (unsigned int i = 0; i < count; ++i) {
         const char* const key = object.GetCorrectionKey(i);
@@ -58,7 +59,7 @@ void CheckKeys(QX_IBackgroundCorrection& object, TKind kind)
         activeIsListed = activeIsListed || key == active;
         if (kind == TKind::kProcessor) {
             FUZZ_CHECK(std::strlen(key) <= QX_KRLSDK::kMaximumKeyLength);
-            FUZZ_CHECK(unique.insert(Lower(key)).second);
+            FUZZ_CHECK(unique.insert(key).second);
         }
     }
     FUZZ_CHECK(object.GetCorrectionKey(count) == nullptr);
@@ -149,9 +150,7 @@ void CheckAgainst(QX_IBackgroundCorrection& object, const std::vector<std::uint1
     const int count = static_cast<int>(background.size());
     const std::vector<std::uint16_t> image = Image(background.size());
     std::vector<std::uint16_t> expected = image;
-    for (std::size_t i = 0; i < image.size(); ++i) {
-        expected[i] = static_cast<std::uint16_t>(image[i] > background[i] ? image[i] - background[i] : 0);
-    }
+    Literal::Subtract(expected.data(), image.data(), background.data(), image.size());
     std::vector<std::uint16_t> changed = image;
     FUZZ_CHECK_EQUAL(object.ApplyCorrection(changed.data(), count, nullptr, -7, nullptr, false, true, true), 0u);
     FUZZ_CHECK(changed == expected);

@@ -3,22 +3,20 @@
 #ifndef FUZZ_MEMORYFILES_H
 #define FUZZ_MEMORYFILES_H
 
+#include "model/LiteralDisk.h"
+
 #include <string>
-#include <vector>
 
 namespace MemoryFiles {
 
-using TBytes = std::vector<unsigned char>;
+// What the library works on. Letter case counts; folders are listed in the order of their names' bytes.
+TLiteralDisk& Disk();
 
 // Removes everything; the current folder, whose path is "", is always there.
 void Clear();
 
-// Paths are spelled with "/" or "\"; letter case counts. Folders are listed in the order of their names' bytes.
 void MakeFolder(const std::string& path);
-void Put(const std::string& path, const TBytes& bytes); // the folder need not be there
-const TBytes* Find(const std::string& path);            // null when there is no such file; valid until it changes
-std::vector<std::string> Paths();                       // of every file
-bool CanBeWritten(const std::string& path);             // no folder has this path, and it lies in one
+void Put(const std::string& path, const Literal::TBytes& bytes); // the folder need not be there
 
 // Streams that the library has open.
 unsigned int OpenStreams();

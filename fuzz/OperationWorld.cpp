@@ -2,14 +2,34 @@
 
 #include "Check.h"
 #include "HostChecks.h"
+#include "LimitedMemory.h"
 #include "MemoryFiles.h"
 
-#include "file/ProcessorDriver.h"
+#include <cstring>
 
 using HostChecks::TKind;
 
-TOperationWorld::TOperationWorld(const std::uint8_t* data, std::size_t size) : input(data, size)
+namespace {
+
+constexpr std::int64_t kMostAttempts = 1000;
+
+std::string TextOf(const char* text)
 {
+    return text != nullptr ? text : "(null)";
+}
+
+std::string TextOf(const Literal::TKey& text)
+{
+    return text.value_or("(null)");
+}
+
+} // namespace
+
+TOperationWorld::TOperationWorld(const std::uint8_t* data, std::size_t size)
+    : input(data, size), disk(MemoryFiles::Disk())
+{
+    disk.mostAttempts = kMostAttempts;
+    Literal::mostBackgroundPixels = TLimitedMemory::kLargestBlock / sizeof(std::uint16_t);
     for (std::size_t i = 0; i < kObjects; ++i) {
         Make(i);
     }
@@ -27,7 +47,7 @@ void TOperationWorld::Run()
     for (int i = 0; i < kMostOperations && !input.IsEmpty(); ++i) {
         Operate(true);
     }
-    for (std::size_t i = 0; i < kObjects; ++i) {
+    for (std::size_t i = 0; i < kObjects && !undecided; ++i) {
         Compare(i);
         CompareBackground(i);
     }
@@ -64,7 +84,7 @@ float TOperationWorld::Float()
                                        0x7FC00000, 0x7F800000, 0xFF800000, 0x00000001, 0x1E3CE508, 0x7149F2CA};
     constexpr unsigned int kCount = sizeof kBits / sizeof *kBits;
     const unsigned int choice = input.Below(kCount + 2);
-    return FromBits(choice < kCount ? kBits[choice] : input.Number());
+    return Literal::FromBits(choice < kCount ? kBits[choice] : input.Number());
 }
 
 int TOperationWorld::Small()
@@ -78,18 +98,31 @@ void TOperationWorld::Make(std::size_t i)
     FUZZ_CHECK_EQUAL(DeleteBackgroundCorrection(objects[i]), 0u);
     if (!IsStore(i)) {
         objects[i] = CreateBackgroundCorrection();
-        Model(i) = TProcessorModel();
+        processors[i] = Literal::TProcessor();
         return;
     }
     char names[3][20] = {"A", "B", ""};
     char* pointers[3] = {names[0], names[1], names[2]};
     const unsigned int choice = input.Below(8);
-    const int count = choice < 3 ? 2 : choice < 5 ? 1 : static_cast<int>(choice) - 5;
-    objects[i] = CreateBackgroundCorrectionOffline(choice == 7 ? nullptr : pointers, choice == 6 ? 3 : count);
-    storeKeys[i].clear();
+    const int count = choice == 6 ? 3 : choice < 3 ? 2 : choice < 5 ? 1 : static_cast<int>(choice) - 5;
+    objects[i] = CreateBackgroundCorrectionOffline(choice == 7 ? nullptr : pointers, count);
+    stores[i - kProcessors] = std::make_unique<Literal::TStore>(disk);
+    Store(i).SetGroupingParameters(
+        choice == 7 ? std::nullopt : std::make_optional<Literal::TTexts>({names[0], names[1], names[2]}), count);
 }
 
 void TOperationWorld::Operate(bool mayDelegate)
+{
+    try {
+        if (!undecided) {
+            OperateDecided(mayDelegate);
+        }
+    } catch (const Literal::TUndecided&) {
+        undecided = true;
+    }
+}
+
+void TOperationWorld::OperateDecided(bool mayDelegate)
 {
     const unsigned int operation = input.Below(16);
     const std::size_t i = input.Below(kObjects);
@@ -131,10 +164,7 @@ void TOperationWorld::Operate(bool mayDelegate)
         break;
     case 13:
         FUZZ_CHECK_EQUAL(objects[i]->ClearCorrections(), 0u);
-        if (!IsStore(i)) {
-            Model(i).ClearCorrections();
-        }
-        storeKeys[i].clear();
+        WithModel(i, [](auto& model) { return model.ClearCorrections(); });
         break;
     case 14:
         ChangeFiles();
@@ -147,65 +177,83 @@ void TOperationWorld::Operate(bool mayDelegate)
         }
         break;
     }
-    Compare(i);
-}
-
-void TOperationWorld::CheckResult(std::size_t i, unsigned int code, unsigned int modelCode,
-                                  const TCodes& storeCodes) const
-{
-    if (IsStore(i)) {
-        if (storeCodes.count(code) == 0) {
-            Fuzz::Fail(__FILE__, __LINE__, "a store gave " + std::to_string(code));
-        }
-    } else {
-        FUZZ_CHECK_EQUAL(code, modelCode);
+    if (!undecided) { // within the call of a delegate
+        Compare(i);
     }
-}
-
-std::vector<std::string> TOperationWorld::Keys(std::size_t i)
-{
-    std::vector<std::string> keys;
-    for (unsigned int position = 0; position < objects[i]->GetNumberOfCorrections(); ++position) {
-        keys.push_back(objects[i]->GetCorrectionKey(position));
-    }
-    return keys;
 }
 
 void TOperationWorld::Compare(std::size_t i)
 {
+    CompareTexts(i);
     HostChecks::CheckState(*objects[i], IsStore(i) ? TKind::kStore : TKind::kProcessor);
-    if (IsStore(i)) {
-        FUZZ_CHECK(Keys(i) == storeKeys[i]);
-        return;
+    WithModel(i, [&](auto& model) { CompareGetters(*objects[i], model); });
+    TakeTexts(i);
+    FUZZ_CHECK(MemoryFiles::Disk().nodes == disk.nodes);
+}
+
+template <typename TModel> void TOperationWorld::CompareGetters(QX_IBackgroundCorrection& object, TModel& model)
+{
+    FUZZ_CHECK_EQUAL(object.GetNumberOfCorrections(), model.GetNumberOfCorrections());
+    for (unsigned int position = 0; position < model.GetNumberOfCorrections(); ++position) {
+        FUZZ_CHECK_EQUAL(TextOf(object.GetCorrectionKey(position)), TextOf(model.GetCorrectionKey(position)));
     }
-    const TProcessorModel& model = Model(i);
-    QX_IBackgroundCorrection& object = *objects[i];
-    FUZZ_CHECK(ProcessorDriver::Corrections(Processor(i)) == model.corrections);
-    const char* const key = object.GetActiveCorrectionKey();
-    FUZZ_CHECK_EQUAL(std::string(key != nullptr ? key : "(null)"),
-                     model.active ? model.corrections[*model.active].key : "(null)");
-    FUZZ_CHECK_EQUAL(object.GetCorrectionLevel(), model.Level());
-    float exposure = 0.0f;
-    float intensity = 0.0f;
-    int region[4] = {};
-    FUZZ_CHECK_EQUAL(object.GetExposureAndIntensity(&exposure, &intensity), model.headerOnly ? 770u : 0u);
-    FUZZ_CHECK_EQUAL(object.GetRegion(&region[0], &region[1], &region[2], &region[3]), model.headerOnly ? 770u : 0u);
-    if (!model.headerOnly) {
-        FUZZ_CHECK(BitsOf(exposure) == BitsOf(model.exposure) && BitsOf(intensity) == BitsOf(model.intensity));
-        FUZZ_CHECK(region[0] == model.left && region[1] == model.top && region[2] == model.width &&
-                   region[3] == model.height);
+    FUZZ_CHECK_EQUAL(TextOf(object.GetActiveCorrectionKey()), TextOf(model.GetActiveCorrectionKey()));
+    FUZZ_CHECK_EQUAL(object.GetCorrectionLevel(), model.GetCorrectionLevel());
+    float given[2] = {99.0f, 99.0f};
+    float expected[2] = {99.0f, 99.0f};
+    FUZZ_CHECK_EQUAL(object.GetExposureAndIntensity(&given[0], &given[1]),
+                     model.GetExposureAndIntensity(expected[0], expected[1]));
+    FUZZ_CHECK(std::memcmp(given, expected, sizeof given) == 0); // every NaN is itself
+    FUZZ_CHECK_EQUAL(object.GetReferenceExposureAndIntensity(&given[0], &given[1]),
+                     model.GetReferenceExposureAndIntensity(expected[0], expected[1]));
+    FUZZ_CHECK(std::memcmp(given, expected, sizeof given) == 0);
+    std::vector<int> region(4, 99);
+    std::vector<int> expectedRegion(4, 99);
+    FUZZ_CHECK_EQUAL(object.GetRegion(&region[0], &region[1], &region[2], &region[3]), model.GetRegion(expectedRegion));
+    FUZZ_CHECK(region == expectedRegion);
+    for (const bool scaled : {false, true}) {
+        unsigned short values[3] = {99, 99, 99};
+        Literal::TStatistics statistics = {99, 99, 99};
+        const unsigned int code = scaled ? object.GetScaledCorrectionStatistics(&values[0], &values[1], &values[2])
+                                         : object.GetCorrectionStatistics(&values[0], &values[1], &values[2]);
+        FUZZ_CHECK_EQUAL(code, scaled ? model.GetScaledCorrectionStatistics(statistics)
+                                      : model.GetCorrectionStatistics(statistics));
+        FUZZ_CHECK(values[0] == statistics.minimum && values[1] == statistics.maximum &&
+                   values[2] == statistics.average);
+    }
+}
+
+// A store's own text goes with the first call, and the second gives that of its group.
+void TOperationWorld::CompareTexts(std::size_t i)
+{
+    for (int call = 0; call < 2; ++call) {
+        FUZZ_CHECK_EQUAL(TextOf(objects[i]->GetLastErrorMessage()),
+                         TextOf(WithModel(i, [](auto& model) { return model.GetLastErrorMessage(); })));
+    }
+}
+
+void TOperationWorld::TakeTexts(std::size_t i)
+{
+    objects[i]->GetLastErrorMessage();
+    const char* const text = objects[i]->GetLastErrorMessage();
+    FUZZ_CHECK_EQUAL(text != nullptr, Processor(i) != nullptr);
+    if (IsStore(i)) {
+        Store(i).message.clear();
+    }
+    if (text != nullptr) {
+        Processor(i)->message = text;
     }
 }
 
 void TOperationWorld::CompareBackground(std::size_t i)
 {
     const auto background = HostChecks::CheckApplication(*objects[i]);
-    if (IsStore(i)) {
-        return;
-    }
-    const TProcessorModel& model = Model(i);
-    const bool isGiven = !model.headerOnly && model.active && model.PixelCount() <= HostChecks::kMostPixels &&
-                         model.background && model.background->size() == static_cast<std::size_t>(model.PixelCount());
+    const Literal::TProcessor* const processor = Processor(i);
+    const bool isGiven =
+        processor != nullptr && !processor->headerOnly && processor->active != nullptr && processor->scaled &&
+        std::int64_t{processor->width} * processor->height == static_cast<std::int64_t>(processor->scaled->size()) &&
+        processor->scaled->size() <= static_cast<std::size_t>(HostChecks::kMostPixels);
     FUZZ_CHECK_EQUAL(background.has_value(), isGiven);
-    FUZZ_CHECK(!isGiven || *background == *model.background);
+    FUZZ_CHECK(!isGiven || *background == *processor->scaled);
+    TakeTexts(i);
 }

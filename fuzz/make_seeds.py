@@ -78,6 +78,9 @@ def calibration_files():
     seeds["cut_in_second"] = bytes(damaged[:-400])
     seeds["goes_back"] = calibration_file([record(62, 2, b"", 46)], count=9)
     seeds["goes_back_to_the_count"] = calibration_file([record(1, 1, b"", 30)], count=1000)
+    # A name's data is read from offset 30 on, and the next name's record from where it began.
+    seeds["names_beyond_the_cap"] = (b"Background Correction File" + struct.pack("<I", 2) + number(69, 65537, 2) +
+                                     record(70, 2, b"", 30))
     for name, data in seeds.items():
         put("calibration_file", name, data)
 
@@ -113,7 +116,14 @@ FLOATS = ["1", "0.5", "100", "-1", "0", "-0", "nan", "inf", "-inf", "least", "sm
 LONGEST_KEY, CUT_KEY, CUT_GROUP_KEY, FREE_TEXT = range(len(KEYS), len(KEYS) + 4)
 
 
+def free(choice, text):
+    return bytes([choice, len(text)]) + text
+
+
 def key(text):
+    """One of KEYS, one of the choices after them, or any bytes."""
+    if isinstance(text, bytes):
+        return free(FREE_TEXT, text)
     return bytes([KEYS.index(text)]) if isinstance(text, str) else bytes([text])
 
 
@@ -122,7 +132,7 @@ def value(text):
 
 
 def path(text):
-    return bytes([PATHS.index(text)])
+    return free(len(PATHS), text) if isinstance(text, bytes) else bytes([PATHS.index(text)])
 
 
 def small(number_):
@@ -186,6 +196,12 @@ def files(*choice):
     return bytes([14, 0]) + bytes(choice)
 
 
+def described(text, width, height):
+    """A file of one correction without pixels, where there are no other files."""
+    return (bytes([14, 0, 5]) + key(text) + b"\0" + struct.pack("<I", width) + b"\0" + struct.pack("<I", height) +
+            value("1") + value("100") + bytes([0, 0, 0]))
+
+
 def anew(which, choice=0):
     return bytes([15, which, 1]) + (bytes([choice]) if which >= 2 else b"")
 
@@ -245,6 +261,24 @@ def operations():
         load(1, "d\\f") + files(0, 4, 7) + load(2, "d\\f") + load(1, "d\\f", True) + files(0, 0) + load(1, "d\\f"),
         "files_behind_a_store": stored + save(2, "d\\s") + files(0, 1, 200) + activate(2, "A,1,B,2") + files(1, 4, 2) +
         activate(2, "A,1,B,3") + files(2, 3) + path("d\\s_A_1") + load(2, "d\\s") + save(2, "d\\t"),
+        "high_bytes": add(0, b"gr\xfc\xdf") + add(0, b"gr\xdc\xdf", 1, 3) + activate(0, b"GR\xdc\xdf") +
+        delete(0, b"GR\xfc\xdf") + check(0) + add(2, b"A,\xe4,B,\xc4") + add(2, b"A,\xc4,B,\xe4", 3, 1) + save(2, "d\\s") +
+        activate(2, b"A,\xe4,B,\xc4") + check(2) + load(3, b"d\\s_A_\xc4_B_\xe4") + activate(3, b"A,\xc4,B,\xe4"),
+        "minus_one_wide": described("dark", 0xFFFFFFFF, 1) + load(0, "d\\f", True) + load(0, "gone\\x") +
+        activate(0, "dark") + region(0, 0, 0, 1, 1) + check(0) + import_from(2, 0) + activate(2, "dark") +
+        load(2, "d\\f", True) + load(2, "d\\f"),
+        "minus_one_high": described("A,1,B,2", 1, 0xFFFFFFFF) + load(0, "d\\f", True) + load(0, "gone\\x") +
+        activate(0, "A,1,B,2") + import_from(2, 0) + activate(2, "A,1,B,2") + check(2) + save(2, "d\\s"),
+        "wrapped_product": described("dark", 0x10000, 0x10000) + load(0, "d\\f", True) + load(0, "gone\\x") +
+        activate(0, "dark") + region(0, 0, 0, 2, 2) + check(0) + save(0, "t") + load(0, "d\\f"),
+        "narrower_import": add(0, "dark", 4, 4) + activate(0, "dark") + add(1, "DARK", 2, 5) + import_from(0, 1, True) +
+        level(0, 50) + check(0) + region(0, 1, 1, 1, 4) + check(0) + add(1, "A,3", 7, 1) + activate(1, "DARK"),
+        "wider_import": add(0, "dark", 2, 4) + activate(0, "dark") + region(0, 1, 2, 1, 2) + add(1, "dark", 7, 1) +
+        import_from(0, 1, True) + level(0, 50) + check(0),
+        "store_imports_itself": stored + activate(2, "A,1,B,2") + import_from(2, 2, True) + import_from(2, 2, True) +
+        check(2) + stored + save(2, "d\\s") + activate(2, "A,2,B,1,x") + import_from(2, 2, True) + check(2),
+        "null_device": two + save(0, b"/dev/null") + load(0, b"/dev/null") + load(0, b"/dev/null", True) + stored +
+        save(2, b"/dev/null") + save(2, "d\\s") + save(2, b"/dev/null") + load(2, b"/dev/null"),
         "anew": two + anew(0) + stored + anew(2, 7) + anew(2, 6) + add(2, "dark") + check(2),
     }
     for name, data in sequences.items():

@@ -13,7 +13,8 @@ endfunction()
 
 add_executable(qxbc_unit_tests)
 qxbc_compile_quickly(qxbc_unit_tests)
-target_link_libraries(qxbc_unit_tests PRIVATE qxbc_core GTest::gtest GTest::gtest_main GTest::gmock)
+target_sources(qxbc_unit_tests PRIVATE model/LiteralArithmeticTest.cpp)
+target_link_libraries(qxbc_unit_tests PRIVATE qxbc_model qxbc_core GTest::gtest GTest::gtest_main GTest::gmock)
 target_include_directories(qxbc_unit_tests PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
 
 foreach(folder support platform boundary kernels data file processor offline faults surroundings threads)

@@ -1,19 +1,10 @@
-// What the library is compared with. Images are row-major, 16-bit, `count` = width * height pixels.
+// What the library is compared with, beside the literal loops of tests/model. Images are row-major, 16-bit, `count` =
+// width * height pixels.
 #ifndef BENCH_COMPARE_RIVALS_H
 #define BENCH_COMPARE_RIVALS_H
 
 #include <cstddef>
 #include <cstdint>
-
-// The algorithms as one would write them down: one pixel at a time, in double precision, with a padded image and a
-// partial selection sort for the median.
-namespace Literal {
-void Subtract(std::uint16_t* output, const std::uint16_t* image, const std::uint16_t* background, std::size_t count);
-void CopyAndScale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count, float factor);
-void Average(std::uint16_t* output, const std::uint16_t* const* frames, std::size_t frameCount, std::size_t count);
-void Median(std::uint16_t* image, std::size_t width, std::size_t height);
-double Statistics(const std::uint16_t* pixels, std::size_t count, std::uint16_t& minimum, std::uint16_t& maximum);
-} // namespace Literal
 
 // OpenCV's nearest equivalents, on one thread, into images that exist already.
 class TOpenCvRival {

@@ -4,6 +4,7 @@
 #include "compare/Rows.h"
 #include "kernels/Dispatch.h"
 #include "kernels/Kernels.h"
+#include "model/LiteralArithmetic.h"
 
 #include <memory>
 

@@ -25,8 +25,9 @@ struct TKernelTable {
     // for ahead of their use; with `isStreaming` the output goes past the caches: it starts at an even address.
     void (*subtract)(uint16_t* output, const uint16_t* image, const uint16_t* background, size_t count,
                      bool isAskingAhead, bool isStreaming);
-    // 0 < factor < kScaleFactorLimit; isStreaming as above.
-    void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isStreaming);
+    // 0 < factor < kScaleFactorLimit; the rest as above, but the output overlaps nothing.
+    void (*scale)(uint16_t* output, const uint16_t* pixels, size_t count, float factor, bool isAskingAhead,
+                  bool isStreaming);
     // frameCount >= 1, below 2^24; scratch of min(pixelCount, kAverageTileLength); isAskingAhead as above.
     void (*average)(uint16_t* output, const uint16_t* const* frames, size_t frameCount, size_t pixelCount,
                     float* scratch, bool isAskingAhead);

@@ -24,6 +24,10 @@ constexpr size_t kFar = 4096;
 // From this length on it is worth while to bring the stores to aligned addresses first.
 constexpr size_t kAlignFrom = 16384;
 
+// From here on images are walked through in two halves, a line of the one and a line of the other in turn: a processor
+// that reads ahead by itself then has twice as many requests under way.
+constexpr size_t kInHalvesFrom = size_t{1} << 18;
+
 constexpr size_t kAlignment = 64; // bytes; stores that do not cross lines of the cache are faster
 
 // Number of pixels up to the next aligned one.

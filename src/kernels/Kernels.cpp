@@ -89,8 +89,8 @@ void Scale(std::uint16_t* output, const std::uint16_t* pixels, std::size_t count
     if (!(factor > 0.0f)) { // also NaN
         std::fill(output, output + count, std::uint16_t{0});
     } else if (factor < kScaleFactorLimit) {
-        // A background is read again with every image: as long as it stays in the caches it had better be there.
-        Table().scale(output, pixels, count, factor, IsStreaming(output, count / 4));
+        // A background is read again with every image: as long as the caches can keep it, it belongs there.
+        Table().scale(output, pixels, count, factor, Habits().isAskingAhead, IsStreaming(output, count / 4));
     } else {
         Plain::Scale(output, pixels, count, factor);
     }

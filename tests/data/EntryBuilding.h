@@ -4,7 +4,7 @@
 
 #include "boundary/TZRException.h"
 #include "data/BackgroundCorrectionEntry.h"
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 
 #include <string>
 #include <vector>

@@ -1,8 +1,8 @@
 // Saves and loads while file operations fail.
 #include "faults/FileFaults.h"
-#include "file/LiteralReader.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
+#include "file/LiteralLoad.h"
 #include "support/AllocationFaults.h"
 #include "support/TemporaryFolder.h"
 
@@ -227,7 +227,7 @@ TEST_P(CalibrationFileFaults, FailedReadsAndSkipsLeaveWhatTheLiteralReaderLeaves
                             EXPECT_EQ(outcome.result, 0u);
                             break;
                         }
-                        TLiteralFaults literal;
+                        Literal::TReadFaults literal;
                         const bool again = repeat == TFileFaultRepeat::kFromThenOn;
                         (operation == TFileOperation::kRead ? literal.failedRead : literal.failedSeek) = failAt;
                         (operation == TFileOperation::kRead ? literal.everyLaterReadToo : literal.everyLaterSeekToo) =

@@ -1,6 +1,6 @@
 #include "faults/CampaignRun.h"
 
-#include "offline/LiteralDisk.h" // kBackslashSystem
+#include "model/LiteralDisk.h" // kBackslashSystem
 #include "support/AllocationFaults.h"
 
 #include "boundary/TZRException.h"

@@ -1,5 +1,5 @@
 // Damaged files: the library's readers against the literal one, over whole families of damage.
-#include "file/LiteralReader.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
 #include "support/TemporaryFolder.h"

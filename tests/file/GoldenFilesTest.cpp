@@ -1,5 +1,5 @@
 // Files written out by hand against what the library writes, and what it reads from them.
-#include "file/LiteralReader.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
 #include "support/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 // Files that are made to hurt: endless counts, circles, claims of more than there is, sizes that wrap.
-#include "file/LiteralReader.h"
+#include "file/LiteralLoad.h"
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
 #include "support/AllocationFaults.h"

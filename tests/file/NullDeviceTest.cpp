@@ -1,7 +1,7 @@
 // The null device, which opens like a file.
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
-#include "offline/LiteralDisk.h" // kBackslashSystem
+#include "model/LiteralDisk.h" // kBackslashSystem
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

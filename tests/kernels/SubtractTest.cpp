@@ -1,6 +1,6 @@
 #include "kernels/Kernels.h"
 
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 #include "support/RandomImages.h"
 
 #include <gtest/gtest.h>

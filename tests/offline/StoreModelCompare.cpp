@@ -25,6 +25,12 @@ struct TState {
     }
 };
 
+// Every NaN is itself.
+std::vector<double> BitsOf(float exposure, float intensity)
+{
+    return {static_cast<double>(Literal::Bits(exposure)), static_cast<double>(Literal::Bits(intensity))};
+}
+
 std::string RealState(TTestStore& store, unsigned int bits)
 {
     TState state;
@@ -39,14 +45,14 @@ std::string RealState(TTestStore& store, unsigned int bits)
     float exposure = 99.0f;
     float intensity = 99.0f;
     unsigned int result = store->GetExposureAndIntensity(&exposure, &intensity);
-    state.Line("exposure", result, {double{exposure}, double{intensity}});
+    state.Line("exposure", result, BitsOf(exposure, intensity));
     int region[4] = {99, 99, 99, 99};
     result = store->GetRegion(&region[0], &region[1], &region[2], &region[3]);
     state.Line("region", result, std::vector<double>(region, region + 4));
     if ((bits & 1) != 0) {
         exposure = intensity = 99.0f;
         result = store->GetReferenceExposureAndIntensity(&exposure, &intensity);
-        state.Line("reference", result, {double{exposure}, double{intensity}});
+        state.Line("reference", result, BitsOf(exposure, intensity));
         unsigned short statistics[3] = {99, 99, 99};
         result = store->GetCorrectionStatistics(&statistics[0], &statistics[1], &statistics[2]);
         state.Line("statistics", result, std::vector<double>(statistics, statistics + 3));
@@ -81,14 +87,14 @@ std::string ModelState(Literal::TStore& store, unsigned int bits)
     float exposure = 99.0f;
     float intensity = 99.0f;
     unsigned int result = store.GetExposureAndIntensity(exposure, intensity);
-    state.Line("exposure", result, {double{exposure}, double{intensity}});
+    state.Line("exposure", result, BitsOf(exposure, intensity));
     std::vector<int> region(4, 99);
     result = store.GetRegion(region);
     state.Line("region", result, std::vector<double>(region.begin(), region.end()));
     if ((bits & 1) != 0) {
         exposure = intensity = 99.0f;
         result = store.GetReferenceExposureAndIntensity(exposure, intensity);
-        state.Line("reference", result, {double{exposure}, double{intensity}});
+        state.Line("reference", result, BitsOf(exposure, intensity));
         Literal::TStatistics statistics{99, 99, 99};
         result = store.GetCorrectionStatistics(statistics);
         state.Line("statistics", result, Values(statistics));

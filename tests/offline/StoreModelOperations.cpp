@@ -1,6 +1,7 @@
 // One operation, done to the library's objects and to the model's.
 #include "offline/StoreModelWorld.h"
 
+#include <limits>
 #include <numeric>
 #include <sstream>
 
@@ -53,10 +54,25 @@ std::vector<Literal::TImage> FramesOf(const TOperation& operation)
     return frames;
 }
 
-constexpr float kExposures[] = {1.0f, 0.5f, 2.0f, -1.0f, 0.1f, 4.0f};
-constexpr float kIntensities[] = {1.0f, 100.0f, 50.0f, -1.0f, 0.0f, 10.0f};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kExposures[] = {1.0f, 0.5f, 2.0f, -1.0f, 0.1f, 4.0f, 1e-30f, kNaN, -kNaN, kInfinity, -kInfinity};
+constexpr float kIntensities[] = {1.0f, 100.0f, 50.0f, -1.0f, 0.0f, 10.0f, 1e-30f, kNaN, -kNaN, kInfinity, -kInfinity};
+static_assert(sizeof kExposures == kFactorCount * sizeof(float) && sizeof kIntensities == sizeof kExposures);
+
+// Of corrections whose number of pixels, or its double, does not fit into 32 bits, or whose sides are no signed number.
+constexpr std::uint32_t kOddSizes[][2] = {{0xFFFFFFFF, 1},    {1, 0xFFFFFFFF},    {0x80000000, 2}, {0x80000000, 0},
+                                          {0x10000, 0x10000}, {0x10001, 0x10000}, {3, 0},          {0, 0xFFFFFFFF}};
+static_assert(sizeof kOddSizes / sizeof *kOddSizes == kOddSizeCount);
 
 } // namespace
+
+Literal::TAddition TStoreModelWorld::AdditionOf(const TOperation& operation)
+{
+    return Literal::Addition(operation.text, FramesOf(operation),
+                             kExposures[static_cast<std::size_t>(operation.numbers[3])],
+                             kIntensities[static_cast<std::size_t>(operation.numbers[4])]);
+}
 
 unsigned int TStoreModelWorld::DoToStore(const TOperation& operation, TTestStore& store)
 {
@@ -108,7 +124,7 @@ unsigned int TStoreModelWorld::DoToModel(const TOperation& operation, Literal::T
     const std::optional<std::string> handedOut = model.GetCorrectionKey(static_cast<std::size_t>(n[0]));
     switch (operation.kind) {
     case TKind::kAdd:
-        return model.AddCorrection(operation.text, FramesOf(operation), kExposures[n[3]], kIntensities[n[4]]);
+        return model.AddCorrection(AdditionOf(operation));
     case TKind::kSelect:
         return model.SetActiveCorrection(operation.text);
     case TKind::kSelectNothing:
@@ -120,8 +136,7 @@ unsigned int TStoreModelWorld::DoToModel(const TOperation& operation, Literal::T
     case TKind::kDeleteHandedOut:
         return handedOut.has_value() ? model.DeleteCorrection(*handedOut) : 0;
     case TKind::kClear:
-        model.ClearCorrections();
-        return 0;
+        return model.ClearCorrections();
     case TKind::kSetLevel:
         return model.SetCorrectionLevel(n[0]);
     case TKind::kSetExposure:
@@ -129,8 +144,8 @@ unsigned int TStoreModelWorld::DoToModel(const TOperation& operation, Literal::T
     case TKind::kSetRegion:
         return model.SetRegion(n[0], n[1], n[2], n[3]);
     case TKind::kImport:
-        return n[0] == 2 ? model.ImportCorrections(liveModel, n[1] != 0)
-                         : model.ImportCorrections(*models[static_cast<std::size_t>(n[0])], n[1] != 0);
+        return n[0] == 2 ? model.ImportCorrections({&liveModel, nullptr}, n[1] != 0)
+                         : model.ImportCorrections({nullptr, models[static_cast<std::size_t>(n[0])].get()}, n[1] != 0);
     case TKind::kSave:
         return model.SaveFile(operation.text);
     case TKind::kSaveHandedOut:
@@ -197,12 +212,20 @@ std::string TStoreModelWorld::DoToDisk(const TOperation& operation)
         return Differing("Result",
                          std::to_string(live->AddFrames(operation.text.c_str(), FramesOf(operation), kExposures[n[3]],
                                                         kIntensities[n[4]])),
-                         std::to_string(liveModel.AddCorrection(operation.text, FramesOf(operation), kExposures[n[3]],
-                                                                kIntensities[n[4]])));
+                         std::to_string(liveModel.AddCorrection(AdditionOf(operation))));
     }
     if (operation.kind == TKind::kDeleteLive) {
         return Differing("Result", std::to_string((*live)->DeleteCorrection(operation.text.c_str())),
                          std::to_string(liveModel.DeleteCorrection(operation.text)));
+    }
+    if (operation.kind == TKind::kLoadLive || operation.kind == TKind::kLoadLiveHeaderOnly) {
+        const bool headerOnly = operation.kind == TKind::kLoadLiveHeaderOnly;
+        const char* const path = operation.text.c_str();
+        const unsigned int result = headerOnly ? (*live)->LoadFileHeaderOnly(path) : (*live)->LoadFile(path);
+        const unsigned int expected = headerOnly ? liveModel.LoadFileHeaderOnly(disk.Open(operation.text))
+                                                 : liveModel.LoadFile(disk.Open(operation.text));
+        return Differing("Result", std::to_string(result), std::to_string(expected)) +
+               Differing("Text", live->Message(), liveModel.message);
     }
     std::vector<std::string> files;
     for (const auto& [path, node] : disk.nodes) {
@@ -235,6 +258,16 @@ std::string TStoreModelWorld::DoToDisk(const TOperation& operation)
         if (isFree || disk.nodes[operation.text].has_value()) {
             WriteBoth(operation.text,
                       StoreFiles::Grouped({n[1] == 0 ? "Other" : "A"}, {StoreFiles::Flat("A,1,Other,3", 32)}));
+        }
+        break;
+    case TKind::kWriteOddSizes:
+        if (isFree || disk.nodes[operation.text].has_value()) {
+            const std::uint32_t* const size = kOddSizes[n[2]];
+            const std::vector<StoreFiles::TCorrection> corrections = {
+                StoreFiles::Flat("A,1,B,1,flat", 33),
+                {"A,1,B,1,odd", size[0], size[1], kExposures[n[3]], kIntensities[n[4]], {}}};
+            WriteBoth(operation.text, n[1] == 0 ? StoreFiles::Ungrouped(corrections)
+                                                : StoreFiles::Grouped({n[1] == 1 ? "A" : "B"}, corrections));
         }
         break;
     case TKind::kTruncate:

@@ -3,6 +3,7 @@
 #include "platform/FolderSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <sstream>
 #include <utility>
 
@@ -10,12 +11,39 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const char* const kKindNames[] = {
-    "Add",          "Select",        "SelectNothing", "SelectHandedOut", "Delete",         "DeleteHandedOut",
-    "Clear",        "SetLevel",      "SetExposure",   "SetRegion",       "Apply",          "Import",
-    "Save",         "SaveHandedOut", "Load",          "LoadHandedOut",   "LoadHeaderOnly", "Message",
-    "MakeAnew",     "AddLive",       "DeleteLive",    "WriteUngrouped",  "WriteForeign",   "Truncate",
-    "SpoilVersion", "CopyFile",      "RemoveFile",    "MakeFolder",      "HideFolder",     "ShowFolder"};
+const char* const kKindNames[] = {"Add",
+                                  "Select",
+                                  "SelectNothing",
+                                  "SelectHandedOut",
+                                  "Delete",
+                                  "DeleteHandedOut",
+                                  "Clear",
+                                  "SetLevel",
+                                  "SetExposure",
+                                  "SetRegion",
+                                  "Apply",
+                                  "Import",
+                                  "Save",
+                                  "SaveHandedOut",
+                                  "Load",
+                                  "LoadHandedOut",
+                                  "LoadHeaderOnly",
+                                  "Message",
+                                  "MakeAnew",
+                                  "AddLive",
+                                  "DeleteLive",
+                                  "LoadLive",
+                                  "LoadLiveHeaderOnly",
+                                  "WriteUngrouped",
+                                  "WriteForeign",
+                                  "WriteOddSizes",
+                                  "Truncate",
+                                  "SpoilVersion",
+                                  "CopyFile",
+                                  "RemoveFile",
+                                  "MakeFolder",
+                                  "HideFolder",
+                                  "ShowFolder"};
 static_assert(sizeof kKindNames / sizeof *kKindNames == static_cast<std::size_t>(TKind::kCount));
 
 std::string NameOf(TKind kind)
@@ -60,7 +88,7 @@ void TStoreModelWorld::Begin(const TSequence& sequence)
     for (std::size_t i = 0; i < 2; ++i) {
         stores[i] = std::make_unique<TTestStore>(groupingNames[i]);
         models[i] = std::make_unique<Literal::TStore>(disk);
-        models[i]->SetGroupingParameters(groupingNames[i]);
+        models[i]->SetGroupingParameters(groupingNames[i], static_cast<int>(groupingNames[i].size()));
         models[i]->message.clear(); // TTestStore takes its text away as well
     }
     live = std::make_unique<TTestObject>();
@@ -148,7 +176,7 @@ std::string TStoreModelWorld::Do(const TOperation& operation)
         stores[i] = nullptr;
         stores[i] = std::make_unique<TTestStore>(groupingNames[i]);
         models[i] = std::make_unique<Literal::TStore>(disk);
-        models[i]->SetGroupingParameters(groupingNames[i]);
+        models[i]->SetGroupingParameters(groupingNames[i], static_cast<int>(groupingNames[i].size()));
         models[i]->message.clear();
         return CompareDisk();
     }
@@ -159,6 +187,12 @@ std::string TStoreModelWorld::Do(const TOperation& operation)
     orderIsUncertain = false;
     const unsigned int expected = DoToModel(operation, *models[i]);
     seen.insert(NameOf(operation.kind) + " " + std::to_string(expected));
+    if (const Literal::TProcessor* const processor = models[i]->processor.get()) {
+        seen.insert(processor->message);
+        if (processor->active != nullptr && std::isnan(processor->active->exposure)) {
+            seen.insert("a reference that is no number");
+        }
+    }
     stopped = orderIsUncertain && (result != 0 || expected != 0);
     return Differing("Result", std::to_string(result), std::to_string(expected)) +
            CompareState(operation.store, operation.bits) +

@@ -3,7 +3,7 @@
 #ifndef TESTS_OFFLINE_STOREMODELWORLD_H
 #define TESTS_OFFLINE_STOREMODELWORLD_H
 
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 #include "offline/StoreSupport.h"
 #include "support/TestObject.h"
 
@@ -37,8 +37,11 @@ enum class TKind {
     kMakeAnew,
     kAddLive,
     kDeleteLive,
+    kLoadLive,
+    kLoadLiveHeaderOnly,
     kWriteUngrouped, // operations on the disk behind the store's back
     kWriteForeign,
+    kWriteOddSizes,
     kTruncate,
     kSpoilVersion,
     kCopyFile,
@@ -48,6 +51,12 @@ enum class TKind {
     kShowFolder,
     kCount
 };
+
+// Exposures and intensities to choose from, and sizes of corrections in files.
+constexpr int kFactorCount = 11;
+constexpr int kCommonFactorCount = 6; // finite and no smaller than usual
+constexpr int kTinyFactor = 6;        // its square is zero
+constexpr int kOddSizeCount = 8;
 
 struct TOperation {
     TKind kind = TKind::kMessage;
@@ -80,7 +89,7 @@ public:
     // operation, so that nobody can say in which order the library saw them.
     int CutShort() const { return cutShort; }
 
-    // "Save 769": every kind of operation with every result that it gave.
+    // "Save 769": every kind of operation with every result that it gave; every text of a loaded group.
     const std::set<std::string>& Seen() const { return seen; }
 
 private:
@@ -89,6 +98,7 @@ private:
 
     void Begin(const TSequence& sequence);
     std::string Do(const TOperation& operation);
+    static Literal::TAddition AdditionOf(const TOperation& operation);
     unsigned int DoToStore(const TOperation& operation, TTestStore& store);
     unsigned int DoToModel(const TOperation& operation, Literal::TStore& model);
     std::string DoToDisk(const TOperation& operation);

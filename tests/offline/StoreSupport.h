@@ -5,9 +5,9 @@
 #include "QX_BackgroundCorrection.h"
 
 #include "file/FileBytes.h"
-#include "offline/LiteralDisk.h" // kBackslashSystem
+#include "model/LiteralArithmetic.h"
+#include "model/LiteralDisk.h" // kBackslashSystem
 #include "offline/TBackgroundCorrectionFileManager.h"
-#include "support/LiteralArithmetic.h"
 #include "support/TemporaryFolder.h"
 
 #include <filesystem>

@@ -128,7 +128,7 @@ TEST(RegionOfAHugeDescription, IsSignedAndRefusesEveryRegion)
     };
     constexpr std::uint32_t kMinusOne = 0xFFFFFFFF;
     constexpr std::uint32_t kLowest = 0x80000000;
-    const TRow rows[] = {
+    const TRow rows[] = { // all have more pixels than memory is asked for
         {kMinusOne, 60, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
         {kMinusOne, 60, {7, 99, 0, 0}, 513, OutOfRange("left", 7)},
         {kMinusOne, kMinusOne, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
@@ -137,10 +137,10 @@ TEST(RegionOfAHugeDescription, IsSignedAndRefusesEveryRegion)
         {100, kMinusOne, {99, 5, 1, 1}, 514, OutOfRange("top", 5)},
         {100, kMinusOne, {100, 5, 1, 1}, 513, OutOfRange("left", 100)},
         {100, kLowest, {0, kMost, 1, 1}, 514, OutOfRange("top", kMost)},
-        {0x7FFFFFFF, 1, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
-        {0x7FFFFFFF, 1, {kMost - 1, 0, 2, 1}, 515, OutOfRange("width", 2)},
-        {0x7FFFFFFF, 1, {2, 0, kMost, 1}, 515, OutOfRange("width", kMost)},
-        {0x7FFFFFFF, 1, {kMost - 1, 0, 1, 1}, 0, ""},
+        {0x7FFFFFFF, 2, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
+        {0x7FFFFFFF, 2, {kMost - 1, 0, 2, 1}, 515, OutOfRange("width", 2)},
+        {0x7FFFFFFF, 2, {2, 0, kMost, 1}, 515, OutOfRange("width", kMost)},
+        {0x7FFFFFFF, 2, {kMost - 1, 0, 1, 1}, 0, ""},
     };
     for (const TRow& row : rows) {
         const TTestObject object;

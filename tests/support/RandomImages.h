@@ -2,7 +2,7 @@
 #ifndef QXBC_TESTS_RANDOM_IMAGES_H
 #define QXBC_TESTS_RANDOM_IMAGES_H
 
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,8 +4,8 @@
 
 #include "QX_BackgroundCorrection.h"
 
+#include "model/LiteralArithmetic.h"
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
-#include "support/LiteralArithmetic.h"
 
 #include <ostream>
 #include <string>

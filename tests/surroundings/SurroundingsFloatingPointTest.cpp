@@ -2,7 +2,7 @@
 // is what is written down, done in the host's mode. The library changes no mode and changes none back.
 #include "file/FileBytes.h"
 #include "file/SampleFiles.h"
-#include "support/LiteralArithmetic.h"
+#include "model/LiteralArithmetic.h"
 #include "support/RandomImages.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestObject.h"

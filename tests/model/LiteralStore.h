@@ -1,10 +1,10 @@
 // The offline store written a second time, step by step as it is described and without regard to speed: what the
 // library's store is compared with. Shares no code with the library.
-#ifndef TESTS_OFFLINE_LITERALSTORE_H
-#define TESTS_OFFLINE_LITERALSTORE_H
+#ifndef TESTS_MODEL_LITERALSTORE_H
+#define TESTS_MODEL_LITERALSTORE_H
 
-#include "offline/LiteralDisk.h"
-#include "offline/LiteralProcessor.h"
+#include "model/LiteralDisk.h"
+#include "model/LiteralProcessor.h"
 
 #include <cstdint>
 #include <memory>
@@ -13,8 +13,6 @@
 #include <vector>
 
 namespace Literal {
-
-using TTexts = std::vector<std::string>;
 
 // The rules about texts, as free functions.
 TTexts Tokens(const std::string& text, char delimiter);
@@ -39,15 +37,17 @@ struct TStore {
     bool headerOnly = false;
     std::string message;
 
-    unsigned int SetGroupingParameters(const TTexts& names);
-    unsigned int AddCorrection(const std::string& key, const std::vector<TImage>& frames, float exposureSeconds,
-                               float intensityPercent);
-    unsigned int SetActiveCorrection(const std::optional<std::string>& key);
-    std::optional<std::string> GetActiveCorrectionKey() const;
-    std::optional<std::string> GetCorrectionKey(std::size_t index) const;
-    void ClearCorrections();
-    unsigned int DeleteCorrection(const std::string& key);
+    // As the factory does; nothing stands for a null array.
+    unsigned int SetGroupingParameters(const std::optional<TTexts>& names, int count);
+    unsigned int AddCorrection(const TAddition& addition);
+    unsigned int SetActiveCorrection(const TKey& key);
+    TKey GetActiveCorrectionKey() const;
+    TKey GetCorrectionKey(std::size_t index) const;
+    std::size_t GetNumberOfCorrections() const { return keys.size(); }
+    unsigned int ClearCorrections();
+    unsigned int DeleteCorrection(const TKey& key);
     unsigned int SetCorrectionLevel(int percent);
+    int GetCorrectionLevel() const { return level; }
     unsigned int SetExposureAndIntensity(float exposureSeconds, float intensityPercent);
     unsigned int GetExposureAndIntensity(float& exposureSeconds, float& intensityPercent);
     unsigned int GetReferenceExposureAndIntensity(float& exposureSeconds, float& intensityPercent);
@@ -56,12 +56,11 @@ struct TStore {
     unsigned int ApplyCorrection(TApplication& arguments);
     unsigned int SetRegion(int newLeft, int newTop, int newWidth, int newHeight);
     unsigned int GetRegion(std::vector<int>& region);
-    unsigned int ImportCorrections(TStore& source, bool overwrite);
-    unsigned int ImportCorrections(TProcessor& source, bool overwrite);
-    unsigned int LoadFileHeaderOnly(const std::string& fileName);
-    unsigned int LoadFile(const std::string& fileName);
-    unsigned int SaveFile(const std::string& fileName);
-    std::optional<std::string> GetLastErrorMessage(); // nothing: a null pointer
+    unsigned int ImportCorrections(const TImportSource& source, bool overwrite);
+    unsigned int LoadFileHeaderOnly(const std::optional<std::string>& fileName);
+    unsigned int LoadFile(const std::optional<std::string>& fileName);
+    unsigned int SaveFile(const std::optional<std::string>& fileName);
+    TKey GetLastErrorMessage(); // nothing: a null pointer
 
 private:
     TLiteralDisk& disk;
@@ -78,9 +77,7 @@ private:
     unsigned int DeriveBaseFileName(const std::string& path, TTexts& names, std::string& found, std::uint32_t& version);
     TTexts ListGroupFiles(const TTexts& names, const std::string& start) const;
     unsigned int RemoveStoreFiles(const std::string& path);
-    // The key that the source has at a position in that round, or an empty text; the entry of that position and key.
-    template <typename TKeyOf, typename TEntryOf>
-    unsigned int Import(std::size_t count, const TKeyOf& keyOf, bool overwrite, const TEntryOf& entryOf);
+    unsigned int Import(const TImportSource& source, std::size_t index, const std::string& key, bool overwrite);
     unsigned int SaveSplit(const std::string& target, const std::string& fileName);
     unsigned int SaveCopy(const std::string& target);
 };

@@ -1,5 +1,5 @@
 // The literal store's groups: what keys and file names mean, which files belong to a store, switching, splitting.
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 
 #include <algorithm>
 #include <utility>
@@ -147,7 +147,7 @@ unsigned int TStore::SelectGroup(const std::string& key)
             if (exists) {
                 TTexts ignoredNames;
                 std::uint32_t ignoredVersion = 0;
-                result = fresh->LoadGroupedFile(disk, path, ignoredNames, ignoredVersion, headerOnly);
+                result = fresh->LoadGroupedFile(disk.Open(path), ignoredNames, ignoredVersion, headerOnly);
                 if (result != 0) {
                     return result;
                 }
@@ -194,7 +194,7 @@ unsigned int TStore::DeriveBaseFileName(const std::string& path, TTexts& names, 
         return 771;
     }
     TProcessor scratch;
-    const unsigned int result = scratch.LoadGroupedFile(disk, path, names, version, true);
+    const unsigned int result = scratch.LoadGroupedFile(disk.Open(path), names, version, true);
     if (result != 0 && result != 772) {
         return result;
     }
@@ -267,7 +267,7 @@ unsigned int TStore::SaveSplit(const std::string& target, const std::string& fil
             break;
         }
         scratch.ClearCorrections();
-        scratch.ImportOverwriting(*processor);
+        scratch.ImportCorrections({processor.get(), nullptr}, true);
         const TTexts& kept = buckets[i].second;
         std::size_t index = 0;
         while (index < scratch.entries.size() && result == 0) {
@@ -293,7 +293,7 @@ unsigned int TStore::SaveCopy(const std::string& target)
     for (const std::string& file : ListGroupFiles(groupingNames, base)) {
         TTexts ignoredNames;
         std::uint32_t ignoredVersion = 0;
-        result = scratch.LoadGroupedFile(disk, file, ignoredNames, ignoredVersion, false);
+        result = scratch.LoadGroupedFile(disk.Open(file), ignoredNames, ignoredVersion, false);
         TTexts fileValues;
         std::string path;
         if (result == 0) {

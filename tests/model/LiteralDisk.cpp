@@ -1,4 +1,4 @@
-#include "offline/LiteralDisk.h"
+#include "model/LiteralDisk.h"
 
 #include <algorithm>
 #include <cctype>
@@ -21,6 +21,11 @@ std::string NameOf(const std::string& below)
 {
     const std::size_t slash = below.find_last_of('/');
     return slash == std::string::npos ? below : below.substr(slash + 1);
+}
+
+bool IsNullDevice(const std::string& path)
+{
+    return ForwardSlashes(path) == kNullDevice;
 }
 
 bool IsSpelledFromARoot(const std::string& path)
@@ -73,18 +78,24 @@ bool TLiteralDisk::IsFolder(const std::string& below) const
 bool TLiteralDisk::Exists(const std::string& path) const
 {
     const auto below = Resolve(path);
-    return below.has_value() && (IsFolder(*below) || nodes.count(*below) != 0);
+    return IsNullDevice(path) || (below.has_value() && (IsFolder(*below) || nodes.count(*below) != 0));
 }
 
-std::optional<FileBytes::TBytes> TLiteralDisk::Read(const std::string& path) const
+std::optional<Literal::TBytes> TLiteralDisk::Read(const std::string& path) const
 {
+    if (IsNullDevice(path)) {
+        return Literal::TBytes();
+    }
     const auto below = Resolve(path);
     const auto node = below.has_value() ? nodes.find(*below) : nodes.end();
     return node != nodes.end() ? node->second : std::nullopt;
 }
 
-bool TLiteralDisk::Write(const std::string& path, const FileBytes::TBytes& bytes)
+bool TLiteralDisk::Write(const std::string& path, const Literal::TBytes& bytes)
 {
+    if (IsNullDevice(path)) {
+        return true;
+    }
     const auto below = Resolve(path);
     constexpr std::size_t kLongestName = 255;
     if (!below.has_value() || IsFolder(*below) || !IsFolder(ParentOf(*below)) || NameOf(*below).empty() ||
@@ -95,12 +106,19 @@ bool TLiteralDisk::Write(const std::string& path, const FileBytes::TBytes& bytes
     return true;
 }
 
-void TLiteralDisk::Remove(const std::string& path)
+bool TLiteralDisk::Remove(const std::string& path)
 {
     const auto below = Resolve(path);
-    if (below.has_value() && !IsFolder(*below)) {
-        nodes.erase(*below);
-    }
+    return below.has_value() && !IsFolder(*below) && nodes.erase(*below) != 0;
+}
+
+Literal::TOpened TLiteralDisk::Open(const std::optional<std::string>& path) const
+{
+    Literal::TOpened opened;
+    opened.path = path.value_or("(null)");
+    opened.bytes = path.has_value() ? Read(*path) : std::nullopt;
+    opened.mostAttempts = mostAttempts;
+    return opened;
 }
 
 std::vector<std::string> TLiteralDisk::List(const std::string& folder) const

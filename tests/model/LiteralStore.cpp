@@ -1,4 +1,4 @@
-#include "offline/LiteralStore.h"
+#include "model/LiteralStore.h"
 
 #include <algorithm>
 
@@ -31,12 +31,16 @@ void TStore::ReleaseCurrentGroup()
     values.clear();
 }
 
-unsigned int TStore::SetGroupingParameters(const TTexts& names)
+unsigned int TStore::SetGroupingParameters(const std::optional<TTexts>& names, int count)
 {
-    if (names.empty()) {
+    if (!names.has_value()) {
+        return Fail(513, "Grouping parameters are NULL.");
+    }
+    if (count <= 0) {
         return Fail(513, "One of the grouping parameter is NULL.");
     }
-    for (const std::string& name : names) {
+    for (int i = 0; i < count; ++i) {
+        const std::string& name = names->at(static_cast<std::size_t>(i));
         if (name.empty()) {
             return Fail(513, "One of the grouping parameter is NULL.");
         }
@@ -45,20 +49,22 @@ unsigned int TStore::SetGroupingParameters(const TTexts& names)
     return 0;
 }
 
-unsigned int TStore::AddCorrection(const std::string& key, const std::vector<TImage>& frames, float exposureSeconds,
-                                   float intensityPercent)
+unsigned int TStore::AddCorrection(const TAddition& addition)
 {
-    unsigned int result = SelectGroup(key);
+    if (!addition.key.has_value()) {
+        return Fail(513, "Input key is NULL.");
+    }
+    unsigned int result = SelectGroup(*addition.key);
     if (result == 0) {
-        result = processor->AddCorrection(key, frames, exposureSeconds, intensityPercent);
+        result = processor->AddCorrection(addition);
     }
     if (result == 0) {
-        keys.push_back(key);
+        keys.push_back(*addition.key);
     }
     return result;
 }
 
-unsigned int TStore::SetActiveCorrection(const std::optional<std::string>& key)
+unsigned int TStore::SetActiveCorrection(const TKey& key)
 {
     if (!key.has_value()) {
         return processor != nullptr ? processor->SetActiveCorrection(key) : 0;
@@ -73,32 +79,36 @@ unsigned int TStore::SetActiveCorrection(const std::optional<std::string>& key)
     return processor->SetActiveCorrection(key);
 }
 
-std::optional<std::string> TStore::GetActiveCorrectionKey() const
+TKey TStore::GetActiveCorrectionKey() const
 {
     return processor != nullptr ? processor->GetActiveCorrectionKey() : std::nullopt;
 }
 
-std::optional<std::string> TStore::GetCorrectionKey(std::size_t index) const
+TKey TStore::GetCorrectionKey(std::size_t index) const
 {
-    return index < keys.size() ? std::optional<std::string>(keys[index]) : std::nullopt;
+    return index < keys.size() ? TKey(keys[index]) : std::nullopt;
 }
 
-void TStore::ClearCorrections()
+unsigned int TStore::ClearCorrections()
 {
     ReleaseCurrentGroup();
     keys.clear();
     base.clear();
     headerOnly = false;
+    return 0;
 }
 
-unsigned int TStore::DeleteCorrection(const std::string& key)
+unsigned int TStore::DeleteCorrection(const TKey& key)
 {
-    unsigned int result = SelectGroup(key);
+    if (!key.has_value()) {
+        return Fail(513, "Input key is NULL.");
+    }
+    unsigned int result = SelectGroup(*key);
     if (result == 0) {
         result = processor->DeleteCorrection(key);
     }
     if (result == 0) {
-        keys.erase(std::remove(keys.begin(), keys.end(), key), keys.end());
+        keys.erase(std::remove(keys.begin(), keys.end(), *key), keys.end());
     }
     return result;
 }
@@ -193,19 +203,25 @@ unsigned int TStore::GetRegion(std::vector<int>& region)
     return 0;
 }
 
-std::optional<std::string> TStore::GetLastErrorMessage()
+TKey TStore::GetLastErrorMessage()
 {
     if (message.empty()) {
-        return processor != nullptr ? std::optional<std::string>(processor->message) : std::nullopt;
+        return processor != nullptr ? TKey(processor->message) : std::nullopt;
     }
     message.clear();
-    return std::string();
+    return TKey("");
 }
 
-// Sources are left alone but for their groups; the number of rounds is fixed when the import begins.
-template <typename TKeyOf, typename TEntryOf>
-unsigned int TStore::Import(std::size_t count, const TKeyOf& keyOf, bool overwrite, const TEntryOf& entryOf)
+unsigned int TStore::ImportCorrections(const TImportSource& source, bool overwrite)
 {
+    if (headerOnly) {
+        return Fail(770, kHeaderOnly);
+    }
+    if (source.store == nullptr && source.processor == nullptr) {
+        return Fail(513, "The supplied import source is NULL.");
+    }
+    const std::size_t count =
+        source.store != nullptr ? source.store->GetNumberOfCorrections() : source.processor->GetNumberOfCorrections();
     std::string savedKey;
     if (processor != nullptr && processor->active != nullptr) {
         savedKey = processor->active->key;
@@ -213,30 +229,11 @@ unsigned int TStore::Import(std::size_t count, const TKeyOf& keyOf, bool overwri
     }
     unsigned int result = 0;
     for (std::size_t i = 0; i < count && result == 0; ++i) {
-        const std::string key = keyOf(i); // a store that imports itself moves its keys up as it loses them
-        if (key.empty()) {
-            continue;
-        }
-        result = SelectGroup(key);
-        if (result != 0) {
-            break;
-        }
-        if (std::count(keys.begin(), keys.end(), key) != 0) {
-            if (!overwrite) {
-                continue;
-            }
-            result = processor->DeleteCorrection(key);
-            keys.erase(std::remove(keys.begin(), keys.end(), key), keys.end());
-            if (result != 0) {
-                break;
-            }
-        }
-        const TEntry* const entry = entryOf(i, key);
-        if (entry != nullptr) {
-            result = processor->AddEntryCopy(*entry);
-            if (result == 0) {
-                keys.push_back(key);
-            }
+        // Of this round: a store that imports itself loses keys on the way, and the later ones move up.
+        const TKey key =
+            source.store != nullptr ? source.store->GetCorrectionKey(i) : source.processor->GetCorrectionKey(i);
+        if (key.has_value()) {
+            result = Import(source, i, *key, overwrite);
         }
     }
     if (!savedKey.empty()) {
@@ -248,29 +245,40 @@ unsigned int TStore::Import(std::size_t count, const TKeyOf& keyOf, bool overwri
     return result;
 }
 
-unsigned int TStore::ImportCorrections(TStore& source, bool overwrite)
+unsigned int TStore::Import(const TImportSource& source, std::size_t index, const std::string& key, bool overwrite)
 {
-    if (headerOnly) {
-        return Fail(770, kHeaderOnly);
+    unsigned int result = SelectGroup(key);
+    if (result != 0) {
+        return result;
     }
-    return Import(
-        source.keys.size(), [&](std::size_t i) { return i < source.keys.size() ? source.keys[i] : std::string(); },
-        overwrite, [&](std::size_t, const std::string& key) { return source.FindEntryForKey(key); });
+    if (std::count(keys.begin(), keys.end(), key) != 0) {
+        if (!overwrite) {
+            return 0;
+        }
+        result = processor->DeleteCorrection(key);
+        keys.erase(std::remove(keys.begin(), keys.end(), key), keys.end());
+        if (result != 0) {
+            return result;
+        }
+    }
+    const TEntry* const entry =
+        source.store != nullptr ? source.store->FindEntryForKey(key) : source.processor->entries[index].get();
+    if (entry == nullptr) {
+        return 0;
+    }
+    result = processor->AddEntryCopy(*entry);
+    if (result == 0) {
+        keys.push_back(key);
+    }
+    return result;
 }
 
-unsigned int TStore::ImportCorrections(TProcessor& source, bool overwrite)
+unsigned int TStore::LoadFileHeaderOnly(const std::optional<std::string>& fileName)
 {
-    if (headerOnly) {
-        return Fail(770, kHeaderOnly);
+    if (!fileName.has_value()) {
+        return Fail(513, "Input file name is NULL.");
     }
-    return Import(
-        source.entries.size(), [&](std::size_t i) { return source.entries[i]->key; }, overwrite,
-        [&](std::size_t i, const std::string&) { return source.entries[i].get(); });
-}
-
-unsigned int TStore::LoadFileHeaderOnly(const std::string& fileName)
-{
-    const std::string path = StoreSpelling(fileName);
+    const std::string path = StoreSpelling(*fileName);
     TTexts fileNames;
     std::string derivedBase;
     std::uint32_t version = 0;
@@ -294,7 +302,7 @@ unsigned int TStore::LoadFileHeaderOnly(const std::string& fileName)
     for (const std::string& file : files) {
         TTexts ignoredNames;
         std::uint32_t ignoredVersion = 0;
-        const unsigned int result = scratch->LoadGroupedFile(disk, file, ignoredNames, ignoredVersion, true);
+        const unsigned int result = scratch->LoadGroupedFile(disk.Open(file), ignoredNames, ignoredVersion, true);
         if (result != 0) {
             return result;
         }
@@ -314,8 +322,11 @@ unsigned int TStore::LoadFileHeaderOnly(const std::string& fileName)
     return 0;
 }
 
-unsigned int TStore::LoadFile(const std::string& fileName)
+unsigned int TStore::LoadFile(const std::optional<std::string>& fileName)
 {
+    if (!fileName.has_value()) {
+        return Fail(513, "Input file name is NULL.");
+    }
     const unsigned int result = LoadFileHeaderOnly(fileName);
     if (result != 0) {
         return result;
@@ -327,15 +338,18 @@ unsigned int TStore::LoadFile(const std::string& fileName)
     }
     TTexts ignoredNames;
     std::uint32_t ignoredVersion = 0;
-    return processor->LoadGroupedFile(disk, StoreSpelling(fileName), ignoredNames, ignoredVersion, false);
+    return processor->LoadGroupedFile(disk.Open(StoreSpelling(*fileName)), ignoredNames, ignoredVersion, false);
 }
 
-unsigned int TStore::SaveFile(const std::string& fileName)
+unsigned int TStore::SaveFile(const std::optional<std::string>& fileName)
 {
+    if (!fileName.has_value()) {
+        return Fail(513, "Input file name is NULL.");
+    }
     if (headerOnly) {
         return Fail(770, kHeaderOnly);
     }
-    const std::string path = StoreSpelling(fileName);
+    const std::string path = StoreSpelling(*fileName);
     if (!base.empty() && processor != nullptr) {
         std::string groupFile;
         unsigned int result = BuildGroupFileName(base, values, groupFile);
@@ -373,7 +387,7 @@ unsigned int TStore::SaveFile(const std::string& fileName)
     if (processor == nullptr) {
         return 0;
     }
-    return SaveSplit(target, fileName);
+    return SaveSplit(target, *fileName);
 }
 
 } // namespace Literal

@@ -1,27 +1,16 @@
-#include "offline/LiteralProcessor.h"
+#include "model/LiteralProcessor.h"
 
 #include <algorithm>
-#include <cctype>
+#include <iomanip>
+#include <locale>
 #include <numeric>
+#include <sstream>
 
 namespace Literal {
 
 namespace {
 
 const char kHeaderOnly[] = "This file has been opened in header only mode. Cannot modify or apply corrections.";
-
-bool SameKey(const std::string& left, const std::string& right) // the letters A to Z equal a to z
-{
-    if (left.size() != right.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (std::tolower(static_cast<unsigned char>(left[i])) != std::tolower(static_cast<unsigned char>(right[i]))) {
-            return false;
-        }
-    }
-    return true;
-}
 
 } // namespace
 
@@ -30,11 +19,34 @@ std::string Cut(const std::string& text)
     return text.substr(0, 256);
 }
 
+std::string Lower(std::string text)
+{
+    for (char& letter : text) {
+        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
+    }
+    return text;
+}
+
+std::string ZeroProduct(float exposure, float intensity)
+{
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(6) << "Reference exposure and light intensity product is zero [ "
+         << static_cast<double>(exposure) << " ] * [ " << static_cast<double>(intensity) << " ].";
+    return text.str();
+}
+
 unsigned int TDelegate::Note(const std::string& operation, int width, int height, long long backgroundSum)
 {
     calls += operation + " " + std::to_string(width) + " x " + std::to_string(height) + " " +
              std::to_string(backgroundSum) + "\n";
     return kResult;
+}
+
+TAddition Addition(const TKey& key, const std::vector<TImage>& frames, float exposure, float intensity)
+{
+    return {key,      frames,   false, static_cast<int>(frames.size()), frames.front().width, frames.front().height,
+            exposure, intensity};
 }
 
 unsigned int TProcessor::Fail(unsigned int code, const std::string& text)
@@ -46,42 +58,61 @@ unsigned int TProcessor::Fail(unsigned int code, const std::string& text)
 std::shared_ptr<TEntry> TProcessor::Find(const std::string& key) const
 {
     for (const auto& entry : entries) {
-        if (SameKey(entry->key, key)) {
+        if (Lower(entry->key) == Lower(key)) {
             return entry;
         }
     }
     return nullptr;
 }
 
-unsigned int TProcessor::AddCorrection(const std::string& key, const std::vector<TImage>& frames, float exposureSeconds,
-                                       float intensityPercent)
+unsigned int TProcessor::AddCorrection(const TAddition& addition)
 {
     if (headerOnly) {
         return Fail(770, kHeaderOnly);
     }
-    if (!(exposureSeconds > 0.0f)) {
+    if (!addition.key.has_value()) {
+        return Fail(513, "Input key is NULL.");
+    }
+    if (addition.framesAreNull) {
+        return Fail(514, "Input images are NULL.");
+    }
+    if (addition.frameCount < 1) {
+        return Fail(515, "Invalid number of images.");
+    }
+    if (addition.width < 1) {
+        return Fail(516, "Invalid input width.");
+    }
+    if (addition.height < 1) {
+        return Fail(517, "Invalid input height.");
+    }
+    if (0.0f >= addition.exposure) { // what is no number passes
         return Fail(518, "Exposure time must be greater than zero.");
     }
-    if (!(intensityPercent > 0.0f)) {
+    if (0.0f >= addition.intensity) {
         return Fail(519, "Light intensity must be greater than zero.");
     }
-    if (key.empty()) {
-        return Fail(513, "Could not add background correction - 'The key is not valid - ''.'");
+    const auto refuse = [this](const std::string& why) {
+        return Fail(513, "Could not add background correction - '" + why.substr(0, 512) + "'");
+    };
+    const std::string stored = addition.key->substr(0, 512);
+    if (stored.empty()) {
+        return refuse("The key is not valid - ''.");
     }
-    const std::string stored = key.substr(0, 512);
+    if (addition.exposure * addition.intensity == 0.0f) {
+        return refuse(ZeroProduct(addition.exposure, addition.intensity));
+    }
     if (Find(stored) != nullptr) {
-        return Fail(513, "Could not add background correction - '" +
-                             ("Supplied Key is not unique - '" + stored + "'").substr(0, 512) + "'");
+        return refuse("Supplied Key is not unique - '" + stored + "'");
     }
-    const TImage image = Correction(frames);
-    entries.push_back(std::make_shared<TEntry>(TEntry{stored, exposureSeconds, intensityPercent,
+    const TImage image = Correction(addition.frames);
+    entries.push_back(std::make_shared<TEntry>(TEntry{stored, addition.exposure, addition.intensity,
                                                       static_cast<std::uint32_t>(image.width),
                                                       static_cast<std::uint32_t>(image.height), image.pixels}));
     modified = true;
     return 0;
 }
 
-unsigned int TProcessor::SetActiveCorrection(const std::optional<std::string>& key)
+unsigned int TProcessor::SetActiveCorrection(const TKey& key)
 {
     if (!key.has_value()) {
         active = nullptr;
@@ -98,39 +129,43 @@ unsigned int TProcessor::SetActiveCorrection(const std::optional<std::string>& k
     return 0;
 }
 
-std::optional<std::string> TProcessor::GetActiveCorrectionKey() const
+TKey TProcessor::GetActiveCorrectionKey() const
 {
-    return active != nullptr ? std::optional<std::string>(active->key) : std::nullopt;
+    return active != nullptr ? TKey(active->key) : std::nullopt;
 }
 
-void TProcessor::ClearCorrections()
+TKey TProcessor::GetCorrectionKey(std::size_t index) const
+{
+    return index < entries.size() ? TKey(entries[index]->key) : std::nullopt;
+}
+
+unsigned int TProcessor::ClearCorrections()
 {
     entries.clear();
     SetActiveCorrection(std::nullopt);
     headerOnly = false;
+    return 0;
 }
 
-unsigned int TProcessor::DeleteCorrection(const std::string& key)
+unsigned int TProcessor::DeleteCorrection(const TKey& key)
 {
     if (headerOnly) {
         return Fail(770, kHeaderOnly);
     }
-    if (active != nullptr && active->key == key) {
+    if (!key.has_value()) {
+        return Fail(513, "Supplied key is NULL.");
+    }
+    if (active != nullptr && active->key == *key) {
         return Fail(513, "The supplied key is currently active.");
     }
-    const auto found = Find(key);
+    const auto found = Find(*key);
     if (found == nullptr) {
-        return Fail(513, "The supplied key was not found - '" + key + "'");
+        return Fail(513, "The supplied key was not found - '" + *key + "'");
     }
     if (found == active) { // spelled in another letter case: no activation may point to what is gone
         SetActiveCorrection(std::nullopt);
     }
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (entries[i] == found) {
-            entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(i));
-            break;
-        }
-    }
+    entries.erase(std::find(entries.begin(), entries.end(), found));
     modified = true;
     return 0;
 }
@@ -143,6 +178,11 @@ unsigned int TProcessor::SetCorrectionLevel(int percent)
     level = LevelFraction(percent < 0 ? 0 : percent > 100 ? 100 : percent);
     Recalculate();
     return 0;
+}
+
+int TProcessor::GetCorrectionLevel() const
+{
+    return static_cast<int>(static_cast<double>(level) * 100.0);
 }
 
 unsigned int TProcessor::SetExposureAndIntensity(float exposureSeconds, float intensityPercent)
@@ -180,8 +220,8 @@ unsigned int TProcessor::GetCorrectionStatistics(TStatistics& statistics)
     if (headerOnly) {
         return Fail(770, "This file has been opened in header only mode. Cannot access correction data information.");
     }
-    if (active != nullptr && active->pixels.has_value()) {
-        statistics = CalculateStatistics(*active->pixels);
+    if (active != nullptr && !active->pixels.empty()) {
+        statistics = CalculateStatistics(active->pixels);
     }
     return 0;
 }
@@ -203,7 +243,7 @@ unsigned int TProcessor::SetRegion(int newLeft, int newTop, int newWidth, int ne
         return Fail(770, kHeaderOnly);
     }
     const auto beyond = [this](std::uint32_t TEntry::* size, int start, int length) {
-        return active != nullptr && static_cast<int>((*active).*size) < std::int64_t{start} + length;
+        return active != nullptr && static_cast<std::int32_t>((*active).*size) < std::int64_t{start} + length;
     };
     const auto refuse = [this](unsigned int code, const char* what, int value) {
         return Fail(code, std::string("The input ") + what + " [ " + std::to_string(value) + " ] is out of range.");
@@ -243,9 +283,14 @@ void TProcessor::Recalculate()
     if (active == nullptr) {
         return;
     }
-    TImage image{width, height, std::vector<std::uint16_t>(static_cast<std::size_t>(width * height), 0)};
-    if (active->pixels.has_value()) {
-        const TImage whole{static_cast<int>(active->width), static_cast<int>(active->height), *active->pixels};
+    const std::uint64_t count = static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height);
+    if (count > mostBackgroundPixels) {
+        Fail(1024, "Error allocating correction memory.");
+        return;
+    }
+    TImage image{width, height, std::vector<std::uint16_t>(static_cast<std::size_t>(count), 0)};
+    if (!active->pixels.empty()) {
+        const TImage whole{static_cast<int>(active->width), static_cast<int>(active->height), active->pixels};
         image = CopyRegion(whole, left, top, width, height);
     }
     scaled = Scale(image, ScaleFactor(exposure, intensity, level, active->exposure, active->intensity)).pixels;
@@ -262,54 +307,30 @@ unsigned int TProcessor::ApplyCorrection(TApplication& a)
     if (a.hasOutput && a.imageLength != a.outputLength) {
         return Fail(516, "The input image sizes do not match.");
     }
-    if (a.imageLength != width * height) {
+    if (a.imageLength != std::int64_t{width} * height) {
         return Fail(514, "The input image size does not match parameters.");
     }
     const bool delegated = a.useDelegate && a.hasDelegate;
     const std::string flags =
         std::string(a.delegateProcessing ? " processing" : "") + (a.delegateOption ? " option" : "");
     if (!correctionActive) {
-        if (a.hasOutput && !a.outputIsImage) {
+        if (a.hasOutput && !a.outputIsImage && !a.imageIsNull) {
             std::copy_n(a.image.begin(), a.imageLength, a.output.begin());
         }
         return delegated && a.delegateProcessing ? a.delegate.Note("ProcessInPlace", width, height) : 0;
     }
-    if (!scaled.has_value()) {
+    // The memory could not be had, or the correction was chosen in header-only mode or cannot be cut.
+    if (!scaled.has_value() || scaled->size() != static_cast<std::size_t>(a.imageLength)) {
         return Fail(1024, "Error allocating correction memory.");
     }
     if (delegated) {
         return a.delegate.Note((a.hasOutput ? "SubtractInto" : "SubtractInPlace") + flags, width, height,
                                std::accumulate(scaled->begin(), scaled->end(), 0LL));
     }
-    std::vector<std::uint16_t>& result = a.hasOutput && !a.outputIsImage ? a.output : a.image;
-    for (std::size_t i = 0; i < scaled->size(); ++i) {
-        const int difference = int{a.image[i]} - int{(*scaled)[i]};
-        result[i] = static_cast<std::uint16_t>(difference < 0 ? 0 : difference);
+    if (!a.imageIsNull) {
+        std::vector<std::uint16_t>& result = a.hasOutput && !a.outputIsImage ? a.output : a.image;
+        Subtract(result.data(), a.image.data(), scaled->data(), scaled->size());
     }
-    return 0;
-}
-
-void TProcessor::ImportOverwriting(const TProcessor& source)
-{
-    for (const auto& entry : source.entries) {
-        const auto own = Find(entry->key);
-        if (own != nullptr) {
-            *own = *entry;
-        } else {
-            entries.push_back(std::make_shared<TEntry>(*entry));
-        }
-    }
-    modified = true;
-}
-
-unsigned int TProcessor::AddEntryCopy(const TEntry& entry)
-{
-    if (Find(entry.key) != nullptr) {
-        return Fail(1024, "Couldn't create new background entry - '" +
-                              ("Supplied Key is not unique - '" + entry.key + "'").substr(0, 512) + "'");
-    }
-    entries.push_back(std::make_shared<TEntry>(entry));
-    modified = true;
     return 0;
 }
 

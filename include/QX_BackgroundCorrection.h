@@ -148,8 +148,8 @@ public:
     /// Index 6. Subtracts \p background from \p image in place.
     /// \param image       width * height pixels; null when the host gave ApplyCorrection a null image
     /// \param background  the scaled background of the region, width * height pixels, read only
-    /// \param width, height  the region's size in pixels
-    /// \param delegateProcessing, delegateOption  as given to ApplyCorrection
+    /// \param width,height  the region's size in pixels
+    /// \param delegateProcessing,delegateOption  as given to ApplyCorrection
     virtual unsigned int SubtractInPlace(unsigned short* image, const unsigned short* background, int width, int height,
                                          bool delegateProcessing, bool delegateOption) = 0;
 
@@ -179,7 +179,7 @@ public:
     /// \param frames                 \p frameCount pointers, each to width * height pixels, read only; the pointers
     ///                               themselves are not checked
     /// \param frameCount             number of frames, at least 1
-    /// \param width, height          size of every frame in pixels, at least 1
+    /// \param width,height           size of every frame in pixels, at least 1
     /// \param exposureSeconds        exposure time of the frames in seconds, greater than 0 (NaN passes)
     /// \param lightIntensityPercent  light intensity of the frames in percent, greater than 0 (NaN passes)
     /// \return kHeaderOnlyMode; kFirstArgumentInvalid null key; kSecondArgumentInvalid null frames;

@@ -8,20 +8,52 @@
 /// - image: row-major array of unsigned 16-bit pixels, no padding between rows; lengths are counted in pixels.
 /// - key: NUL-terminated narrow text that names a correction; the first 512 characters count, and letter case (ASCII)
 ///   does not: "Dark" and "dark" are the same key.
+/// - background: the active correction, cut to the region and scaled to the settings. ApplyCorrection subtracts it.
 /// - live processor: the object made by CreateBackgroundCorrection; it keeps every correction in memory.
 /// - offline store: the object made by CreateBackgroundCorrectionOffline; it spreads its corrections over one
-///   calibration file per group and loads one group at a time. Where it differs, the operation says "Store:".
+///   calibration file per group and loads one group at a time.
 /// - header-only mode: entered by LoadFileHeaderOnly; keys, sizes and reference values are there, pixels are not.
 ///
+/// Operations are described for the live processor. What the offline store does otherwise stands at the end of each
+/// description, in a paragraph that begins with "Store:". A host that makes no store can skip them all.
+///
+/// For hosts
+/// - C++ ABI. On Windows (x64) the host needs the Microsoft C++ ABI: Microsoft's compiler, or Clang for a windows-msvc
+///   target. On Linux (x86-64) it needs the Itanium C++ ABI, which GCC and Clang follow there. MinGW's GCC follows that
+///   one on Windows too: a host built with it would call every operation one slot off, unless it calls by table entry.
+/// - Table entries. In the Microsoft ABI slot n of the interface is entry n of the table of virtual functions; entry 0,
+///   the destructor, takes a flag, with which 1 also frees the object. On Linux there are two destructor entries (0
+///   destroys, 1 destroys and frees), so that from slot 1 on slot n stands at entry n + 1. The delegate has no virtual
+///   destructor: its operation of index n is entry n in both ABIs.
+/// - Types. int, unsigned int and float have 32 bits, unsigned short has 16; bool is one byte, 0 or 1.
+/// - Paths are narrow, NUL-terminated text. On Windows they are in the system's code page, as long as the C runtime
+///   takes them, and both "\" and "/" separate folders. A store knows only "\" there: under a name with "/" it writes
+///   files, but does not find them again; and it finds no files in folders with characters beyond 7 bits. On Linux
+///   paths are bytes in any encoding, at most 4095, and every "\" counts as "/". A relative path starts at the folder
+///   that is current when the call is made.
+/// - Size. A correction has at most 2,147,483,647 pixels (2^31 - 1), and an image no more than an int can count. What
+///   is larger is refused as if memory had run out, except in header-only mode, which needs none for pixels.
+/// - Cost of a setting. SetActiveCorrection, SetRegion, SetCorrectionLevel and SetExposureAndIntensity each scale the
+///   whole region anew, even when the value is the one already set. Expect about the time of one pass of copying the
+///   region (a rule of thumb, no promise). Call them when something changes, not before every image. ApplyCorrection
+///   scales nothing and allocates nothing.
+/// - Versions are MAJOR.MINOR.PATCH. PATCH counts corrected errors. MINOR counts additions, such as an exported
+///   function or a constant; all that was there before keeps its slots, codes, pixel values and file format, so that
+///   hosts need not be built again. MAJOR counts changes that a host may have to follow; even then no slot moves and no
+///   code gets another meaning. At compile time, QX_BACKGROUNDCORRECTION_VERSION_MAJOR and so on (below) give the
+///   version, and the CMake package offers itself to whoever asks for the same MAJOR. At run time, look into the
+///   library's file: on Windows at its version resource (GetFileVersionInfo), on Linux at its package note (shown by
+///   readelf -n). No exported function returns the version, and the file's name does not contain it.
+///
 /// Results
-/// Operations that can fail return a result code (0 is success) and leave a text in the object; see
+/// Operations that can fail return a result code (kSuccess is success) and leave a text in the object; see
 /// GetLastErrorMessage. The checks of an operation are made in the order in which its codes are listed, and the first
 /// that fails decides. A failed operation leaves the object as it was unless its description says otherwise. A success
 /// does not clear an earlier text.
 ///
 /// Files
-/// The null device opens like a file: an empty one to load (4294967295), one that takes every save. Folders cannot be
-/// opened (769), nor what could keep the caller waiting for ever: a pipe, a socket, a terminal.
+/// The null device opens like a file: an empty one to load (kShortReadOrWrite), one that takes every save. Not opened
+/// (kFileNotAccessible) are folders, and whatever could keep the caller waiting for ever: a pipe, a socket, a terminal.
 ///
 /// Threads
 /// Calls on one object are serialised by the object's own recursive lock; different objects are independent. Only
@@ -30,18 +62,32 @@
 /// using is an error of the host.
 ///
 /// Exceptions
-/// Two operations may let an exception derived from std::exception reach the host, both for want of memory:
+/// Two operations may let an exception derived from std::exception reach the host, both when memory runs out:
 /// ImportCorrections and SaveFile. The object stays usable and its lock is released. The factories, and the operations
-/// of the offline store, may let std::bad_alloc through; those that switch the group, also the exception of SaveFile,
-/// for they write the group that is left. Catch by reference: a copy of the std::exception alone may lack the text.
+/// of the offline store, may let std::bad_alloc through; those that switch the group also the exception of SaveFile,
+/// since they write the group that is left. Catch by reference: a copy of the std::exception alone may lack the text.
 #ifndef QX_BACKGROUNDCORRECTION_H
 #define QX_BACKGROUNDCORRECTION_H
+
+/// \name Version
+/// The version of this header. The build takes the library's version from here.
+/// @{
+#define QX_BACKGROUNDCORRECTION_VERSION_MAJOR 1
+#define QX_BACKGROUNDCORRECTION_VERSION_MINOR 0
+#define QX_BACKGROUNDCORRECTION_VERSION_PATCH 0
+/// The three numbers as a string literal, with dots between them.
+#define QX_BACKGROUNDCORRECTION_VERSION_TEXT                                                                           \
+    QX_BACKGROUNDCORRECTION_JOIN_(QX_BACKGROUNDCORRECTION_VERSION_MAJOR, QX_BACKGROUNDCORRECTION_VERSION_MINOR,        \
+                                  QX_BACKGROUNDCORRECTION_VERSION_PATCH)
+/// @}
+#define QX_BACKGROUNDCORRECTION_JOIN_(major, minor, patch) QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch)
+#define QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch) #major "." #minor "." #patch
 
 namespace QX_KRLSDK {
 
 /// \name Result codes
-/// Codes from 513 up to 519 say which argument was refused (513 the first, 514 the second, ...); one code therefore
-/// carries different texts in different operations.
+/// kFirstArgumentInvalid to kSeventhArgumentInvalid say which argument was refused; one code therefore carries
+/// different texts in different operations.
 /// @{
 const unsigned int kSuccess = 0;
 /// The list of corrections ended early while a calibration file was being written.
@@ -102,8 +148,8 @@ public:
     /// Index 6. Subtracts \p background from \p image in place.
     /// \param image       width * height pixels; null when the host gave ApplyCorrection a null image
     /// \param background  the scaled background of the region, width * height pixels, read only
-    /// \param width, height  the region's size in pixels
-    /// \param delegateProcessing, delegateOption  as given to ApplyCorrection
+    /// \param width,height  the region's size in pixels
+    /// \param delegateProcessing,delegateOption  as given to ApplyCorrection
     virtual unsigned int SubtractInPlace(unsigned short* image, const unsigned short* background, int width, int height,
                                          bool delegateProcessing, bool delegateOption) = 0;
 
@@ -133,78 +179,105 @@ public:
     /// \param frames                 \p frameCount pointers, each to width * height pixels, read only; the pointers
     ///                               themselves are not checked
     /// \param frameCount             number of frames, at least 1
-    /// \param width, height          size of every frame in pixels, at least 1
+    /// \param width,height           size of every frame in pixels, at least 1
     /// \param exposureSeconds        exposure time of the frames in seconds, greater than 0 (NaN passes)
     /// \param lightIntensityPercent  light intensity of the frames in percent, greater than 0 (NaN passes)
-    /// \return 770 in header-only mode; 513 null key; 514 null frames; 515 frameCount < 1; 516 width < 1;
-    ///         517 height < 1; 518 exposure not above 0; 519 intensity not above 0; 513 when the key is empty or taken,
-    ///         when exposure * intensity is 0 in single precision, or when memory runs out. The list is then unchanged.
-    /// Store: 513 null key; 513 (no text) when the key lacks a value for a grouping name; any failure of switching to
-    /// the key's group; then as above. Nothing is written to disk by this call itself, but the group that is switched
-    /// away from is written to its file when it was modified.
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid null key; kSecondArgumentInvalid null frames;
+    ///         kThirdArgumentInvalid frameCount below 1; kFourthArgumentInvalid width below 1; kFifthArgumentInvalid
+    ///         height below 1; kSixthArgumentInvalid exposure not above 0; kSeventhArgumentInvalid intensity not above
+    ///         0; kFirstArgumentInvalid when the key is empty or taken, when exposure * intensity is 0 in single
+    ///         precision, or when memory runs out. The list is then unchanged.
+    ///
+    /// Store: kFirstArgumentInvalid null key; kFirstArgumentInvalid (no text) when the key lacks a value for a grouping
+    /// name; any failure of switching to the key's group; then as above. This call itself writes nothing to disk, but
+    /// the group that is switched away from is written to its file when it was modified.
     virtual unsigned int AddCorrection(const char* key, const unsigned short** frames, int frameCount, int width,
                                        int height, float exposureSeconds, float lightIntensityPercent) = 0;
 
     /// Slot 2. Makes a stored correction the active one; the region becomes its whole image and the background is
     /// scaled anew. In header-only mode the activation succeeds while region and background stay as they were.
     /// \param key  letter case ignored; null means that no correction is active
-    /// \return 513 when no correction has this key: the previous one stays active.
+    /// \return kFirstArgumentInvalid when no correction has this key: the previous one stays active.
+    ///
     /// Store: switches to the key's group first and returns any failure of that.
     virtual unsigned int SetActiveCorrection(const char* key) = 0;
 
     /// Slot 3. \return the key of the active correction as it was stored, or null. Valid until that correction is
-    /// deleted, overwritten, cleared or replaced by a load (Store: or until another group is loaded).
+    /// deleted, overwritten, cleared or replaced by a load.
+    ///
+    /// Store: valid until another group is loaded, too.
     virtual const char* GetActiveCorrectionKey() = 0;
 
     /// Slot 4. \param index  position in the list, from 0, in the order of adding
     /// \return the key at that position, or null when \p index is not below the number of corrections. Valid as for
-    /// GetActiveCorrectionKey. Store: the keys of all groups, as they were given.
+    ///         GetActiveCorrectionKey.
+    ///
+    /// Store: the keys of all groups, as they were given.
     virtual const char* GetCorrectionKey(unsigned int index) = 0;
 
-    /// Slot 5. \return the number of stored corrections. Store: of all groups.
+    /// Slot 5. \return the number of stored corrections.
+    ///
+    /// Store: of all groups.
     virtual unsigned int GetNumberOfCorrections() = 0;
 
     /// Slot 6. Removes every correction, deactivates, and leaves header-only mode. Removes no file.
-    /// \return always 0. Store: also forgets its base name; the pending settings and grouping names stay.
+    /// \return always kSuccess.
+    ///
+    /// Store: also forgets its base name; the pending settings and grouping names stay.
     virtual unsigned int ClearCorrections() = 0;
 
     /// Slot 7. Removes one correction. The active correction is refused when \p key is spelled exactly like it; spelled
     /// in another letter case, it is removed and no correction is active afterwards.
-    /// \return 770 in header-only mode; 513 null key; 513 the key is active; 513 no such key.
-    /// Store: 513 null key; switches to the key's group first and returns any failure of that; then as above.
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid null key; kFirstArgumentInvalid the key is active;
+    ///         kFirstArgumentInvalid no such key.
+    ///
+    /// Store: kFirstArgumentInvalid null key; switches to the key's group first and returns any failure of that; then
+    /// as above.
     virtual unsigned int DeleteCorrection(const char* key) = 0;
 
     /// Slot 8. Sets how much of the background is subtracted.
     /// \param percent  clamped to 0 ... 100
-    /// \return 770 in header-only mode. A failure to allocate the scaled background leaves the text "Error allocating
-    /// correction memory." but still returns 0; ApplyCorrection then returns 1024. A change that keeps the region's
-    /// number of pixels needs no memory: the background stays where it is.
+    /// \return kHeaderOnlyMode. A failure to allocate the scaled background leaves the text "Error allocating
+    ///         correction memory." but still returns kSuccess; ApplyCorrection then returns kOperationFailed. A change
+    ///         that keeps the region's number of pixels needs no memory: the background stays where it is.
+    ///
     /// Store: kept (unclamped) for groups loaded later.
     virtual unsigned int SetCorrectionLevel(int percent) = 0;
 
     /// Slot 9. Takes no lock. \return the level in percent; 50 of the 101 values come back one lower because the level
     /// is kept as a single-precision fraction (29 reads back as 28). 100 at first.
+    ///
     /// Store: the value last given, -1 before that.
     virtual int GetCorrectionLevel() = 0;
 
     /// Slot 10. Sets the exposure (seconds) and light intensity (percent) of the images to be corrected; every value is
     /// accepted. The background is scaled by ((intensity * exposure) * level) / (reference intensity * reference
     /// exposure), in single precision. Both are -1 at first, which makes their product 1.
-    /// \return 770 in header-only mode; memory as for SetCorrectionLevel. Store: kept for groups loaded later.
+    /// \return kHeaderOnlyMode; memory as for SetCorrectionLevel.
+    ///
+    /// Store: kept for groups loaded later.
     virtual unsigned int SetExposureAndIntensity(float exposureSeconds, float lightIntensityPercent) = 0;
 
     /// Slot 11. Gives the values last set, in seconds and percent. A null pointer is skipped.
-    /// \return 770 in header-only mode. Store: 513 null first pointer; 514 null second pointer.
+    /// \return kHeaderOnlyMode.
+    ///
+    /// Store: kFirstArgumentInvalid null first pointer; kSecondArgumentInvalid null second pointer.
     virtual unsigned int GetExposureAndIntensity(float* exposureSeconds, float* lightIntensityPercent) = 0;
 
     /// Slot 12. Gives the exposure (seconds) and light intensity (percent) at which the active correction was taken;
     /// leaves the values alone when none is active. A null pointer is skipped.
-    /// \return always 0. Store: 513 null first pointer; 514 null second pointer; 1280 no group loaded.
+    /// \return always kSuccess.
+    ///
+    /// Store: kFirstArgumentInvalid null first pointer; kSecondArgumentInvalid null second pointer; kNoCorrectionActive
+    /// no group loaded.
     virtual unsigned int GetReferenceExposureAndIntensity(float* exposureSeconds, float* lightIntensityPercent) = 0;
 
     /// Slot 13. Gives minimum, maximum and average (truncated, not rounded) of the active correction's whole stored
     /// image; leaves the values alone when none is active or it has no pixels. A null pointer is skipped.
-    /// \return 770 in header-only mode. Store: 513, 514, 515 for a null pointer; 1280 no group loaded.
+    /// \return kHeaderOnlyMode.
+    ///
+    /// Store: kFirstArgumentInvalid, kSecondArgumentInvalid, kThirdArgumentInvalid for a null pointer;
+    /// kNoCorrectionActive no group loaded.
     virtual unsigned int GetCorrectionStatistics(unsigned short* minimum, unsigned short* maximum,
                                                  unsigned short* average) = 0;
 
@@ -225,64 +298,84 @@ public:
     /// \param delegateProcessing  with \p useDelegate: hands images to the delegate's ProcessInPlace when nothing is
     ///                            active; passed on to its other operations
     /// \param delegateOption      passed on to the delegate
-    /// \return 770 in header-only mode; 513 null image; 516 lengths differ; 514 length is not that of the region;
-    ///         1024 when the background could not be allocated; else 0 or the delegate's result. After a failure
-    ///         neither buffer has been written.
-    /// Store: 513 for any null image. With no group loaded it passes the image through: 770; 516; copy to \p output;
-    /// then the delegate's ProcessInPlace with the pending region's size when \p useDelegate is true.
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid null image; kFourthArgumentInvalid lengths differ;
+    ///         kSecondArgumentInvalid length is not that of the region; kOperationFailed when the background could not
+    ///         be allocated; else kSuccess or the delegate's result. After a failure neither buffer has been written.
+    ///
+    /// Store: kFirstArgumentInvalid for any null image. With no group loaded it passes the image through:
+    /// kHeaderOnlyMode; kFourthArgumentInvalid lengths differ; copy to \p output; then the delegate's ProcessInPlace
+    /// with the pending region's size when \p useDelegate is true.
     virtual unsigned int ApplyCorrection(unsigned short* image, int imageLength, unsigned short* output,
                                          int outputLength, ICorrectionDelegate* delegate, bool useDelegate,
                                          bool delegateProcessing, bool delegateOption) = 0;
 
     /// Slot 16. Sets the rectangle of the active correction that images show, in pixels. At first (0, 0, 1, 1).
-    /// \return 770 in header-only mode; 513 left, 514 top, 515 width or 516 height out of range: below 0 (sizes: below
-    /// 1) or beyond the active correction. With none active only the signs are checked. The correction's sizes count as
-    /// signed: one that a file describes without pixels as 2^31 columns or more has no region at all. An import that
-    /// replaces the active correction by one of another size leaves the region as it is: it then takes the pixel at
-    /// (top + row) * width + left + column, with the new width, and 0 beyond the last. Memory as for
-    /// SetCorrectionLevel. Store: kept for groups loaded later; unchecked while no group is loaded.
+    /// With none active only the signs are checked. The correction's sizes count as signed: one that a file describes
+    /// without pixels as 2^31 columns or more has no region at all. An import that replaces the active correction by
+    /// one of another size leaves the region as it is: it then takes the pixel at (top + row) * width + left + column,
+    /// with the new width, and 0 beyond the last.
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid left, kSecondArgumentInvalid top, kThirdArgumentInvalid width or
+    ///         kFourthArgumentInvalid height out of range: below 0 (sizes: below 1) or beyond the active correction.
+    ///         Memory as for SetCorrectionLevel.
+    ///
+    /// Store: kept for groups loaded later; unchecked while no group is loaded.
     virtual unsigned int SetRegion(int left, int top, int width, int height) = 0;
 
     /// Slot 17. Gives the region in pixels.
-    /// \return 770 in header-only mode; 513 null left; 514 null top; 515 null width; 515 null height.
-    /// Store: 513, 514, 515, 516; -1 for each value that was never set, while no group is loaded.
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid null left; kSecondArgumentInvalid null top; kThirdArgumentInvalid
+    ///         null width; kThirdArgumentInvalid (not the fourth) null height.
+    ///
+    /// Store: kFirstArgumentInvalid, kSecondArgumentInvalid, kThirdArgumentInvalid, kFourthArgumentInvalid for a null
+    /// pointer; -1 for each value that was never set, while no group is loaded.
     virtual unsigned int GetRegion(int* left, int* top, int* width, int* height) = 0;
 
     /// Slot 18. Copies the corrections of another live processor into this one, in their order. A key that is already
     /// there is skipped, or with \p overwrite replaced in its place.
-    /// \param source  another object of this library; not kept. With itself as source and \p overwrite every correction
-    ///                loses its pixels
-    /// \return 770 in header-only mode; 513 null source; 513 source is not a live processor.
     /// Throws (an exception derived from std::exception) when memory runs out; what was imported so far stays.
+    /// \param source     another object of this library; not kept. With itself as source and \p overwrite every
+    ///                   correction loses its pixels
+    /// \param overwrite  whether a correction whose key is already there is replaced
+    /// \return kHeaderOnlyMode; kFirstArgumentInvalid null source; kFirstArgumentInvalid source is not a live
+    ///         processor.
+    ///
     /// Store: takes live processors and other stores as source, group by group; what was imported before a failure
     /// stays. Given to itself with \p overwrite a store loses every second correction, the first one included.
     virtual unsigned int ImportCorrections(QX_IBackgroundCorrection* source, bool overwrite) = 0;
 
-    /// Slot 19. Opens a calibration file without its pixels and enters header-only mode, also when it fails (Store: not
-    /// then). The list is replaced once the file's count was read; nothing is active then.
+    /// Slot 19. Opens a calibration file without its pixels and enters header-only mode, also when it fails. The list
+    /// is replaced once the file's count was read; nothing is active then.
     /// \param fileName  path; null counts as a file that cannot be opened
-    /// \return 769 not opened or not a calibration file; 772 another structure version; 4294967295 the file ends early;
-    ///         4294967294 see the calibration file's description; 1024 an entry was refused or memory ran out.
-    /// Store: takes a base name or any one file of a store, or a file of structure version 1. 513 null name; 768; 771;
-    /// failures leave it unchanged.
+    /// \return kFileNotAccessible not opened or not a calibration file; kStructureVersionWrong another structure
+    ///         version; kShortReadOrWrite the file ends early; kUnexpectedRecord see the calibration file's
+    ///         description; kOperationFailed an entry was refused or memory ran out.
+    ///
+    /// Store: takes a base name or any one file of a store, or a file of structure version 1. kFirstArgumentInvalid
+    /// null name; kFileNameInvalid; kFileNotFound; then as above. Failures leave the store unchanged, its mode
+    /// included.
     virtual unsigned int LoadFileHeaderOnly(const char* fileName) = 0;
 
-    /// Slot 20. Loads a calibration file whole and leaves header-only mode, also when it fails (Store: not then).
-    /// Arguments and codes as for LoadFileHeaderOnly.
+    /// Slot 20. Loads a calibration file whole and leaves header-only mode, also when it fails. Arguments and codes as
+    /// for LoadFileHeaderOnly.
+    ///
+    /// Store: as for LoadFileHeaderOnly; but a file of structure version 1 whose last pixels are missing fails
+    /// (kShortReadOrWrite) when the old store has been left already.
     virtual unsigned int LoadFile(const char* fileName) = 0;
 
     /// Slot 21. Writes all corrections to a calibration file. A file that failed half way stays as far as it was
     /// written. The object does not change.
-    /// \param fileName  path; null counts as a file that cannot be created
-    /// \return 770 in header-only mode; 769 not created; 4294967295 not written to its end, also when only closing the
-    ///         file fails; 271.
     /// Throws (an exception derived from std::exception) when memory runs out.
-    /// Store: 513 null name; a store without a name is split into its group files and reopened from them; a named store
-    /// is saved to itself or copied to another base name, whose old group files are removed first.
+    /// \param fileName  path; null counts as a file that cannot be created
+    /// \return kHeaderOnlyMode; kFileNotAccessible not created; kShortReadOrWrite not written to its end, also when
+    ///         only closing the file fails; kListEndedWhileSaving.
+    ///
+    /// Store: kFirstArgumentInvalid null name; then kHeaderOnlyMode. A store without a name is split into its group
+    /// files and reopened from them; a named store is saved to itself or copied to another base name, whose old group
+    /// files are removed first.
     virtual unsigned int SaveFile(const char* fileName) = 0;
 
     /// Slot 22. \return the text of the object's last failure, at most 256 characters; empty when there was none. The
     /// pointer stays valid for the life of the object, its text until the next failure.
+    ///
     /// Store: a text of its own is cleared before it is returned, so that an empty text arrives; else the text of the
     /// loaded group's processor, or null when no group is loaded.
     virtual const char* GetLastErrorMessage() = 0;
@@ -311,12 +404,12 @@ QX_KRLSDK::QX_IBackgroundCorrection* CreateBackgroundCorrection();
 QX_KRLSDK::QX_IBackgroundCorrection* CreateBackgroundCorrectionOffline(char** groupingParameters, int count);
 
 /// Destroys an object made by one of the factories. Null does nothing.
-/// \return 0; 513 when \p object is not one of this library's: it is left alone, and a text is left for
-/// GetLastBackgroundCorrectionDLLError.
+/// \return kSuccess; kFirstArgumentInvalid when \p object is not one of this library's: it is left alone, and a text is
+///         left for GetLastBackgroundCorrectionDLLError.
 unsigned int DeleteBackgroundCorrection(QX_KRLSDK::QX_IBackgroundCorrection* object);
 
 /// \return the text of the last refused deletion in this process, at most 512 characters, or an empty text; never null.
-/// Takes no lock. Valid for the life of the process.
+///         Takes no lock. Valid for the life of the process.
 const char* GetLastBackgroundCorrectionDLLError();
 
 } // extern "C"

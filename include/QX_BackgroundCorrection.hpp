@@ -201,8 +201,8 @@ public:
     /// The object itself, for operations that have no method here. Valid as long as this owner.
     QX_IBackgroundCorrection& Get() const { return *object; }
 
-    /// Throws when `code` is not 0, with the object's text. A text that an earlier failure left behind may be quoted
-    /// with codes that leave none of their own (4294967295 and 4294967294).
+    /// Throws unless `code` is kSuccess, with the object's text. kShortReadOrWrite and kUnexpectedRecord may leave none
+    /// of their own: what is quoted then is whatever text an earlier failure left behind.
     void Check(unsigned int code) const
     {
         if (code == kSuccess)

@@ -106,7 +106,8 @@ def main():
         file.write(plot(report["rows"]))
     text = f"""# Performance
 
-Written by `scripts/bench.sh`; measured on {datetime.date.today().isoformat()}.
+Written by `scripts/bench.sh`; measured on {datetime.date.today().isoformat()}. What makes the difference, and what is
+not reached and why, is in [performance-notes.md](performance-notes.md).
 
 - Machine: {processor()}
 - Compiler: GCC {report['compiler']}, preset `linux` (`-O3`, `-ffp-contract=off`; kernels once for SSE2, once with
@@ -135,10 +136,6 @@ Nanoseconds per correction (1 × 1 pixels); the ratio says how much more each co
 {scaling}
 ```
 """
-    notes = os.path.join(sys.argv[3], "performance-notes.md")
-    if os.path.exists(notes):
-        with open(notes, encoding="utf-8") as file:
-            text += "\n" + file.read()
     with open(os.path.join(sys.argv[3], "performance.md"), "w", encoding="utf-8") as file:
         file.write(text)
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <type_traits>
 
 namespace {
@@ -30,6 +31,13 @@ TEST(PublicHeader, CodesHaveTheirPublishedNumbers)
     EXPECT_EQ(kShortReadOrWrite, static_cast<unsigned int>(-1));
     EXPECT_EQ(kUnexpectedRecord, static_cast<unsigned int>(-2));
     EXPECT_EQ(kMaximumKeyLength, 512u);
+}
+
+TEST(PublicHeader, VersionTextHasTheThreeNumbers)
+{
+    EXPECT_EQ(QX_BACKGROUNDCORRECTION_VERSION_TEXT, std::to_string(QX_BACKGROUNDCORRECTION_VERSION_MAJOR) + "." +
+                                                        std::to_string(QX_BACKGROUNDCORRECTION_VERSION_MINOR) + "." +
+                                                        std::to_string(QX_BACKGROUNDCORRECTION_VERSION_PATCH));
 }
 
 TEST(PublicHeader, InterfaceIsAbstractAndHasNoData)

@@ -25,7 +25,11 @@ int main(int argumentCount, char** arguments)
     found = Find("DeleteBackgroundCorrection", exports.destroy) && found;
     found = Find("GetLastBackgroundCorrectionDLLError", exports.lastError) && found;
     if (found) {
-        Checks::That(HostPlatform::LibraryIsComplete(), "the library carries its version resource");
+        const HostPlatform::TVersion version = HostPlatform::LibraryVersion();
+        Checks::That(version.major == QX_BACKGROUNDCORRECTION_VERSION_MAJOR &&
+                         version.minor == QX_BACKGROUNDCORRECTION_VERSION_MINOR &&
+                         version.patch == QX_BACKGROUNDCORRECTION_VERSION_PATCH,
+                     "the library carries the header's version");
         CheckLifetimes(exports);
         CheckEverySlot(exports);
         CheckDelegates(exports);

@@ -18,8 +18,16 @@ bool OpenLibrary(const char* path);
 // An exported function, or null.
 TFunction FindExport(const char* name);
 
-// Whether the library carries what the platform expects of it beside its exports (Windows: a version resource).
-bool LibraryIsComplete();
+// A version as the header's three constants give it.
+struct TVersion {
+    unsigned int major;
+    unsigned int minor;
+    unsigned int patch;
+};
+
+// The version that the loaded library itself carries, all 0 when it carries none: on Windows in its version resource,
+// elsewhere in a note that names the package.
+TVersion LibraryVersion();
 
 // Path of the device that is an empty file to read and takes everything.
 extern const char* const kNullDevice;

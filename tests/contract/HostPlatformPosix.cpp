@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <dlfcn.h>
 #include <future>
+#include <link.h>
 #include <malloc.h>
 #include <sys/resource.h>
 #include <thread>
@@ -32,9 +33,55 @@ TFunction FindExport(const char* name)
     return reinterpret_cast<TFunction>(dlsym(library, name));
 }
 
-bool LibraryIsComplete()
+namespace {
+
+// The version in one segment of notes, each of them three numbers, a name and a content, padded to `alignment` bytes.
+TVersion VersionInNotes(const char* notes, std::size_t size, std::size_t alignment)
 {
-    return true;
+    const auto padded = [alignment](std::size_t length) { return (length + alignment - 1) / alignment * alignment; };
+    constexpr unsigned int kPackage = 0xCAFE1A7E;
+    TVersion version{};
+    ElfW(Nhdr) header;
+    for (std::size_t at = 0; at + sizeof header <= size;) {
+        std::memcpy(&header, notes + at, sizeof header);
+        const std::size_t content = at + padded(sizeof header + header.n_namesz);
+        const char* const text = header.n_type == kPackage ? std::strstr(notes + content, "\"version\":\"") : nullptr;
+        if (text != nullptr)
+            std::sscanf(text, "\"version\":\"%u.%u.%u\"", &version.major, &version.minor, &version.patch);
+        at = content + padded(header.n_descsz);
+    }
+    return version;
+}
+
+struct TVersionSearch {
+    ElfW(Addr) libraryAddress;
+    TVersion version;
+};
+
+int VersionInModule(dl_phdr_info* module, std::size_t, void* data)
+{
+    auto* const search = static_cast<TVersionSearch*>(data);
+    if (module->dlpi_addr != search->libraryAddress)
+        return 0;
+    for (int i = 0; i < module->dlpi_phnum && search->version.major == 0; ++i) {
+        const ElfW(Phdr)& segment = module->dlpi_phdr[i];
+        if (segment.p_type == PT_NOTE)
+            search->version = VersionInNotes(reinterpret_cast<const char*>(module->dlpi_addr + segment.p_vaddr),
+                                             segment.p_filesz, segment.p_align < 8 ? 4 : 8);
+    }
+    return 1;
+}
+
+} // namespace
+
+TVersion LibraryVersion()
+{
+    link_map* map = nullptr;
+    if (dlinfo(library, RTLD_DI_LINKMAP, &map) != 0)
+        return TVersion{};
+    TVersionSearch search{map->l_addr, TVersion{}};
+    dl_iterate_phdr(VersionInModule, &search);
+    return search.version;
 }
 
 const char* const kNullDevice = "/dev/null";

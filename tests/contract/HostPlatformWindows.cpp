@@ -28,11 +28,25 @@ TFunction FindExport(const char* name)
     return reinterpret_cast<TFunction>(GetProcAddress(library, name));
 }
 
-bool LibraryIsComplete()
+TVersion LibraryVersion()
 {
     const std::uintptr_t first = 1, versionType = 16; // MAKEINTRESOURCE(1), RT_VERSION
-    return FindResourceA(library, reinterpret_cast<const char*>(first), reinterpret_cast<const char*>(versionType)) !=
-           nullptr;
+    const HRSRC resource =
+        FindResourceA(library, reinterpret_cast<const char*>(first), reinterpret_cast<const char*>(versionType));
+    const HGLOBAL loaded = resource != nullptr ? LoadResource(library, resource) : nullptr;
+    const auto* const bytes = loaded != nullptr ? static_cast<const unsigned char*>(LockResource(loaded)) : nullptr;
+    if (bytes == nullptr)
+        return TVersion{};
+    // The part with the numbers begins with a signature, at some multiple of four bytes.
+    const std::size_t size = SizeofResource(library, resource);
+    for (std::size_t offset = 0; offset + sizeof(VS_FIXEDFILEINFO) <= size; offset += 4) {
+        VS_FIXEDFILEINFO numbers;
+        std::memcpy(&numbers, bytes + offset, sizeof numbers);
+        if (numbers.dwSignature == 0xFEEF04BDu)
+            return TVersion{HIWORD(numbers.dwFileVersionMS), LOWORD(numbers.dwFileVersionMS),
+                            HIWORD(numbers.dwFileVersionLS)};
+    }
+    return TVersion{};
 }
 
 const char* const kNullDevice = "nul";

@@ -25,8 +25,9 @@ int main()
     const QX_KRLSDK::DeleteBackgroundCorrectionFunction destroy = &DeleteBackgroundCorrection;
     QX_KRLSDK::QX_IBackgroundCorrection* const object = create();
     Delegate delegate;
+    const char versionText[] = QX_BACKGROUNDCORRECTION_VERSION_TEXT;
     unsigned short pixel = 0;
     const bool isApplied =
         object->ApplyCorrection(&pixel, 1, 0, 0, &delegate, true, true, false) == QX_KRLSDK::kSuccess;
-    return destroy(object) == QX_KRLSDK::kSuccess && isApplied ? 0 : 1;
+    return destroy(object) == QX_KRLSDK::kSuccess && isApplied && versionText[0] != '\0' ? 0 : 1;
 }

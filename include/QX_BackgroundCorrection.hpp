@@ -90,7 +90,7 @@ private:
 /// A plain name (without a folder) is looked for where the system's loader looks: on Windows beside the host's program,
 /// in the system's folder and in folders that the host named with AddDllDirectory. The current folder is not searched,
 /// on Windows neither is PATH. A path with a folder means that file; a relative one is taken from the current folder,
-/// so that hosts had better give an absolute one. On Windows the file's own folder serves what it depends on.
+/// which may be anyone's, so give an absolute one. On Windows the file's own folder serves what it depends on.
 class TBackgroundCorrectionModule {
 public:
     explicit TBackgroundCorrectionModule(const std::string& path) : handle(Open(path))

@@ -319,7 +319,7 @@ unsigned int TProcessor::ApplyCorrection(TApplication& a)
         }
         return delegated && a.delegateProcessing ? a.delegate.Note("ProcessInPlace", width, height) : 0;
     }
-    // The memory could not be had, or the correction was chosen in header-only mode or cannot be cut.
+    // There was no memory for it, or the correction was chosen in header-only mode or cannot be cut.
     if (!scaled.has_value() || scaled->size() != static_cast<std::size_t>(a.imageLength)) {
         return Fail(1024, "Error allocating correction memory.");
     }

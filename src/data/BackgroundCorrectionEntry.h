@@ -2,7 +2,7 @@
 #ifndef DATA_BACKGROUNDCORRECTIONENTRY_H
 #define DATA_BACKGROUNDCORRECTIONENTRY_H
 
-#include "data/KeyText.h"
+#include "data/containers/TKeyText.h"
 #include "kernels/Kernels.h"
 
 #include <cstddef>

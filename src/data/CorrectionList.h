@@ -3,7 +3,7 @@
 #define DATA_CORRECTIONLIST_H
 
 #include "data/BackgroundCorrectionEntry.h"
-#include "data/OrderedRegister.h"
+#include "data/containers/TOrderedRegister.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -6,8 +6,8 @@
 
 #include "boundary/TAutoVelmorCriticalSection.h"
 #include "boundary/TMessageBuffer.h"
-#include "data/KeyText.h"
-#include "data/OrderedRegister.h"
+#include "data/containers/TKeyText.h"
+#include "data/containers/TOrderedRegister.h"
 #include "offline/GroupNaming.h"
 #include "offline/TDualString.h"
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"

@@ -1,10 +1,10 @@
 // An ordered sequence that is also found by text and by position.
-#ifndef DATA_ORDEREDREGISTER_H
-#define DATA_ORDEREDREGISTER_H
+#ifndef DATA_CONTAINERS_TORDEREDREGISTER_H
+#define DATA_CONTAINERS_TORDEREDREGISTER_H
 
-#include "data/NodePool.h"
-#include "data/PositionIndex.h"
-#include "data/TextHash.h"
+#include "data/containers/TNodePool.h"
+#include "data/containers/TPositionIndex.h"
+#include "data/containers/TextHash.h"
 
 #include <cstddef>
 #include <cstdint>

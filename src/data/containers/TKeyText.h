@@ -1,6 +1,6 @@
 // The text of a key.
-#ifndef DATA_KEYTEXT_H
-#define DATA_KEYTEXT_H
+#ifndef DATA_CONTAINERS_TKEYTEXT_H
+#define DATA_CONTAINERS_TKEYTEXT_H
 
 #include <cstddef>
 #include <memory>

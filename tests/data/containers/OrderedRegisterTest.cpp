@@ -1,5 +1,5 @@
 // The register behind the list of corrections and the store's keys, against a plain sequence.
-#include "data/OrderedRegister.h"
+#include "data/containers/TOrderedRegister.h"
 
 #include "support/AllocationFaults.h"
 #include "support/RandomImages.h"

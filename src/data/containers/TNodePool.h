@@ -1,6 +1,6 @@
 // Memory for the nodes of a list.
-#ifndef DATA_NODEPOOL_H
-#define DATA_NODEPOOL_H
+#ifndef DATA_CONTAINERS_TNODEPOOL_H
+#define DATA_CONTAINERS_TNODEPOOL_H
 
 #include <cstddef>
 #include <memory>

@@ -1,6 +1,6 @@
 // Positions in a sequence from which elements are removed.
-#ifndef DATA_POSITIONINDEX_H
-#define DATA_POSITIONINDEX_H
+#ifndef DATA_CONTAINERS_TPOSITIONINDEX_H
+#define DATA_CONTAINERS_TPOSITIONINDEX_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // Hashes of texts, for finding them.
-#ifndef DATA_TEXTHASH_H
-#define DATA_TEXTHASH_H
+#ifndef DATA_CONTAINERS_TEXTHASH_H
+#define DATA_CONTAINERS_TEXTHASH_H
 
 #include <cstdint>
 

@@ -1,5 +1,5 @@
 // Memory for the nodes of a list.
-#include "data/NodePool.h"
+#include "data/containers/TNodePool.h"
 
 #include "support/AllocationFaults.h"
 #include "support/RandomImages.h"

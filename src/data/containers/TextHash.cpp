@@ -1,4 +1,4 @@
-#include "data/TextHash.h"
+#include "data/containers/TextHash.h"
 
 #include <cstddef>
 #include <cstring>

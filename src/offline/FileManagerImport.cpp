@@ -78,24 +78,25 @@ unsigned int TBackgroundCorrectionFileManager::ImportKey(TImportSource& source, 
     if (result != kSuccess) {
         return result;
     }
-    if (keys.Find(key.Text()) != nullptr) {
+    if (keys->Find(key.Text()) != nullptr) {
         if (!overwrite) {
             return kSuccess;
         }
         result = currentGroup.processor->DeleteCorrection(key.Text());
-        keys.Remove(key.Text());
+        keys->Remove(key.Text());
         if (result != kSuccess) {
             return result;
         }
     }
-    TKeyRegister::TPrepared newKey = keys.Prepare(key.Text());
+    TKeyText newKey(key.Text());
+    keys->ReserveOne();
     const TBackgroundCorrectionEntry* const entry = source.Entry(index, key);
     if (entry == nullptr) {
         return kSuccess;
     }
     result = currentGroup.processor->AddEntryCopy(*entry);
     if (result == kSuccess) {
-        keys.Append(std::move(newKey));
+        keys->Append(std::move(newKey));
     }
     return result;
 }

@@ -144,13 +144,14 @@ private:
     GroupSlot currentGroup;
     TTextList& currentGroupValues = currentGroup.values; // what the loaded group's file is named after
     TApplying* applying = nullptr;                       // the innermost call
-    TKeyRegister keys;                   // of all groups, in the order in which they became known, as they were given
-    TTextList groupingNames;             // in the order given
-    TDualString baseFileName;            // empty while the store is unnamed
-    TDualString spareFileName;           // always empty; kept beside the base file name
-    float exposureSeconds = -1.0f;       // pending; -1: unset
-    float lightIntensityPercent = -1.0f; // pending; -1: unset
-    int regionLeft = -1;                 // pending; -1 in any of the four: unset
+    std::unique_ptr<TKeyRegister> keys =
+        std::make_unique<TKeyRegister>(); // of all groups, as they were given, in the order in which they became known
+    TTextList groupingNames;              // in the order given
+    TDualString baseFileName;             // empty while the store is unnamed
+    TDualString spareFileName;            // always empty; kept beside the base file name
+    float exposureSeconds = -1.0f;        // pending; -1: unset
+    float lightIntensityPercent = -1.0f;  // pending; -1: unset
+    int regionLeft = -1;                  // pending; -1 in any of the four: unset
     int regionTop = -1;
     int regionWidth = -1;
     int regionHeight = -1;

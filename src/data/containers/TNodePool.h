@@ -8,54 +8,46 @@
 #include <utility>
 #include <vector>
 
-// Makes nodes that lie side by side in blocks, in the order in which they are made: walking or finding them misses the
-// caches less than when each has a block of its own among everything else that the host allocates. Nodes never move.
-// Blocks are freed when the last node is destroyed, all of them. Destroy every node before the pool. Not synchronised.
+// Makes nodes side by side in blocks, in the order in which they are made. Nodes never move. Blocks are freed when the
+// last node is destroyed, all of them, so that a list that is emptied and filled again lies in order again. Destroy
+// every node before the pool. Not synchronised.
 template <typename TNode> class TNodePool {
 public:
     TNodePool() = default;
     TNodePool(const TNodePool&) = delete;
     TNodePool& operator=(const TNodePool&) = delete;
 
+    // Makes room for one more node, so that the next Make needs no memory of the pool. Throws std::bad_alloc, unchanged
+    // then.
+    void ReserveOne()
+    {
+        if (freePlaces.empty()) {
+            Grow();
+        }
+    }
+
     // Throws std::bad_alloc, or whatever making the node throws.
     template <typename... TArguments> TNode* Make(TArguments&&... arguments)
     {
-        if (firstFree == nullptr) {
-            Grow();
-        }
-        TPlace* const place = firstFree;
-        TPlace* const next = place->nextFree;
-        try {
-            TNode* const node = ::new (static_cast<void*>(place->bytes)) TNode(std::forward<TArguments>(arguments)...);
-            firstFree = next;
-            ++nodeCount;
-            return node;
-        } catch (...) {
-            ::new (static_cast<void*>(place)) TPlace{next};
-            throw;
-        }
+        ReserveOne();
+        TNode* const node = ::new (static_cast<void*>(freePlaces.back())) TNode(std::forward<TArguments>(arguments)...);
+        freePlaces.pop_back();
+        ++nodeCount;
+        return node;
     }
 
     void Destroy(TNode* node) noexcept
     {
         node->~TNode();
-        firstFree = ::new (static_cast<void*>(node)) TPlace{firstFree};
+        freePlaces.push_back(reinterpret_cast<TPlace*>(node)); // Grow made room for every place
         if (--nodeCount == 0) {
-            firstFree = nullptr;
+            freePlaces.clear();
             blocks.clear();
         }
     }
 
-    void Swap(TNodePool& other) noexcept
-    {
-        blocks.swap(other.blocks);
-        std::swap(firstFree, other.firstFree);
-        std::swap(nodeCount, other.nodeCount);
-    }
-
 private:
-    union TPlace {
-        TPlace* nextFree;
+    struct TPlace {
         alignas(TNode) unsigned char bytes[sizeof(TNode)];
     };
 
@@ -65,17 +57,18 @@ private:
         constexpr std::size_t kSmallest = 8;
         constexpr std::size_t kLargest = 512;
         const std::size_t length = nodeCount < kSmallest ? kSmallest : nodeCount < kLargest ? nodeCount : kLargest;
+        if (freePlaces.capacity() < nodeCount + length) {
+            freePlaces.reserve((nodeCount + length) * 2);
+        }
         blocks.reserve(blocks.size() + 1);
         blocks.emplace_back(new TPlace[length]);
         for (std::size_t i = length; i > 0; --i) {
-            TPlace& place = blocks.back()[i - 1];
-            place.nextFree = firstFree;
-            firstFree = &place;
+            freePlaces.push_back(&blocks.back()[i - 1]);
         }
     }
 
     std::vector<std::unique_ptr<TPlace[]>> blocks;
-    TPlace* firstFree = nullptr;
+    std::vector<TPlace*> freePlaces; // the next one last
     std::size_t nodeCount = 0;
 };
 

@@ -8,58 +8,11 @@ namespace TextHash {
 
 namespace {
 
+constexpr std::size_t kWordLength = sizeof(std::uint64_t);
+
 std::uint64_t Rotated(std::uint64_t word, int bits)
 {
     return (word << bits) | (word >> (64 - bits));
-}
-
-class TState {
-public:
-    explicit TState(const TSeed& seed)
-        : v0(seed.low ^ 0x736f6d6570736575u), v1(seed.high ^ 0x646f72616e646f6du), v2(seed.low ^ 0x6c7967656e657261u),
-          v3(seed.high ^ 0x7465646279746573u)
-    {}
-
-    void Take(std::uint64_t word)
-    {
-        v3 ^= word;
-        Round();
-        v0 ^= word;
-    }
-
-    std::uint64_t Finish()
-    {
-        v2 ^= 0xFF;
-        Round();
-        Round();
-        Round();
-        return v0 ^ v1 ^ v2 ^ v3;
-    }
-
-private:
-    void Round()
-    {
-        v0 += v1;
-        v2 += v3;
-        v1 = Rotated(v1, 13) ^ v0;
-        v3 = Rotated(v3, 16) ^ v2;
-        v0 = Rotated(v0, 32);
-        v2 += v1;
-        v0 += v3;
-        v1 = Rotated(v1, 17) ^ v2;
-        v3 = Rotated(v3, 21) ^ v0;
-        v2 = Rotated(v2, 32);
-    }
-
-    std::uint64_t v0;
-    std::uint64_t v1;
-    std::uint64_t v2;
-    std::uint64_t v3;
-};
-
-std::uint64_t Unchanged(std::uint64_t word)
-{
-    return word;
 }
 
 // Eight characters at once: adding to each, without its highest bit, what lifts a letter (and all behind it) over that
@@ -74,22 +27,47 @@ std::uint64_t Folded(std::uint64_t word)
     return word | (capitals >> 2);
 }
 
-template <typename TChange> std::uint64_t Hash(const char* text, const TSeed& seed, TChange change)
+std::uint64_t Hash(const char* text, const TSeed& seed, bool ignoringCase)
 {
-    TState state(seed);
+    std::uint64_t v0 = seed.low ^ 0x736f6d6570736575u;
+    std::uint64_t v1 = seed.high ^ 0x646f72616e646f6du;
+    std::uint64_t v2 = seed.low ^ 0x6c7967656e657261u;
+    std::uint64_t v3 = seed.high ^ 0x7465646279746573u;
+    const auto round = [&] {
+        v0 += v1;
+        v2 += v3;
+        v1 = Rotated(v1, 13) ^ v0;
+        v3 = Rotated(v3, 16) ^ v2;
+        v0 = Rotated(v0, 32);
+        v2 += v1;
+        v0 += v3;
+        v1 = Rotated(v1, 17) ^ v2;
+        v3 = Rotated(v3, 21) ^ v0;
+        v2 = Rotated(v2, 32);
+    };
+    const auto take = [&](const void* characters) {
+        std::uint64_t word;
+        std::memcpy(&word, characters, sizeof word);
+        word = ignoringCase ? Folded(word) : word;
+        v3 ^= word;
+        round();
+        v0 ^= word;
+    };
+
     const std::size_t length = std::strlen(text);
-    std::uint64_t word;
     std::size_t position = 0;
-    for (; length - position >= sizeof word; position += sizeof word) {
-        std::memcpy(&word, text + position, sizeof word);
-        state.Take(change(word));
+    for (; length - position >= kWordLength; position += kWordLength) {
+        take(text + position);
     }
-    unsigned char rest[sizeof word] = {};
+    unsigned char rest[kWordLength] = {};
     std::memcpy(rest, text + position, length - position);
-    rest[sizeof word - 1] = static_cast<unsigned char>(length & 0xFF);
-    std::memcpy(&word, rest, sizeof word);
-    state.Take(change(word)); // the length may look like a letter; texts that are equal are as long
-    return state.Finish();
+    rest[kWordLength - 1] = static_cast<unsigned char>(length & 0xFF); // folded too: equal texts are as long
+    take(rest);
+    v2 ^= 0xFF;
+    round();
+    round();
+    round();
+    return v0 ^ v1 ^ v2 ^ v3;
 }
 
 } // namespace
@@ -104,12 +82,12 @@ TSeed SeedFor(std::uintptr_t place) noexcept
 
 std::uint64_t Of(const char* text, const TSeed& seed) noexcept
 {
-    return Hash(text, seed, Unchanged);
+    return Hash(text, seed, false);
 }
 
 std::uint64_t OfIgnoringCase(const char* text, const TSeed& seed) noexcept
 {
-    return Hash(text, seed, Folded);
+    return Hash(text, seed, true);
 }
 
 } // namespace TextHash

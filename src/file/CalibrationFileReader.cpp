@@ -20,7 +20,7 @@ constexpr unsigned int kMostReadErrors = 1000;
 // Detects cycles of failed attempts, by Brent's method.
 //
 // An attempt that fails changes nothing but the position in the file, and what it does depends on nothing else. So once
-// a run of failed attempts comes back to a position, it repeats itself for ever, and whole rounds may be left out. The
+// a run of failed attempts comes back to a position, it repeats itself forever, and whole rounds may be left out. The
 // position compared with moves on to the newest each time the run has doubled: that finds every cycle without storing
 // all the positions.
 class TCycleDetector {
@@ -197,7 +197,7 @@ TCalibrationFileReader::TOutcome TCalibrationFileReader::ReadPixels(std::uint32_
         if (result == kShortReadOrWrite) {
             return TOutcome::kSkipped;
         }
-        // What the file does not hold any more is not worth memory: the read is known to fall short.
+        // No memory is allocated for pixels that the file does not hold: reading them would fail anyway.
         if (stream.Remaining() < std::uint64_t{count} * sizeof buffer[0]) {
             stream.SeekTo(stream.Position() + stream.Remaining());
             messages.file.Format(Messages::kCouldNotReadData);

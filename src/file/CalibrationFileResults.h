@@ -1,5 +1,4 @@
-// Results of the calibration file's writer and reader that are no result codes of the public header by meaning, though
-// the host sees them as such (-1 as 4294967295).
+// The results of the calibration file's writer and reader, and where their texts go.
 #ifndef FILE_CALIBRATIONFILERESULTS_H
 #define FILE_CALIBRATIONFILERESULTS_H
 
@@ -10,7 +9,6 @@
 namespace CalibrationFile {
 
 using QX_KRLSDK::kFileNotAccessible;
-using QX_KRLSDK::kHeaderOnlyMode;
 using QX_KRLSDK::kListEndedWhileSaving;
 using QX_KRLSDK::kOperationFailed;
 using QX_KRLSDK::kShortReadOrWrite;

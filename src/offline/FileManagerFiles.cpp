@@ -205,8 +205,8 @@ unsigned int TBackgroundCorrectionFileManager::WriteLoadedGroup()
     return currentGroup.processor->SaveGroupedFile(path.Text(), GroupFiles::NarrowTexts(groupingNames));
 }
 
-// Removes what a save would mix with: the store of a file that has the target's name, and the group files of the
-// target's base.
+// Removes files that would be taken for part of the saved store: the store of a file that has the target's name, and
+// the group files of the target's base.
 unsigned int TBackgroundCorrectionFileManager::ReplaceTarget(const TDualString& path, TDualString& targetBase)
 {
     TTextList names;

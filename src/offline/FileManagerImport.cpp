@@ -57,7 +57,7 @@ unsigned int TBackgroundCorrectionFileManager::ImportCorrections(QX_IBackgroundC
     }
     unsigned int result = kSuccess;
     for (unsigned int index = 0; index < count && result == kSuccess; ++index) {
-        // A store that is given to itself loses keys on the way: the later ones move up, and the last rounds find none.
+        // A store that imports itself loses keys meanwhile: the later ones move up, and the last rounds find none.
         if (const char* const key = source->GetCorrectionKey(index)) {
             result = ImportKey(importSource, index, TDualString(key), overwrite); // a copy: replacing frees the key
         }

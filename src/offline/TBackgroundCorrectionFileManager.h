@@ -78,7 +78,7 @@ private:
         TTextList values;
     };
 
-    // A call of ApplyCorrection on its way. The host's delegate may call back and have another group loaded; the
+    // A running call of ApplyCorrection. The host's delegate may call back and have another group loaded; the
     // processor that called the delegate then lives on here until the call returns.
     struct TApplying {
         explicit TApplying(TBackgroundCorrectionFileManager& manager)

@@ -15,8 +15,9 @@ std::uint64_t Rotated(std::uint64_t word, int bits)
     return (word << bits) | (word >> (64 - bits));
 }
 
-// Eight characters at once: adding to each, without its highest bit, what lifts a letter (and all behind it) over that
-// bit tells which lie from A to Z; bit 5 makes those small.
+// Makes the capitals among eight characters small, all at once. To each character without its highest bit it adds what
+// carries 'A' and above, and what carries those above 'Z', into that bit: where the two sums differ stands a capital.
+// Bit 5 makes it small.
 std::uint64_t Folded(std::uint64_t word)
 {
     constexpr std::uint64_t kEach = 0x0101010101010101u;

@@ -1,7 +1,7 @@
 // The list of corrections against what the standard library would offer for it: a hash table of keys with a vector
 // beside it. Both hold the same entries, compare and hash keys with the same functions, and are asked in turn.
 //   qxbc_containers [COUNT...]     (default 1000 10000 100000)
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 #include "data/containers/TextHash.h"
 #include "platform/Text.h"
 

@@ -117,7 +117,7 @@ private:
     unsigned int CheckStatistics(const unsigned short* minimum, const unsigned short* maximum,
                                  const unsigned short* average);
 
-    // Groups (FileManagerGroups.cpp).
+    // Groups (TBackgroundCorrectionFileManagerGroups.cpp).
     unsigned int SelectGroup(const TDualString& key);
     bool IsCurrentGroup(const TTextList& values) const;
     void ApplyPendingSettings(TProcessor& processor);
@@ -125,11 +125,11 @@ private:
     void ReleaseCurrentGroup();
     TBackgroundCorrectionEntry* FindEntryForKey(const TDualString& key);
 
-    // Import (FileManagerImport.cpp).
+    // Import (TBackgroundCorrectionFileManagerImport.cpp).
     class TImportSource;
     unsigned int ImportKey(TImportSource& source, unsigned int index, const TDualString& key, bool overwrite);
 
-    // Files (FileManagerFiles.cpp).
+    // Files (TBackgroundCorrectionFileManagerFiles.cpp).
     unsigned int DeriveBaseFileName(const TDualString& path, TTextList& names, TDualString& base,
                                     std::uint32_t& structureVersion);
     static void CollectCorrectionKeys(TProcessor& processor, TKeyRegister& collected);

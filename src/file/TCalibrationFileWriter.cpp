@@ -1,4 +1,4 @@
-#include "file/CalibrationFileWriter.h"
+#include "file/TCalibrationFileWriter.h"
 
 #include "boundary/Messages.h"
 #include "file/ByteOrder.h"

@@ -1,6 +1,6 @@
 // One stored background correction.
-#ifndef DATA_BACKGROUNDCORRECTIONENTRY_H
-#define DATA_BACKGROUNDCORRECTIONENTRY_H
+#ifndef DATA_TBACKGROUNDCORRECTIONENTRY_H
+#define DATA_TBACKGROUNDCORRECTIONENTRY_H
 
 #include "data/containers/TKeyText.h"
 #include "kernels/Kernels.h"

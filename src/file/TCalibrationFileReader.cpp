@@ -1,4 +1,4 @@
-#include "file/CalibrationFileReader.h"
+#include "file/TCalibrationFileReader.h"
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"

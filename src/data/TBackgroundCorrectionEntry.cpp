@@ -1,4 +1,4 @@
-#include "data/BackgroundCorrectionEntry.h"
+#include "data/TBackgroundCorrectionEntry.h"
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"

@@ -2,8 +2,8 @@
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
 
 #include "boundary/Messages.h"
-#include "file/CalibrationFileReader.h"
-#include "file/CalibrationFileWriter.h"
+#include "file/TCalibrationFileReader.h"
+#include "file/TCalibrationFileWriter.h"
 
 using namespace QX_KRLSDK;
 

@@ -1,8 +1,8 @@
 // Reads a calibration file.
-#ifndef FILE_CALIBRATIONFILEREADER_H
-#define FILE_CALIBRATIONFILEREADER_H
+#ifndef FILE_TCALIBRATIONFILEREADER_H
+#define FILE_TCALIBRATIONFILEREADER_H
 
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 #include "file/CalibrationFileResults.h"
 #include "file/CalibrationFormat.h"
 #include "platform/FileStream.h"

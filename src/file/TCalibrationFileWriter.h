@@ -3,7 +3,7 @@
 #define FILE_TCALIBRATIONFILEWRITER_H
 
 #include "data/TCorrectionList.h"
-#include "file/CalibrationFileResults.h"
+#include "file/CalibrationFile.h"
 #include "file/CalibrationFormat.h"
 #include "platform/FileStream.h"
 

@@ -1,6 +1,6 @@
-// The results of the calibration file's writer and reader, and where their texts go.
-#ifndef FILE_CALIBRATIONFILERESULTS_H
-#define FILE_CALIBRATIONFILERESULTS_H
+// What the writer and the reader of a calibration file share: their results, and where their texts go.
+#ifndef FILE_CALIBRATIONFILE_H
+#define FILE_CALIBRATIONFILE_H
 
 #include "QX_BackgroundCorrection.h"
 

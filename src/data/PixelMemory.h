@@ -11,7 +11,7 @@
 // `count` pixels, to be freed with delete[], or null when there is no memory.
 inline std::uint16_t* AllocatePixels(std::size_t count) noexcept
 {
-    if (count > PTRDIFF_MAX / sizeof(std::uint16_t)) { // asked for so many, compilers throw all the same
+    if (count > PTRDIFF_MAX / sizeof(std::uint16_t)) { // for so many even the new that throws nothing throws
         return nullptr;
     }
     auto* const pixels = new (std::nothrow) std::uint16_t[count];

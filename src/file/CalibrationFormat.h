@@ -27,7 +27,7 @@ constexpr std::size_t kKeyLength = 512;         // of the data of kKey, padded w
 constexpr std::size_t kGroupingNameLength = 16; // of the data of kGroupingName, padded with zeros
 
 constexpr TRecord kCorrectionCount = {61, 1, 4};
-constexpr TRecord kCorrectionStart = {62, 1, 0}; // has a length of its own and no data: CorrectionStartLength
+constexpr TRecord kCorrectionStart = {62, 1, 0}; // no data, but states CorrectionStartLength
 constexpr TRecord kKey = {63, 1, kKeyLength};
 constexpr TRecord kWidth = {64, 1, 4};
 constexpr TRecord kHeight = {65, 1, 4};

@@ -22,7 +22,7 @@ TDualString FindValueForName(const TDualString& list, const TDualString& name, c
 // name without a value.
 unsigned int ExtractGroupValues(const TDualString& key, const TTextList& names, TTextList& values);
 
-// Makes the file name of a group. 513 (no text) and an empty path unless there is one value a name.
+// Makes the file name of a group. 513 (no text) and an empty path unless there is one value for each name.
 unsigned int BuildGroupFileName(const TDualString& base, const TTextList& names, const TTextList& values,
                                 TDualString& path);
 
@@ -31,9 +31,9 @@ unsigned int BuildGroupFileName(const TDualString& base, const TTextList& names,
 unsigned int ParseGroupValuesFromFileName(const TDualString& path, const TDualString& base, const TTextList& names,
                                           TTextList& values);
 
-// Whether a path is the base itself, or begins with it and goes on with one pair a name, in order, with no "_" in a
-// value. Accepted on purpose: anything between the base and the first "_" (the base C:\cal\s claims C:\cal\store_A_1),
-// and empty values.
+// Whether a path is the base itself, or the base followed by one pair for each name, in order, with no "_" in a value.
+// Accepted on purpose: anything between the base and the first "_" (the base C:\cal\s claims C:\cal\store_A_1), and
+// empty values.
 bool IsGroupFileOf(const TDualString& candidate, const TTextList& names, const TDualString& base);
 
 // The base that a group file's name carries: what stands before the first "_" + first name + "_". False when that does

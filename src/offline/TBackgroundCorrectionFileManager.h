@@ -6,8 +6,8 @@
 
 #include "boundary/TAutoVelmorCriticalSection.h"
 #include "boundary/TMessageBuffer.h"
-#include "data/KeyText.h"
-#include "data/OrderedRegister.h"
+#include "data/containers/TKeyText.h"
+#include "data/containers/TOrderedRegister.h"
 #include "offline/GroupNaming.h"
 #include "offline/TDualString.h"
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
@@ -78,7 +78,7 @@ private:
         TTextList values;
     };
 
-    // A call of ApplyCorrection on its way. The host's delegate may call back and have another group loaded; the
+    // A running call of ApplyCorrection. The host's delegate may call back and have another group loaded; the
     // processor that called the delegate then lives on here until the call returns.
     struct TApplying {
         explicit TApplying(TBackgroundCorrectionFileManager& manager)
@@ -117,7 +117,7 @@ private:
     unsigned int CheckStatistics(const unsigned short* minimum, const unsigned short* maximum,
                                  const unsigned short* average);
 
-    // Groups (FileManagerGroups.cpp).
+    // Groups (TBackgroundCorrectionFileManagerGroups.cpp).
     unsigned int SelectGroup(const TDualString& key);
     bool IsCurrentGroup(const TTextList& values) const;
     void ApplyPendingSettings(TProcessor& processor);
@@ -125,11 +125,11 @@ private:
     void ReleaseCurrentGroup();
     TBackgroundCorrectionEntry* FindEntryForKey(const TDualString& key);
 
-    // Import (FileManagerImport.cpp).
+    // Import (TBackgroundCorrectionFileManagerImport.cpp).
     class TImportSource;
     unsigned int ImportKey(TImportSource& source, unsigned int index, const TDualString& key, bool overwrite);
 
-    // Files (FileManagerFiles.cpp).
+    // Files (TBackgroundCorrectionFileManagerFiles.cpp).
     unsigned int DeriveBaseFileName(const TDualString& path, TTextList& names, TDualString& base,
                                     std::uint32_t& structureVersion);
     static void CollectCorrectionKeys(TProcessor& processor, TKeyRegister& collected);
@@ -144,13 +144,14 @@ private:
     GroupSlot currentGroup;
     TTextList& currentGroupValues = currentGroup.values; // what the loaded group's file is named after
     TApplying* applying = nullptr;                       // the innermost call
-    TKeyRegister keys;                   // of all groups, in the order in which they became known, as they were given
-    TTextList groupingNames;             // in the order given
-    TDualString baseFileName;            // empty while the store is unnamed
-    TDualString spareFileName;           // always empty; kept beside the base file name
-    float exposureSeconds = -1.0f;       // pending; -1: unset
-    float lightIntensityPercent = -1.0f; // pending; -1: unset
-    int regionLeft = -1;                 // pending; -1 in any of the four: unset
+    std::unique_ptr<TKeyRegister> keys =
+        std::make_unique<TKeyRegister>(); // of all groups, as they were given, in the order in which they became known
+    TTextList groupingNames;              // in the order given
+    TDualString baseFileName;             // empty while the store is unnamed
+    TDualString spareFileName;            // always empty; kept beside the base file name
+    float exposureSeconds = -1.0f;        // pending; -1: unset
+    float lightIntensityPercent = -1.0f;  // pending; -1: unset
+    int regionLeft = -1;                  // pending; -1 in any of the four: unset
     int regionTop = -1;
     int regionWidth = -1;
     int regionHeight = -1;

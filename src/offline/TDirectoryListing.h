@@ -31,8 +31,8 @@ struct TDirectoryListing {
 };
 
 // Lists the folder (an empty one is the current folder). A folder that cannot be listed has no names. The folder is
-// gone through twice, to count and to fetch; it may grow or shrink in between: the second time decides, for a new name
-// may come before the old ones, and none of those may be left out. Throws std::bad_alloc.
+// read twice, to count and to fetch. When it changes in between, the second reading decides: a new name may come before
+// the old ones, and none of those may be missing. Throws std::bad_alloc.
 void ListDirectory(TDirectoryListing& listing);
 
 // Releases the names and the folder.

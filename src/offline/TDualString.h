@@ -10,7 +10,7 @@
 class TDualString {
 public:
     TDualString() = default;
-    TDualString(const char* text) : narrow(text) {} // NOLINT: a text is a text
+    TDualString(const char* text) : narrow(text) {} // NOLINT: implicit, so that literals can be passed
     TDualString(const std::string& text) : narrow(text) {}
 
     // Each wide character gives its low byte; a character whose low byte is 0 ends the text.

@@ -6,7 +6,7 @@
 
 #include "boundary/TAutoVelmorCriticalSection.h"
 #include "boundary/TMessageBuffer.h"
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 
 #include <atomic>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // Copies, regions and statistics of a built entry.
-#include "data/BackgroundCorrectionEntry.h"
+#include "data/TBackgroundCorrectionEntry.h"
 
 #include "data/EntryBuilding.h"
 #include "data/PixelMemory.h"

@@ -1,4 +1,4 @@
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 
 #include "data/EntryBuilding.h"
 #include "support/RandomImages.h"

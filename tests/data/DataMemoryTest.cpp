@@ -1,5 +1,5 @@
 // Entries and lists when memory runs out: every allocation of an operation fails once, and from there on for good.
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 
 #include "data/EntryBuilding.h"
 #include "support/AllocationFaults.h"

@@ -1,4 +1,4 @@
-#include "data/BackgroundCorrectionEntry.h"
+#include "data/TBackgroundCorrectionEntry.h"
 
 #include "data/EntryBuilding.h"
 #include "support/AllocationFaults.h"

@@ -3,7 +3,7 @@
 #define QXBC_TESTS_ENTRY_BUILDING_H
 
 #include "boundary/TZRException.h"
-#include "data/BackgroundCorrectionEntry.h"
+#include "data/TBackgroundCorrectionEntry.h"
 #include "model/LiteralArithmetic.h"
 
 #include <string>

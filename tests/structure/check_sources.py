@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks rules about the library's sources: includes run downhill only, the operating system is met in src/platform
-alone, the public header includes nothing.
+alone, a source is named like its header and a header like its class, the public header includes nothing.
 
 check_sources.py ROOT           reports every violation below ROOT and fails when there is one
 check_sources.py --self-test    makes violations of every kind and fails when one is not reported
@@ -21,7 +21,13 @@ SYSTEM_MACROS = re.compile(
     r"\b(_WIN32|_WIN64|WIN32|__MINGW32__|__MINGW64__|__CYGWIN__|__linux__|__unix__|__APPLE__|_POSIX_\w+)\b")
 MAY_NAME_SYSTEMS = {"boundary/ExportDecoration.h"}
 
+# Sources that stand for no header of src/.
+HEADERLESS = {"boundary/Exports.cpp"}
+# Their headers are named after what the system or the loops do, not after a class.
+NAMED_AFTER_SUBJECTS = {"platform", "kernels"}
+
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)')
+DECLARED = re.compile(r"^(?:template\s*<.*>\s*)?(?:class|struct|enum class|namespace)\s+(\w+)\b(?!\s*;)")
 CONDITION = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)")
 
 
@@ -70,6 +76,46 @@ def check_source(source, src):
             yield path, number, "tells systems apart outside of platform"
 
 
+def is_named_like(source, header):
+    """Whether a source may stand for a header: its name, or its name and what this part of it holds."""
+    return re.fullmatch(re.escape(header.stem) + r"([A-Z]\w*)?", source.stem) is not None
+
+
+def check_source_name(source, src):
+    path = source.relative_to(src).as_posix()
+    folders = [source.parent]
+    if source.parent.parent == src / "platform":
+        folders.append(source.parent.parent)  # windows/ and posix/ say how what those headers name is done
+    headers = [header for folder in folders for header in folder.glob("*.h") if is_named_like(source, header)]
+    if not headers:
+        yield path, 0, "is named like no header"
+        return
+    included = set()
+    for line in source.read_text(encoding="utf-8").splitlines():
+        include = INCLUDE.match(line)
+        if include and include.group(1):
+            included.add(included_path(source, include.group(1), src))
+    if path.split("/")[0] != "kernels" and not any(h.relative_to(src).as_posix() in included for h in headers):
+        yield path, 0, "does not include the header that it is named like"
+
+
+def check_header_name(header, src):
+    lines = without_comments(header.read_text(encoding="utf-8")).splitlines()
+    names = {match.group(1) for match in map(DECLARED.match, lines) if match}
+    if any(re.match("T[A-Z]", name) for name in names) and header.stem not in names:
+        yield header.relative_to(src).as_posix(), 0, "is named like nothing that it declares: " + " ".join(sorted(names))
+
+
+def check_names(source, src):
+    path = source.relative_to(src).as_posix()
+    if floor_of(path) is None:
+        return
+    if source.suffix == ".cpp" and path not in HEADERLESS:
+        yield from check_source_name(source, src)
+    if source.suffix == ".h" and path.split("/")[0] not in NAMED_AFTER_SUBJECTS:
+        yield from check_header_name(source, src)
+
+
 def check(root):
     src = root / "src"
     sources = sorted(p for p in src.rglob("*") if p.suffix in (".h", ".hpp", ".cpp", ".inc"))
@@ -77,6 +123,7 @@ def check(root):
         yield "src", 0, "no sources found"
     for source in sources:
         yield from check_source(source, src)
+        yield from check_names(source, src)
     header = root / "include" / PUBLIC_HEADER
     for number, line in enumerate(without_comments(header.read_text(encoding="utf-8")).splitlines(), 1):
         if INCLUDE.match(line):
@@ -91,7 +138,11 @@ GOOD_TREE = {
     "src/boundary/ExportDecoration.h": "#ifdef _WIN32\n#endif\n",
     "src/boundary/Exports.cpp": '#include "offline/Manager.h"\n',
     "src/kernels/Kernels.h": "// #include <windows.h> would be wrong\n/* #ifdef _WIN32 */\n",
-    "src/data/Entry.h": '#include "kernels/Kernels.h"\n',
+    "src/data/Entry.h": '#include "kernels/Kernels.h"\nclass TOther;\n',
+    "src/data/Entry.cpp": '#include "data/Entry.h"\n',
+    "src/data/EntryFiles.cpp": '#include "data/Entry.h"\n',
+    "src/data/rooms/TOther.h": "class TOther {\n};\n",
+    "src/processor/Processor.h": "",
     "src/offline/Manager.h": '#include "Other.h"\n#include "data/Entry.h"\n',
     "src/offline/Other.h": "",
 }
@@ -99,18 +150,25 @@ VIOLATIONS = [
     ("src/platform/Bad.h", '#include "boundary/Basics.h"\n', "uphill"),
     ("src/platform/Bad.h", '#include "QX_BackgroundCorrection.h"\n', "uphill"),
     ("src/kernels/Bad.h", '#include "data/Entry.h"\n', "uphill"),
-    ("src/data/Bad.cpp", '  #  include "offline/Other.h"\n', "uphill"),
-    ("src/boundary/Bad.cpp", '#include "offline/Manager.h"\n', "uphill"),
-    ("src/offline/Bad.cpp", '#include "boundary/Exports.cpp"\n', "uphill"),
+    ("src/data/Entry.cpp", '#include "Entry.h"\n  #  include "offline/Other.h"\n', "uphill"),
+    ("src/boundary/Basics.cpp", '#include "Basics.h"\n#include "offline/Manager.h"\n', "uphill"),
+    ("src/offline/Manager.cpp", '#include "Manager.h"\n#include "boundary/Exports.cpp"\n', "uphill"),
     ("src/data/Bad.h", '#include "nowhere/None.h"\n', "not here"),
     ("src/cellar/Bad.h", "", "no room"),
     ("src/data/Bad.h", "#include <windows.h>\n", "outside of platform"),
     ("src/data/Bad.h", "#include <Windows.h>\n", "outside of platform"),
-    ("src/processor/Bad.cpp", "#include <unistd.h>\n", "outside of platform"),
-    ("src/offline/Bad.cpp", "#include <sys/stat.h>\n", "outside of platform"),
+    ("src/processor/Processor.cpp", '#include "Processor.h"\n#include <unistd.h>\n', "outside of platform"),
+    ("src/offline/Manager.cpp", '#include "Manager.h"\n#include <sys/stat.h>\n', "outside of platform"),
     ("src/boundary/Bad.h", "#ifdef _WIN32\n", "tells systems apart"),
     ("src/file/Bad.h", "#if !defined(__linux__) && 1\n", "tells systems apart"),
     ("include/QX_BackgroundCorrection.h", "#include <vector>\n", "includes something"),
+    ("src/data/TEntry.cpp", '#include "data/Entry.h"\n', "named like no header"),
+    ("src/data/Entryfiles.cpp", '#include "data/Entry.h"\n', "named like no header"),
+    ("src/platform/posix/Texts.cpp", '#include "platform/Text.h"\n', "named like no header"),
+    ("src/data/EntryBuild.cpp", '#include "data/rooms/TOther.h"\n', "that it is named like"),
+    ("src/data/rooms/Bad.h", "template <typename TValue> class TBad {\n", "like nothing"),
+    ("src/data/Bad.h", "struct TWorse { int value; };\nnamespace Worst {\n", "like nothing"),
+    ("src/data/Bad.h", "class TBad;\nenum class TWorse {\n", "like nothing"),
 ]
 
 

@@ -1,4 +1,4 @@
-#include "file/CalibrationFileWriter.h"
+#include "file/TCalibrationFileWriter.h"
 
 #include "boundary/Messages.h"
 #include "file/ByteOrder.h"
@@ -66,8 +66,8 @@ unsigned int TCalibrationFileWriter::WriteCorrections(const TCorrectionList& cor
             messages.main.Format(Messages::kListEndedWhileSaving);
             return kListEndedWhileSaving;
         }
-        // Each entry is to be written from a copy, and hosts know the exception of a copy that finds no memory. The
-        // lock is held, so that the entry itself reads the same: asking for the memory is enough.
+        // Hosts know the exception of a save that has no memory to copy an entry. The lock is held, so that writing the
+        // entry itself gives the same file; all that is needed of the copy is the check that there is memory for it.
         const TBackgroundCorrectionEntry& entry = corrections.EntryAt(position);
         entry.RequireMemoryForCopy();
         if (!WriteEntry(entry)) {
@@ -99,7 +99,8 @@ bool TCalibrationFileWriter::WriteBackground(const TBackgroundCorrectionEntry& e
     if (!WriteRecordHeader(Format::kBackground, length)) {
         return false;
     }
-    if (entry.Width() == 0 || entry.Height() == 0) { // not `length == 0`: a product that wraps is not nothing
+    if (entry.Width() == 0 ||
+        entry.Height() == 0) { // not `length == 0`: a length that does not fit 32 bits may wrap to 0
         return true;
     }
     if (!entry.HasPixels()) {

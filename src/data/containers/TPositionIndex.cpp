@@ -1,4 +1,4 @@
-#include "data/PositionIndex.h"
+#include "data/containers/TPositionIndex.h"
 
 namespace {
 std::size_t LowestBit(std::size_t node)

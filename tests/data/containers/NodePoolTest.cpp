@@ -1,5 +1,5 @@
 // Memory for the nodes of a list.
-#include "data/NodePool.h"
+#include "data/containers/TNodePool.h"
 
 #include "support/AllocationFaults.h"
 #include "support/RandomImages.h"
@@ -103,7 +103,7 @@ TEST(NodePool, KeepsThePlaceOfANodeThatWasNotMade)
 
 TEST(NodePool, StaysAsItWasWithoutMemory)
 {
-    for (std::size_t failing = 1; failing <= 2; ++failing) {
+    for (std::size_t failing = 1; failing <= 3; ++failing) {
         TNodePool<TNode> pool;
         bool hasFailed = false;
         TAllocationFaults noMemory(failing);
@@ -121,63 +121,20 @@ TEST(NodePool, StaysAsItWasWithoutMemory)
     EXPECT_EQ(TNode::alive, 0);
 }
 
-TEST(NodePool, SwapsWithoutMovingNodes)
+TEST(NodePool, NeedsNoMemoryForANodeThatRoomWasMadeFor)
 {
-    TNodePool<TNode> left;
-    TNodePool<TNode> right;
-    TNode* const node = left.Make(1);
-    left.Swap(right);
-    right.Destroy(node);
-    TNode* const other = left.Make(2);
-    EXPECT_EQ(other->number, 2);
-    left.Destroy(other);
-}
-
-// Blocks, free places and the count of nodes belong together: each pool goes on with the other's.
-TEST(NodePool, GoesOnWithTheContentsItWasGiven)
-{
-    TNodePool<TNode> left;
-    TNodePool<TNode> right;
-    std::vector<TNode*> full;
-    std::vector<TNode*> nearlyEmpty;
-    full.reserve(100);
-    nearlyEmpty.reserve(100);
-    std::size_t blocks = 0;
-    while (full.size() < 64) { // four blocks without a free place
+    TNodePool<TNode> pool;
+    std::vector<TNode*> nodes;
+    for (int i = 0; i < 200; ++i) { // across several blocks
+        pool.ReserveOne();
         const std::size_t before = TAllocationFaults::LiveBlocks();
-        full.push_back(left.Make(static_cast<int>(full.size())));
-        blocks += TAllocationFaults::LiveBlocks() > before ? 1u : 0u;
+        TNode* const node = pool.Make(i);
+        ASSERT_EQ(TAllocationFaults::LiveBlocks(), before) << i;
+        nodes.push_back(node);
     }
-    nearlyEmpty.push_back(right.Make(1000)); // one block with seven
-    ASSERT_EQ(blocks, 4u);
-    left.Swap(right);
-
-    TAllocationFaults counting(0);
-    for (int i = 1; i < 8; ++i) {
-        nearlyEmpty.push_back(left.Make(1000 + i));
+    for (TNode* const node : nodes) {
+        pool.Destroy(node);
     }
-    const std::size_t forFreePlaces = counting.Count();
-    full.push_back(right.Make(64));
-    const std::size_t forAFullPool = counting.Count() - forFreePlaces;
-    counting.Disarm();
-    ASSERT_EQ(forFreePlaces, 0u) << "the free places came along";
-    ASSERT_GT(forAFullPool, 0u) << "there was none here";
-
-    for (std::size_t i = 0; i < nearlyEmpty.size(); ++i) {
-        ASSERT_EQ(nearlyEmpty[i]->number, 1000 + static_cast<int>(i));
-        const std::size_t before = TAllocationFaults::LiveBlocks();
-        left.Destroy(nearlyEmpty[i]);
-        const bool isLast = i + 1 == nearlyEmpty.size();
-        ASSERT_EQ(before - TAllocationFaults::LiveBlocks(), isLast ? 1u : 0u)
-            << "its one block goes with its last node";
-    }
-    for (std::size_t i = 0; i < full.size(); ++i) {
-        ASSERT_EQ(full[i]->number, static_cast<int>(i));
-        const std::size_t before = TAllocationFaults::LiveBlocks();
-        right.Destroy(full[i]);
-        ASSERT_EQ(before - TAllocationFaults::LiveBlocks(), i + 1 == full.size() ? blocks + 1 : 0u);
-    }
-    EXPECT_EQ(TNode::alive, 0);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Positions in a sequence from which elements are removed.
-#ifndef DATA_POSITIONINDEX_H
-#define DATA_POSITIONINDEX_H
+#ifndef DATA_CONTAINERS_TPOSITIONINDEX_H
+#define DATA_CONTAINERS_TPOSITIONINDEX_H
 
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +23,6 @@ public:
     std::size_t SlotAt(std::size_t position) const noexcept;
 
     std::size_t Count() const noexcept { return liveCount; }
-    std::size_t SlotCount() const noexcept { return counts.size(); }
     // True when so many slots are dead that the owner should Clear and Append anew, in order. Not earlier: it touches
     // every element that is left.
     bool IsWorthRenumbering() const noexcept { return counts.size() > 32 && liveCount < counts.size() / 8; }

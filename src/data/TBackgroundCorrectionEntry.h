@@ -1,8 +1,8 @@
 // One stored background correction.
-#ifndef DATA_BACKGROUNDCORRECTIONENTRY_H
-#define DATA_BACKGROUNDCORRECTIONENTRY_H
+#ifndef DATA_TBACKGROUNDCORRECTIONENTRY_H
+#define DATA_TBACKGROUNDCORRECTIONENTRY_H
 
-#include "data/KeyText.h"
+#include "data/containers/TKeyText.h"
 #include "kernels/Kernels.h"
 
 #include <cstddef>
@@ -24,7 +24,7 @@ public:
     TBackgroundCorrectionEntry& operator=(const TBackgroundCorrectionEntry& other);
     virtual ~TBackgroundCorrectionEntry();
 
-    // Throws the TZRException that copying would throw for want of memory, and does nothing otherwise.
+    // Throws the TZRException that copying would throw without enough memory, and does nothing otherwise.
     void RequireMemoryForCopy() const;
 
     // Takes over the pixels of an entry that is not needed any more.

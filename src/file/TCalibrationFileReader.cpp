@@ -1,4 +1,4 @@
-#include "file/CalibrationFileReader.h"
+#include "file/TCalibrationFileReader.h"
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"
@@ -6,6 +6,7 @@
 #include "file/ByteOrder.h"
 
 #include <cstring>
+#include <memory>
 #include <utility>
 
 using namespace CalibrationFile;
@@ -16,17 +17,17 @@ namespace {
 // Attempts after failures of the device that are made as if each could succeed.
 constexpr unsigned int kMostReadErrors = 1000;
 
-// Recognises attempts that go round in a circle.
+// Detects cycles of failed attempts, by Brent's method.
 //
 // An attempt that fails changes nothing but the position in the file, and what it does depends on nothing else. So once
-// a run of failed attempts comes back to a position, it repeats itself for ever, and whole rounds may be left out. The
-// position compared with moves on to the newest each time the run has doubled: that finds every circle, with no memory
-// of all the positions.
-class TCircle {
+// a run of failed attempts comes back to a position, it repeats itself forever, and whole rounds may be left out. The
+// position compared with moves on to the newest each time the run has doubled: that finds every cycle without storing
+// all the positions.
+class TCycleDetector {
 public:
     void Restart() noexcept { steps = 0; }
 
-    // Takes the position at which the next attempt starts; gives the length of the circle in attempts, or 0.
+    // Takes the position at which the next attempt starts; gives the length of the cycle in attempts, or 0.
     std::uint64_t LengthAt(std::uint64_t position) noexcept
     {
         if (steps > 0 && position == markedPosition) {
@@ -110,36 +111,36 @@ unsigned int TCalibrationFileReader::ReadCorrectionRecords(TCorrectionList& corr
 
     unsigned int result = kSuccess;
     std::uint64_t remaining = storedCount <= 0x7FFFFFFF ? storedCount : 0; // the count is signed
-    TCircle circle;
+    TCycleDetector cycle;
     unsigned int readErrors = 0;
     while (remaining > 0) {
-        const std::uint64_t circleLength = circle.LengthAt(stream.Position());
-        if (circleLength > 0) {
-            remaining %= circleLength;
-            circle.Restart();
+        const std::uint64_t cycleLength = cycle.LengthAt(stream.Position());
+        if (cycleLength > 0) {
+            remaining %= cycleLength;
+            cycle.Restart();
             continue;
         }
-        bool abandon = false;
-        result = ReadCorrection(corrections, headerOnly, abandon);
-        if (abandon) {
+        const TOutcome outcome = ReadCorrection(corrections, headerOnly, result);
+        if (outcome == TOutcome::kLoadEnds) {
             return result;
         }
-        if (result != kSuccess) {
+        if (outcome == TOutcome::kSkipped) {
             messages.main.Format(Messages::kErrorLoading, messages.file.Text());
         }
         // A read that failed before the end of the file may succeed the next time, so that such an attempt need not
         // repeat itself; but it is not made without end either.
         const bool mayPass = result == kShortReadOrWrite && stream.Remaining() > 0 && ++readErrors < kMostReadErrors;
-        if (result == kSuccess || mayPass) {
-            circle.Restart();
+        if (outcome == TOutcome::kRead || mayPass) {
+            cycle.Restart();
         }
         --remaining;
     }
     return result;
 }
 
-// `abandon` says that the whole load ends with the result; otherwise a result other than 0 skips this correction.
-unsigned int TCalibrationFileReader::ReadCorrection(TCorrectionList& corrections, bool headerOnly, bool& abandon)
+// `result` becomes the code that goes with the outcome.
+TCalibrationFileReader::TOutcome TCalibrationFileReader::ReadCorrection(TCorrectionList& corrections, bool headerOnly,
+                                                                        unsigned int& result)
 {
     char key[Format::kKeyLength + 1] = {};
     std::uint32_t width = 0;
@@ -147,7 +148,7 @@ unsigned int TCalibrationFileReader::ReadCorrection(TCorrectionList& corrections
     float exposure = 0.0f;
     float intensity = 0.0f;
 
-    unsigned int result = ReadRecordHeader(Format::kCorrectionStart, false);
+    result = ReadRecordHeader(Format::kCorrectionStart, false);
     if (result == kSuccess) {
         result = ReadRecord(Format::kKey, key);
     }
@@ -163,12 +164,13 @@ unsigned int TCalibrationFileReader::ReadCorrection(TCorrectionList& corrections
     if (result == kSuccess) {
         result = ReadFloat(Format::kIntensity, intensity);
     }
-    std::uint16_t* pixels = nullptr;
-    if (result == kSuccess) {
-        result = headerOnly ? SkipPixels(width, height) : ReadPixels(width, height, abandon, pixels);
-    }
     if (result != kSuccess) {
-        return result;
+        return TOutcome::kSkipped;
+    }
+    std::uint16_t* pixels = nullptr;
+    const TOutcome outcome = headerOnly ? SkipPixels(width, height, result) : ReadPixels(width, height, result, pixels);
+    if (outcome != TOutcome::kRead) {
+        return outcome;
     }
     try {
         TBackgroundCorrectionEntry entry;
@@ -176,64 +178,66 @@ unsigned int TCalibrationFileReader::ReadCorrection(TCorrectionList& corrections
         corrections.AddEntry(std::move(entry));
     } catch (const TZRException& error) {
         messages.main.Format(Messages::kCouldNotCreateEntry, error.what());
-        abandon = true;
-        return kOperationFailed;
+        result = kOperationFailed;
+        return TOutcome::kLoadEnds;
     }
-    return kSuccess;
+    return TOutcome::kRead;
 }
 
-// Reads the background record. On success `pixels` (from new[]) belongs to the caller.
-unsigned int TCalibrationFileReader::ReadPixels(std::uint32_t width, std::uint32_t height, bool& abandon,
-                                                std::uint16_t*& pixels)
+// Reads the background record. When it was read, `pixels` (from new[]) belongs to the caller.
+TCalibrationFileReader::TOutcome TCalibrationFileReader::ReadPixels(std::uint32_t width, std::uint32_t height,
+                                                                    unsigned int& result, std::uint16_t*& pixels)
 {
     const Format::TRecord record = {Format::kBackground.identifier, Format::kBackground.version,
                                     Format::BackgroundLength(width, height)};
     const std::size_t count = TBackgroundCorrectionEntry::PixelCount(width, height);
-    std::uint16_t* buffer = nullptr;
-    unsigned int result = kSuccess;
+    std::unique_ptr<std::uint16_t[]> buffer;
     if (TBackgroundCorrectionEntry::IsSizeValid(width, height)) {
         result = ReadRecordHeader(record, true);
         if (result == kShortReadOrWrite) {
-            return result;
+            return TOutcome::kSkipped;
         }
-        // What the file does not hold any more is not worth memory: the read is known to fall short.
-        if (stream.Remaining() < std::uint64_t{count} * sizeof *buffer) {
+        // No memory is allocated for pixels that the file does not hold: reading them would fail anyway.
+        if (stream.Remaining() < std::uint64_t{count} * sizeof buffer[0]) {
             stream.SeekTo(stream.Position() + stream.Remaining());
             messages.file.Format(Messages::kCouldNotReadData);
-            return kShortReadOrWrite;
+            result = kShortReadOrWrite;
+            return TOutcome::kSkipped;
         }
-        buffer = AllocatePixels(count);
+        buffer.reset(AllocatePixels(count));
     }
     if (buffer == nullptr) {
         messages.main.Format(Messages::kReadMemory);
-        abandon = true;
-        return kOperationFailed;
+        result = kOperationFailed;
+        return TOutcome::kLoadEnds;
     }
-    result = ReadBytes(buffer, count * sizeof *buffer);
+    result = ReadBytes(buffer.get(), count * sizeof buffer[0]);
     if (result != kSuccess) {
-        delete[] buffer;
-        return result;
+        return TOutcome::kSkipped;
     }
     if (!ByteOrder::IsLittleEndian()) {
-        ByteOrder::Swap(buffer, count);
+        ByteOrder::Swap(buffer.get(), count);
     }
-    pixels = buffer;
-    return kSuccess;
+    pixels = buffer.release();
+    return TOutcome::kRead;
 }
 
 // Passes over the background record. Beyond the end of the file is no failure.
-unsigned int TCalibrationFileReader::SkipPixels(std::uint32_t width, std::uint32_t height)
+TCalibrationFileReader::TOutcome TCalibrationFileReader::SkipPixels(std::uint32_t width, std::uint32_t height,
+                                                                    unsigned int& result)
 {
     const std::uint32_t length = Format::BackgroundLength(width, height);
     const Format::TRecord record = {Format::kBackground.identifier, Format::kBackground.version, length};
+    result = kShortReadOrWrite;
     if (ReadRecordHeader(record, true) == kShortReadOrWrite) {
-        return kShortReadOrWrite;
+        return TOutcome::kSkipped;
     }
     if (!stream.SeekTo(stream.Position() + length)) {
         messages.file.Format(Messages::kUnexpectedEndOfFile);
-        return kShortReadOrWrite;
+        return TOutcome::kSkipped;
     }
-    return kSuccess;
+    result = kSuccess;
+    return TOutcome::kRead;
 }
 
 // -1 for a short read; -2 for another record than expected, after moving to the offset that its length names, counted

@@ -40,7 +40,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::SetCorrectionLevel(int percen
 
 int TBackgroundCorrectionProcessorUINT16::GetCorrectionLevel()
 {
-    // Truncated, not rounded, though the fraction is inexact: hosts know the values that come back.
+    // Truncated, not rounded, although the fraction is inexact: hosts rely on these values.
     return static_cast<int>(static_cast<double>(correctionLevel.load(std::memory_order_relaxed)) * 100.0);
 }
 

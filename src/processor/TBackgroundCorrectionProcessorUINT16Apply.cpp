@@ -85,8 +85,8 @@ unsigned int TBackgroundCorrectionProcessorUINT16::ApplyCorrection(unsigned shor
         }
         return delegated && delegateProcessing ? delegate->ProcessInPlace(image, regionWidth, regionHeight) : kSuccess;
     }
-    // An active correction without a background: the memory for it could not be had, or nothing has calculated it yet
-    // because the object was in header-only mode when the correction was chosen.
+    // An active correction without a background: there was not enough memory for it, or it was never calculated because
+    // the object was in header-only mode when the correction was chosen.
     if (scaledBackground == nullptr || scaledBackgroundLength != length) {
         return Fail(kOperationFailed, Messages::kErrorAllocating);
     }

@@ -1,9 +1,9 @@
 // Writes a calibration file.
-#ifndef FILE_CALIBRATIONFILEWRITER_H
-#define FILE_CALIBRATIONFILEWRITER_H
+#ifndef FILE_TCALIBRATIONFILEWRITER_H
+#define FILE_TCALIBRATIONFILEWRITER_H
 
-#include "data/CorrectionList.h"
-#include "file/CalibrationFileResults.h"
+#include "data/TCorrectionList.h"
+#include "file/CalibrationFile.h"
 #include "file/CalibrationFormat.h"
 #include "platform/FileStream.h"
 

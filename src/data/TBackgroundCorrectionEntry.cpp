@@ -1,9 +1,8 @@
-#include "data/BackgroundCorrectionEntry.h"
+#include "data/TBackgroundCorrectionEntry.h"
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"
 #include "data/PixelMemory.h"
-#include "platform/Text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -35,7 +34,7 @@ TBackgroundCorrectionEntry& TBackgroundCorrectionEntry::operator=(const TBackgro
 void TBackgroundCorrectionEntry::RequireMemoryForCopy() const
 {
     if (data != nullptr) {
-        std::uint16_t* volatile pixels = AllocatePixels(width, height); // volatile: no compiler may leave it out
+        std::uint16_t* volatile pixels = AllocatePixels(width, height); // volatile: must not be optimised away
         delete[] pixels;
     }
 }
@@ -91,12 +90,12 @@ void TBackgroundCorrectionEntry::CopyRegion(std::uint16_t* destination, std::uin
                                             std::uint32_t regionWidth, std::uint32_t regionHeight,
                                             float factor) const noexcept
 {
-    // Rows that touch in the entry touch in the region: they are one.
+    // A region as wide as the entry is one run of pixels.
     const bool isContiguous = regionWidth == width;
     const std::size_t rowCount = isContiguous ? 1 : regionHeight;
     const std::size_t rowLength = isContiguous ? std::size_t{regionWidth} * regionHeight : regionWidth;
-    // The active entry can be another than the region was checked against: an import may have replaced it. Whatever
-    // address the region then gives counts, in the entry's own row length, as long as it lies within the pixels.
+    // The region may have been checked against another entry, which an import has replaced. It is then taken in this
+    // entry's row length, and what lies beyond its pixels counts as 0.
     const std::uint64_t pixelCount = HasPixels() ? PixelCount() : 0;
     for (std::size_t row = 0; row < rowCount; ++row) {
         const std::uint64_t start = (std::uint64_t{top} + row) * width + left;

@@ -1,5 +1,5 @@
 // The text of a key, on both sides of the length that lies within the object.
-#include "data/KeyText.h"
+#include "data/containers/TKeyText.h"
 
 #include "support/AllocationFaults.h"
 

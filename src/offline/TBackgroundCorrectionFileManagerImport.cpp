@@ -57,7 +57,7 @@ unsigned int TBackgroundCorrectionFileManager::ImportCorrections(QX_IBackgroundC
     }
     unsigned int result = kSuccess;
     for (unsigned int index = 0; index < count && result == kSuccess; ++index) {
-        // A store that is given to itself loses keys on the way: the later ones move up, and the last rounds find none.
+        // A store that imports itself loses keys meanwhile: the later ones move up, and the last rounds find none.
         if (const char* const key = source->GetCorrectionKey(index)) {
             result = ImportKey(importSource, index, TDualString(key), overwrite); // a copy: replacing frees the key
         }
@@ -78,24 +78,25 @@ unsigned int TBackgroundCorrectionFileManager::ImportKey(TImportSource& source, 
     if (result != kSuccess) {
         return result;
     }
-    if (keys.Find(key.Text()) != nullptr) {
+    if (keys->Find(key.Text()) != nullptr) {
         if (!overwrite) {
             return kSuccess;
         }
         result = currentGroup.processor->DeleteCorrection(key.Text());
-        keys.Remove(key.Text());
+        keys->Remove(key.Text());
         if (result != kSuccess) {
             return result;
         }
     }
-    TKeyRegister::TPrepared newKey = keys.Prepare(key.Text());
+    TKeyText newKey(key.Text());
+    keys->ReserveOne();
     const TBackgroundCorrectionEntry* const entry = source.Entry(index, key);
     if (entry == nullptr) {
         return kSuccess;
     }
     result = currentGroup.processor->AddEntryCopy(*entry);
     if (result == kSuccess) {
-        keys.Append(std::move(newKey));
+        keys->Append(std::move(newKey));
     }
     return result;
 }

@@ -1,5 +1,5 @@
 // The register behind the list of corrections and the store's keys, against a plain sequence.
-#include "data/OrderedRegister.h"
+#include "data/containers/TOrderedRegister.h"
 
 #include "support/AllocationFaults.h"
 #include "support/RandomImages.h"
@@ -120,20 +120,19 @@ TEST(OrderedRegister, RemovesByTheTextOfAValueThatGoes)
     ExpectEqual(values, {"y"});
 }
 
-TEST(OrderedRegister, SwapsWithoutMovingValues)
+TEST(OrderedRegister, AppendsWithoutMemoryWhatRoomWasMadeFor)
 {
-    TRegister left;
-    TRegister right;
-    left.Append(std::string("a"));
-    right.Append(std::string("b"));
-    right.Append(std::string("c"));
-    const std::string* const value = &right.At(1);
-    left.Swap(right);
-    ExpectEqual(left, {"b", "c"});
-    ExpectEqual(right, {"a"});
-    EXPECT_EQ(&left.At(1), value);
-    left.Append(std::string("d"));
-    ExpectEqual(left, {"b", "c", "d"});
+    TRegister values;
+    std::vector<std::string> model;
+    for (int i = 0; i < 200; ++i) { // across several sizes of the slots, the cells and the nodes' blocks
+        model.push_back(std::to_string(i));
+        values.ReserveOne();
+        TAllocationFaults noMemory(1, TFaultRepeat::kForGood);
+        values.Append(std::string(model.back())); // short: it needs no memory of its own
+        noMemory.Disarm();
+        ASSERT_FALSE(noMemory.Fired()) << i;
+    }
+    ExpectEqual(values, model);
 }
 
 TEST(OrderedRegister, StaysAsItWasWhenMemoryRunsOut)

@@ -2,15 +2,15 @@
 #include "processor/TBackgroundCorrectionProcessorUINT16.h"
 
 #include "boundary/Messages.h"
-#include "file/CalibrationFileReader.h"
-#include "file/CalibrationFileWriter.h"
+#include "file/TCalibrationFileReader.h"
+#include "file/TCalibrationFileWriter.h"
 
 using namespace QX_KRLSDK;
 
 namespace {
 
-// What was written counts only once it is stored. After an earlier failure the writer's destructor closes the file:
-// what closing has to say then must not replace the first text.
+// Saving has succeeded only when closing the file has. After an earlier failure the writer's destructor closes the file
+// instead, so that a failure to close does not replace the first text.
 unsigned int CloseAfter(TCalibrationFileWriter& writer, unsigned int result)
 {
     return result != kSuccess ? result : writer.Close();
@@ -78,7 +78,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::LoadFile(const char* fileName
     return LoadUngroupedFile(fileName, false);
 }
 
-// The mode is entered or left first and stays so whatever becomes of the file.
+// The mode changes first, and stays changed when loading fails.
 unsigned int TBackgroundCorrectionProcessorUINT16::LoadUngroupedFile(const char* path, bool enterHeaderOnly)
 {
     const TGuard guard(lock.Get());
@@ -128,7 +128,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::LoadGroupedFileFull(const cha
     return LoadGroupedFile(path, groupingNames, structureVersion, false);
 }
 
-// Once the list was emptied, the active entry is gone whatever the result.
+// Once the list was emptied the active entry no longer exists, even when reading failed.
 unsigned int TBackgroundCorrectionProcessorUINT16::ReadCorrections(TCalibrationFileReader& reader)
 {
     const unsigned int result = reader.ReadCorrectionRecords(*corrections, headerOnly);

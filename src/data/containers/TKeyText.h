@@ -1,12 +1,12 @@
 // The text of a key.
-#ifndef DATA_KEYTEXT_H
-#define DATA_KEYTEXT_H
+#ifndef DATA_CONTAINERS_TKEYTEXT_H
+#define DATA_CONTAINERS_TKEYTEXT_H
 
 #include <cstddef>
 #include <memory>
 
-// A text that lies within the object up to kShortLength characters, as nearly all keys do: looking at a key then costs
-// no second way through memory, and in a list of many that way is most of what anything costs.
+// Holds up to kShortLength characters, which is enough for nearly all keys, within the object: comparing a key then
+// reads no second block of memory. In a long list such cache misses are most of what an operation costs.
 class TKeyText {
 public:
     static constexpr std::size_t kShortLength = 39;

@@ -1,9 +1,9 @@
 // Reads a calibration file.
-#ifndef FILE_CALIBRATIONFILEREADER_H
-#define FILE_CALIBRATIONFILEREADER_H
+#ifndef FILE_TCALIBRATIONFILEREADER_H
+#define FILE_TCALIBRATIONFILEREADER_H
 
-#include "data/CorrectionList.h"
-#include "file/CalibrationFileResults.h"
+#include "data/TCorrectionList.h"
+#include "file/CalibrationFile.h"
 #include "file/CalibrationFormat.h"
 #include "platform/FileStream.h"
 
@@ -35,14 +35,21 @@ public:
     bool HasClearedList() const noexcept { return listCleared; }
 
 private:
+    // What becomes of one correction.
+    enum class TOutcome {
+        kRead,
+        kSkipped,  // it is left out, and the load goes on
+        kLoadEnds, // the whole load ends here
+    };
+
     unsigned int ReadRecordHeader(const CalibrationFormat::TRecord& record, bool lengthIsFixed);
     unsigned int ReadRecord(const CalibrationFormat::TRecord& record, void* data);
     unsigned int ReadNumber(const CalibrationFormat::TRecord& record, std::uint32_t& value);
     unsigned int ReadFloat(const CalibrationFormat::TRecord& record, float& value);
     unsigned int ReadBytes(void* bytes, std::size_t length);
-    unsigned int ReadCorrection(TCorrectionList& corrections, bool headerOnly, bool& abandon);
-    unsigned int ReadPixels(std::uint32_t width, std::uint32_t height, bool& abandon, std::uint16_t*& pixels);
-    unsigned int SkipPixels(std::uint32_t width, std::uint32_t height);
+    TOutcome ReadCorrection(TCorrectionList& corrections, bool headerOnly, unsigned int& result);
+    TOutcome ReadPixels(std::uint32_t width, std::uint32_t height, unsigned int& result, std::uint16_t*& pixels);
+    TOutcome SkipPixels(std::uint32_t width, std::uint32_t height, unsigned int& result);
 
     CalibrationFile::TMessages messages;
     Platform::TFileStream stream;

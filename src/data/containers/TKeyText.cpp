@@ -1,4 +1,4 @@
-#include "data/KeyText.h"
+#include "data/containers/TKeyText.h"
 
 #include <cstring>
 #include <utility>

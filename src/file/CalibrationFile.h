@@ -1,7 +1,6 @@
-// Results of the calibration file's writer and reader that are no result codes of the public header by meaning, though
-// the host sees them as such (-1 as 4294967295).
-#ifndef FILE_CALIBRATIONFILERESULTS_H
-#define FILE_CALIBRATIONFILERESULTS_H
+// What the writer and the reader of a calibration file share: their results, and where their texts go.
+#ifndef FILE_CALIBRATIONFILE_H
+#define FILE_CALIBRATIONFILE_H
 
 #include "QX_BackgroundCorrection.h"
 
@@ -10,7 +9,6 @@
 namespace CalibrationFile {
 
 using QX_KRLSDK::kFileNotAccessible;
-using QX_KRLSDK::kHeaderOnlyMode;
 using QX_KRLSDK::kListEndedWhileSaving;
 using QX_KRLSDK::kOperationFailed;
 using QX_KRLSDK::kShortReadOrWrite;

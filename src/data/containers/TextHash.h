@@ -1,12 +1,12 @@
 // Hashes of texts, for finding them.
-#ifndef DATA_TEXTHASH_H
-#define DATA_TEXTHASH_H
+#ifndef DATA_CONTAINERS_TEXTHASH_H
+#define DATA_CONTAINERS_TEXTHASH_H
 
 #include <cstdint>
 
 // SipHash-1-3 (J.-P. Aumasson, D. J. Bernstein, "SipHash: a fast short-input PRF", 2012) under a key that differs from
-// table to table: texts come from files, and one whose texts all fall on one another cannot be prepared in advance.
-// Values mean nothing outside the process.
+// table to table: texts come from files, and nobody shall be able to write a file whose texts all collide. Hashes mean
+// nothing outside the process.
 namespace TextHash {
 
 struct TSeed {

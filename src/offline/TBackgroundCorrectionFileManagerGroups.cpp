@@ -91,7 +91,7 @@ void TBackgroundCorrectionFileManager::ReleaseCurrentGroup()
     ReplaceCurrentGroup(nullptr, TTextList());
 }
 
-// The old processor goes, unless a call of its ApplyCorrection is on its way.
+// The old processor is destroyed: at once, or when the last running call of its ApplyCorrection returns.
 void TBackgroundCorrectionFileManager::ReplaceCurrentGroup(std::unique_ptr<TProcessor> processor,
                                                            TTextList values) noexcept
 {

@@ -1,5 +1,5 @@
 // Hashes of texts.
-#include "data/TextHash.h"
+#include "data/containers/TextHash.h"
 
 #include "platform/Text.h"
 

@@ -1,10 +1,10 @@
 // An ordered sequence that is also found by text and by position.
-#ifndef DATA_ORDEREDREGISTER_H
-#define DATA_ORDEREDREGISTER_H
+#ifndef DATA_CONTAINERS_TORDEREDREGISTER_H
+#define DATA_CONTAINERS_TORDEREDREGISTER_H
 
-#include "data/NodePool.h"
-#include "data/PositionIndex.h"
-#include "data/TextHash.h"
+#include "data/containers/TNodePool.h"
+#include "data/containers/TPositionIndex.h"
+#include "data/containers/TextHash.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -39,28 +39,8 @@ public:
     TOrderedRegister(const TOrderedRegister&) = delete;
     TOrderedRegister& operator=(const TOrderedRegister&) = delete;
 
-    // A value that is ready to be appended, so that appending it cannot fail.
-    class TPrepared {
-    public:
-        TPrepared(TPrepared&& other) noexcept : pool(other.pool), node(other.node) { other.node = nullptr; }
-        ~TPrepared()
-        {
-            if (node != nullptr) {
-                pool->Destroy(node);
-            }
-        }
-
-    private:
-        friend class TOrderedRegister;
-        TPrepared(TNodePool<TNode>& owner, TNode* made) noexcept : pool(&owner), node(made) {}
-
-        TNodePool<TNode>* pool;
-        TNode* node; // null: appended
-    };
-
-    // Makes a value from `source`, and room for it. Throws std::bad_alloc, or whatever making the value throws. Only
-    // the value prepared last may be appended, and nothing else in between.
-    template <typename TSource> TPrepared Prepare(TSource&& source)
+    // Makes room for one more value. Throws std::bad_alloc, unchanged then.
+    void ReserveOne()
     {
         positions.ReserveOne();
         if (slots.size() == slots.capacity()) {
@@ -69,15 +49,18 @@ public:
         if ((textCount + 1) * 5 > cells.size() * 4) {
             Widen();
         }
-        return TPrepared(pool, pool.Make(std::forward<TSource>(source)));
+        pool.ReserveOne();
     }
 
-    void Append(TPrepared&& prepared) noexcept
+    // Makes a value from `source` and appends it. Throws std::bad_alloc, or whatever making the value throws; after
+    // ReserveOne only the latter.
+    template <typename TSource> void Append(TSource&& source)
     {
-        TNode* const node = prepared.node;
-        prepared.node = nullptr;
-        const std::uint64_t hash = TRule::Hash(TRule::Text(node->value), seed);
-        TCell& cell = cells[CellOf(TRule::Text(node->value), hash)];
+        ReserveOne();
+        TNode* const node = pool.Make(std::forward<TSource>(source));
+        const char* const text = TRule::Text(node->value);
+        const std::uint64_t hash = TRule::Hash(text, seed);
+        TCell& cell = cells[CellOf(text, hash)];
         if (cell.first == nullptr) {
             cell = {hash, node};
             ++textCount;
@@ -88,9 +71,6 @@ public:
         node->slot = positions.Append();
         slots.push_back(node);
     }
-
-    // Prepares and appends.
-    template <typename TSource> void Append(TSource&& source) { Append(Prepare(std::forward<TSource>(source))); }
 
     // The first value with this text, or null.
     TValue* Find(const char* text) const noexcept
@@ -157,17 +137,6 @@ public:
         textCount = 0;
     }
 
-    // Exchanges the contents; values stay where they are in memory.
-    void Swap(TOrderedRegister& other) noexcept
-    {
-        std::swap(seed, other.seed);
-        pool.Swap(other.pool);
-        std::swap(positions, other.positions);
-        slots.swap(other.slots);
-        cells.swap(other.cells);
-        std::swap(textCount, other.textCount);
-    }
-
 private:
     std::size_t Mask() const noexcept { return cells.size() - 1; }
 
@@ -227,7 +196,7 @@ private:
         slots.resize(live);
     }
 
-    TextHash::TSeed seed;
+    const TextHash::TSeed seed;
     TNodePool<TNode> pool;
     TPositionIndex positions;  // of the values' slots
     std::vector<TNode*> slots; // in order; null: removed

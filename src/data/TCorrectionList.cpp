@@ -1,4 +1,4 @@
-#include "data/CorrectionList.h"
+#include "data/TCorrectionList.h"
 
 #include "boundary/Messages.h"
 #include "boundary/TZRException.h"

@@ -22,11 +22,12 @@ unsigned int TBackgroundCorrectionFileManager::AddCorrection(const char* key, co
     if (result != kSuccess) {
         return result;
     }
-    TKeyRegister::TPrepared newKey = keys.Prepare(ownKey.Text());
+    TKeyText newKey(ownKey.Text()); // and room for it: once the correction is there, nothing may fail
+    keys->ReserveOne();
     result = currentGroup.processor->AddCorrection(ownKey.Text(), frames, frameCount, width, height, exposure,
                                                    lightIntensity);
     if (result == kSuccess) {
-        keys.Append(std::move(newKey));
+        keys->Append(std::move(newKey));
     }
     return result;
 }
@@ -51,20 +52,20 @@ const char* TBackgroundCorrectionFileManager::GetActiveCorrectionKey()
 const char* TBackgroundCorrectionFileManager::GetCorrectionKey(unsigned int index)
 {
     const TGuard guard(lock.Get());
-    return index < keys.Count() ? keys.At(index).Text() : nullptr;
+    return index < keys->Count() ? keys->At(index).Text() : nullptr;
 }
 
 unsigned int TBackgroundCorrectionFileManager::GetNumberOfCorrections()
 {
     const TGuard guard(lock.Get());
-    return static_cast<unsigned int>(keys.Count());
+    return static_cast<unsigned int>(keys->Count());
 }
 
 unsigned int TBackgroundCorrectionFileManager::ClearCorrections()
 {
     const TGuard guard(lock.Get());
     ReleaseCurrentGroup();
-    keys.Clear();
+    keys->Clear();
     baseFileName = TDualString();
     spareFileName = TDualString();
     headerOnly = false;
@@ -84,7 +85,7 @@ unsigned int TBackgroundCorrectionFileManager::DeleteCorrection(const char* key)
     }
     result = currentGroup.processor->DeleteCorrection(ownKey.Text());
     if (result == kSuccess) {
-        keys.Remove(ownKey.Text()); // spelled exactly so: another spelling of the key stays
+        keys->Remove(ownKey.Text()); // spelled exactly so: another spelling of the key stays
     }
     return result;
 }

@@ -109,7 +109,7 @@ unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fi
     }
 
     auto scratch = std::make_unique<TProcessor>();
-    TKeyRegister foundKeys;
+    auto foundKeys = std::make_unique<TKeyRegister>();
     for (const TDualString& listed : paths) {
         std::vector<std::string> recordedNames;
         std::uint32_t version = 0;
@@ -117,7 +117,7 @@ unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fi
         if (result != kSuccess) {
             return result;
         }
-        CollectCorrectionKeys(*scratch, foundKeys);
+        CollectCorrectionKeys(*scratch, *foundKeys);
     }
 
     // Nothing can fail from here on.
@@ -128,7 +128,7 @@ unsigned int TBackgroundCorrectionFileManager::LoadFileHeaderOnly(const char* fi
         groupingNames = std::move(names);
         baseFileName = std::move(base);
     }
-    keys.Swap(foundKeys);
+    keys = std::move(foundKeys);
     headerOnly = true;
     return kSuccess;
 }
@@ -183,8 +183,8 @@ unsigned int TBackgroundCorrectionFileManager::SaveFile(const char* fileName)
         return kSuccess;
     }
     GroupNaming::TBuckets buckets;
-    for (std::size_t index = 0; index < keys.Count() && result == kSuccess; ++index) {
-        result = buckets.BucketKeysByGroup(keys.At(index).Text(), groupingNames);
+    for (std::size_t index = 0; index < keys->Count() && result == kSuccess; ++index) {
+        result = buckets.BucketKeysByGroup(keys->At(index).Text(), groupingNames);
     }
     if (result != kSuccess) {
         return result;
@@ -205,8 +205,8 @@ unsigned int TBackgroundCorrectionFileManager::WriteLoadedGroup()
     return currentGroup.processor->SaveGroupedFile(path.Text(), GroupFiles::NarrowTexts(groupingNames));
 }
 
-// Removes what a save would mix with: the store of a file that has the target's name, and the group files of the
-// target's base.
+// Removes files that would be taken for part of the saved store: the store of a file that has the target's name, and
+// the group files of the target's base.
 unsigned int TBackgroundCorrectionFileManager::ReplaceTarget(const TDualString& path, TDualString& targetBase)
 {
     TTextList names;

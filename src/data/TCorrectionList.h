@@ -1,9 +1,9 @@
 // A processor's corrections.
-#ifndef DATA_CORRECTIONLIST_H
-#define DATA_CORRECTIONLIST_H
+#ifndef DATA_TCORRECTIONLIST_H
+#define DATA_TCORRECTIONLIST_H
 
-#include "data/BackgroundCorrectionEntry.h"
-#include "data/OrderedRegister.h"
+#include "data/TBackgroundCorrectionEntry.h"
+#include "data/containers/TOrderedRegister.h"
 
 #include <cstddef>
 #include <cstdint>

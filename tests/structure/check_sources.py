@@ -10,8 +10,8 @@ import re
 import sys
 import tempfile
 
-# Who may include whom: a room its own floor and those below.
-FLOORS = {"platform": 0, "boundary": 1, "kernels": 2, "data": 3, "file": 4, "processor": 5, "offline": 6}
+# Who may include whom: a folder its own layer and those below.
+LAYERS = {"platform": 0, "boundary": 1, "kernels": 2, "data": 3, "file": 4, "processor": 5, "offline": 6}
 EXPORTS_FLOOR = 7
 PUBLIC_HEADER = "QX_BackgroundCorrection.h"
 
@@ -36,11 +36,11 @@ def without_comments(text):
     return re.sub(r"//.*", "", text)
 
 
-def floor_of(path):
-    """The floor of a path below src/, or None when it lies in no room."""
+def layer_of(path):
+    """The layer of a path below src/, or None when it lies in none."""
     if path == "boundary/Exports.cpp":
         return EXPORTS_FLOOR
-    return FLOORS.get(path.split("/")[0]) if "/" in path else None
+    return LAYERS.get(path.split("/")[0]) if "/" in path else None
 
 
 def included_path(source, name, src):
@@ -53,9 +53,9 @@ def included_path(source, name, src):
 
 def check_source(source, src):
     path = source.relative_to(src).as_posix()
-    floor = floor_of(path)
-    if floor is None:
-        yield path, 0, "lies in no room of the house"
+    layer = layer_of(path)
+    if layer is None:
+        yield path, 0, "lies in no layer"
         return
     for number, line in enumerate(without_comments(source.read_text(encoding="utf-8")).splitlines(), 1):
         include = INCLUDE.match(line)
@@ -63,9 +63,9 @@ def check_source(source, src):
             target = included_path(source, include.group(1), src)
             if target is None:
                 yield path, number, f'includes "{include.group(1)}", which is not here'
-            elif floor_of(target) is None or floor_of(target) > floor:
+            elif layer_of(target) is None or layer_of(target) > layer:
                 yield path, number, f'includes "{target}" uphill'
-        if floor == FLOORS["platform"]:
+        if layer == LAYERS["platform"]:
             if include and include.group(1) == PUBLIC_HEADER:
                 yield path, number, "includes the public header uphill"
             continue
@@ -108,7 +108,7 @@ def check_header_name(header, src):
 
 def check_names(source, src):
     path = source.relative_to(src).as_posix()
-    if floor_of(path) is None:
+    if layer_of(path) is None:
         return
     if source.suffix == ".cpp" and path not in HEADERLESS:
         yield from check_source_name(source, src)
@@ -141,7 +141,7 @@ GOOD_TREE = {
     "src/data/Entry.h": '#include "kernels/Kernels.h"\nclass TOther;\n',
     "src/data/Entry.cpp": '#include "data/Entry.h"\n',
     "src/data/EntryFiles.cpp": '#include "data/Entry.h"\n',
-    "src/data/rooms/TOther.h": "class TOther {\n};\n",
+    "src/data/parts/TOther.h": "class TOther {\n};\n",
     "src/processor/Processor.h": "",
     "src/offline/Manager.h": '#include "Other.h"\n#include "data/Entry.h"\n',
     "src/offline/Other.h": "",
@@ -154,7 +154,7 @@ VIOLATIONS = [
     ("src/boundary/Basics.cpp", '#include "Basics.h"\n#include "offline/Manager.h"\n', "uphill"),
     ("src/offline/Manager.cpp", '#include "Manager.h"\n#include "boundary/Exports.cpp"\n', "uphill"),
     ("src/data/Bad.h", '#include "nowhere/None.h"\n', "not here"),
-    ("src/cellar/Bad.h", "", "no room"),
+    ("src/cellar/Bad.h", "", "no layer"),
     ("src/data/Bad.h", "#include <windows.h>\n", "outside of platform"),
     ("src/data/Bad.h", "#include <Windows.h>\n", "outside of platform"),
     ("src/processor/Processor.cpp", '#include "Processor.h"\n#include <unistd.h>\n', "outside of platform"),
@@ -165,8 +165,8 @@ VIOLATIONS = [
     ("src/data/TEntry.cpp", '#include "data/Entry.h"\n', "named like no header"),
     ("src/data/Entryfiles.cpp", '#include "data/Entry.h"\n', "named like no header"),
     ("src/platform/posix/Texts.cpp", '#include "platform/Text.h"\n', "named like no header"),
-    ("src/data/EntryBuild.cpp", '#include "data/rooms/TOther.h"\n', "that it is named like"),
-    ("src/data/rooms/Bad.h", "template <typename TValue> class TBad {\n", "like nothing"),
+    ("src/data/EntryBuild.cpp", '#include "data/parts/TOther.h"\n', "that it is named like"),
+    ("src/data/parts/Bad.h", "template <typename TValue> class TBad {\n", "like nothing"),
     ("src/data/Bad.h", "struct TWorse { int value; };\nnamespace Worst {\n", "like nothing"),
     ("src/data/Bad.h", "class TBad;\nenum class TWorse {\n", "like nothing"),
 ]

@@ -134,9 +134,11 @@ private:
             key += (key.empty() ? "" : ",") + pair;
         }
         if (Chance(60)) {
-            // The last three differ in case where bytes are letters of Latin 1.
+            // The last three differ in case where bytes are letters of Latin 1. Behind an empty value they become a
+            // value themselves, and part of a file name.
             key += (Chance(5) ? ",," : ",") +
-                   Text({"dark", "dark", "Dark", "n,3", "flat", "gr\xFC\xDF", "GR\xDC\xDF", "gr\xDC\xDF"});
+                   Text({"dark", "dark", "Dark", "n,3", "flat", kBackslashSystem ? "grau" : "gr\xFC\xDF",
+                         kBackslashSystem ? "GRAU" : "GR\xDC\xDF", kBackslashSystem ? "grAU" : "gr\xDC\xDF"});
         }
         if (Chance(3)) {
             key += "," + std::string(515, 'k') + Text({"1", "2"});

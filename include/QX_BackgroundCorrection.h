@@ -283,7 +283,8 @@ public:
 
     /// Slot 10. Sets the exposure (seconds) and light intensity (percent) of the images to be corrected; every value is
     /// accepted. The background is scaled by ((intensity * exposure) * level) / (reference intensity * reference
-    /// exposure), in single precision. Both are -1 at first, which makes their product 1.
+    /// exposure), in single precision. Both are -1 at first, which makes their product 1: until they are set, the
+    /// background is divided by the product of the reference values.
     /// \return kHeaderOnlyMode; memory as for SetCorrectionLevel.
     ///
     /// Store: kept for groups loaded later.
@@ -317,7 +318,8 @@ public:
                                                        unsigned short* average) = 0;
 
     /// Slot 15. Subtracts the scaled background from an image of the region's size; results below 0 become 0.
-    /// With nothing active the image is copied to \p output (when that is another buffer).
+    /// With nothing active the image is copied to \p output (when that is another buffer); it has to have the region's
+    /// size all the same, which is 1 x 1 at first.
     /// \param image               width * height pixels of the region; may be null only when \p useDelegate is true and
     ///                            \p delegateProcessing is false
     /// \param imageLength         number of pixels in \p image

@@ -17,9 +17,10 @@
  *   switches the group of a store) return QXBC_OUT_OF_MEMORY.
  * - Paths are UTF-8 on both systems. On Linux the bytes go to the system as they are. On Windows they are turned into
  *   the code page in which the main library opens files; what that code page cannot spell, and what is no UTF-8, is
- *   QXBC_PATH_NOT_SPELLED, and nothing is opened. Keys are passed on as they are, and texts of the library come back as
- *   they are: a path in one is in the code page. (A store writes grouping values into the names of its files:
- *   keep those values to ASCII.)
+ *   QXBC_PATH_NOT_SPELLED, and nothing is opened. (A host that gives the C runtime of Windows a UTF-8 locale changes
+ *   how that opens files: it had better keep its paths to ASCII.) Keys are passed on as they are, and texts of the
+ *   library come back as they are: a path in one is in the code page. (A store writes grouping values into the names
+ *   of its files: keep those values to ASCII.)
  * - Truth values are int: 0 is false, anything else is true.
  * - Types. int and unsigned int and float have 32 bits, unsigned short has 16. Calls follow the system's one calling
  *   convention for 64-bit programs.

@@ -14,6 +14,7 @@ try {
     const std::vector<unsigned short> dark1(16 * 16, 100), dark2(16 * 16, 103);
     correction.Add("dark", {dark1.data(), dark2.data()}, 16, 16, 0.1f, 100.0f); // seconds, percent
     correction.SetActive("dark");
+    // Of the images to come. Without it the background would be divided by the dark frames' 0.1 s times 100 %.
     correction.SetExposureAndIntensity(0.2f, 100.0f);
 
     std::vector<unsigned short> image(16 * 16, 1000);

@@ -18,9 +18,18 @@
 /// description, in a paragraph that begins with "Store:". A host that makes no store can skip them all.
 ///
 /// For hosts
-/// - C++ ABI. On Windows (x64) the host needs the Microsoft C++ ABI: Microsoft's compiler, or Clang for a windows-msvc
-///   target. On Linux (x86-64) it needs the Itanium C++ ABI, which GCC and Clang follow there. MinGW's GCC follows that
-///   one on Windows too: a host built with it would call every operation one slot off, unless it calls by table entry.
+/// - Compilers. On Linux (x86-64): GCC and Clang, which follow the same C++ ABI (Itanium). On Windows (x64, which has
+///   one calling convention): Microsoft's compiler and Clang for a windows-msvc target, whose ABI is the DLL's, and
+///   MinGW's GCC and Clang. Those lay out a virtual destructor differently; for them slot 0 has another form here,
+///   so that each operation is called by its name. A MinGW host destroys objects through DeleteBackgroundCorrection
+///   ("delete" does not compile) and derives its delegate as any other. Three things do not cross: an exception of the
+///   library ends a MinGW host, which cannot catch it (see Exceptions; QX_BackgroundCorrection_C.h turns it into a
+///   code); an implementation of the interface of its own is refused by the library; typeid and dynamic_cast on an
+///   object of the library are an error. A 32-bit Windows host does not compile.
+/// - Finding the library. It is linked, or loaded by name (libQX_BACKGROUNDCORRECTION.so, QX_BACKGROUNDCORRECTION.dll).
+///   On Linux the loader looks along LD_LIBRARY_PATH, the host's run path, and where the system keeps libraries; not in
+///   the folder of the host's program, unless the host is linked with -Wl,-rpath,'$ORIGIN'. On Windows it looks in the
+///   folder of the host's program first; put the DLL there. Both take an absolute path as it is.
 /// - Table entries. In the Microsoft ABI slot n of the interface is entry n of the table of virtual functions; entry 0,
 ///   the destructor, takes a flag, with which 1 also frees the object. On Linux there are two destructor entries (0
 ///   destroys, 1 destroys and frees), so that from slot 1 on slot n stands at entry n + 1. The delegate has no virtual
@@ -33,6 +42,10 @@
 ///   that is current when the call is made.
 /// - Size. A correction has at most 2,147,483,647 pixels (2^31 - 1), and an image no more than an int can count. What
 ///   is larger is refused as if memory had run out, except in header-only mode, which needs none for pixels.
+/// - First steps. Set exposure and intensity before the first image: an object that was never told them scales the
+///   background by 1 / (reference exposure * reference intensity), 0.1 for dark frames of 0.1 s and 100 %. Until a
+///   correction is active or a region is set, the region is 1 x 1, and ApplyCorrection refuses any larger image
+///   (kSecondArgumentInvalid), although there is nothing to subtract.
 /// - Cost of a setting. SetActiveCorrection, SetRegion, SetCorrectionLevel and SetExposureAndIntensity each scale the
 ///   whole region anew, even when the value is the one already set. Expect about the time of one pass of copying the
 ///   region (a rule of thumb, no promise). Call them when something changes, not before every image. ApplyCorrection
@@ -66,6 +79,7 @@
 /// ImportCorrections and SaveFile. The object stays usable and its lock is released. The factories, and the operations
 /// of the offline store, may let std::bad_alloc through; those that switch the group also the exception of SaveFile,
 /// since they write the group that is left. Catch by reference: a copy of the std::exception alone may lack the text.
+/// No exception can be caught by a host built with MinGW.
 #ifndef QX_BACKGROUNDCORRECTION_H
 #define QX_BACKGROUNDCORRECTION_H
 
@@ -82,6 +96,17 @@
 /// @}
 #define QX_BACKGROUNDCORRECTION_JOIN_(major, minor, patch) QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch)
 #define QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch) #major "." #minor "." #patch
+
+#if defined(_WIN32) && !defined(_WIN64)
+#error "QX_BACKGROUNDCORRECTION is a 64-bit library: build this host for x64."
+#endif
+
+/// Defined where the compiler's own tables differ from those of the DLL, so that slot 0 is declared as a plain virtual
+/// operation. The library's own unit tests, which MinGW builds whole, define QX_BACKGROUNDCORRECTION_OWN_TABLES: then
+/// the destructor is a virtual one everywhere. Hosts do not define it.
+#if (defined(__MINGW32__) || defined(__CYGWIN__)) && !defined(QX_BACKGROUNDCORRECTION_OWN_TABLES)
+#define QX_BACKGROUNDCORRECTION_FOREIGN_TABLES
+#endif
 
 namespace QX_KRLSDK {
 
@@ -135,7 +160,8 @@ const unsigned int kMaximumKeyLength = 512;
 /// were given is gone once a setting or the active correction changes), but must not wait for another thread that does.
 ///
 /// The first six operations are reserved: the library never calls them. There is deliberately no virtual destructor,
-/// which would shift the operations by one slot in one compiler's tables and by two in another's.
+/// which would shift the operations by one slot in one compiler's tables and by two in another's. A derived class may
+/// have one: it stands behind the operations. Where -Wnon-virtual-dtor is on, give the class one or declare it final.
 class ICorrectionDelegate {
 public:
     virtual void Reserved0() {} ///< Index 0; never called.
@@ -166,11 +192,16 @@ protected:
 };
 
 /// Background correction of 16-bit images. Objects are made by the exported factories and destroyed by
-/// DeleteBackgroundCorrection (or by deleting through this interface, which is slot 0).
+/// DeleteBackgroundCorrection (or, except with MinGW, by deleting through this interface, which is slot 0).
 class QX_IBackgroundCorrection {
 public:
+#ifdef QX_BACKGROUNDCORRECTION_FOREIGN_TABLES
+    /// Slot 0 as the DLL's tables have it; not for hosts, which call DeleteBackgroundCorrection.
+    virtual void* DestroyInTheTablesForm(unsigned int flags) = 0;
+#else
     /// Slot 0. Destroys the object and everything it owns. Writes no file: what was not saved is lost.
     virtual ~QX_IBackgroundCorrection() {}
+#endif
 
     /// Slot 1. Builds a correction from a stack of dark frames and stores it at the end of the list: the frames are
     /// averaged pixel by pixel (single-precision sum in the order given, rounded half up; one frame is taken as it is)
@@ -252,7 +283,8 @@ public:
 
     /// Slot 10. Sets the exposure (seconds) and light intensity (percent) of the images to be corrected; every value is
     /// accepted. The background is scaled by ((intensity * exposure) * level) / (reference intensity * reference
-    /// exposure), in single precision. Both are -1 at first, which makes their product 1.
+    /// exposure), in single precision. Both are -1 at first, which makes their product 1: until they are set, the
+    /// background is divided by the product of the reference values.
     /// \return kHeaderOnlyMode; memory as for SetCorrectionLevel.
     ///
     /// Store: kept for groups loaded later.
@@ -286,7 +318,8 @@ public:
                                                        unsigned short* average) = 0;
 
     /// Slot 15. Subtracts the scaled background from an image of the region's size; results below 0 become 0.
-    /// With nothing active the image is copied to \p output (when that is another buffer).
+    /// With nothing active the image is copied to \p output (when that is another buffer); it has to have the region's
+    /// size all the same, which is 1 x 1 at first.
     /// \param image               width * height pixels of the region; may be null only when \p useDelegate is true and
     ///                            \p delegateProcessing is false
     /// \param imageLength         number of pixels in \p image
@@ -379,6 +412,11 @@ public:
     /// Store: a text of its own is cleared before it is returned, so that an empty text arrives; else the text of the
     /// loaded group's processor, or null when no group is loaded.
     virtual const char* GetLastErrorMessage() = 0;
+
+#ifdef QX_BACKGROUNDCORRECTION_FOREIGN_TABLES
+protected:
+    ~QX_IBackgroundCorrection() {}
+#endif
 };
 
 /// \name Types of the exported functions, for hosts that load the library at run time

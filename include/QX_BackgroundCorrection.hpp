@@ -1,7 +1,8 @@
 /// \file QX_BackgroundCorrection.hpp
 /// Optional comfort for C++17 hosts, header-only: loads the library at run time, owns its objects, and turns result
 /// codes into exceptions. It uses QX_BackgroundCorrection.h only; a host that prefers codes and pointers needs that
-/// file alone. On Windows the host must be built with a compiler that follows the Microsoft C++ ABI.
+/// file alone. On Windows MinGW's compilers will do as well as those of the Microsoft C++ ABI; what does not cross
+/// (exceptions of the library itself, when memory runs out) stands there.
 #ifndef QX_BACKGROUNDCORRECTION_HPP
 #define QX_BACKGROUNDCORRECTION_HPP
 

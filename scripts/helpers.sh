@@ -42,11 +42,11 @@ note_foreign_folder() {
     fi
 }
 
-# The C++ sources, also where there is no git: out of a tarball, or as root in another's clone.
+# The C and C++ sources, also where there is no git: out of a tarball, or as root in another's clone.
 list_sources() {
     local found
-    found=$(git ls-files '*.cpp' '*.h' '*.hpp' 2>/dev/null) || found=
+    found=$(git ls-files '*.cpp' '*.h' '*.hpp' '*.c' 2>/dev/null) || found=
     [ -n "$found" ] || found=$(find . \( -name build -o -name demo-output -o -name .git \) -prune -o -type f \
-        \( -name '*.cpp' -o -name '*.h' -o -name '*.hpp' \) -print)
+        \( -name '*.cpp' -o -name '*.h' -o -name '*.hpp' -o -name '*.c' \) -print)
     printf '%s\n' "$found"
 }

@@ -5,7 +5,9 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine-prefix}
 export WINEDEBUG=${WINEDEBUG:--all}
-export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=} # no offers to install .NET or a browser engine
+# No offers to install .NET or a browser engine, and no debugger: under a server that has just started, a program that
+# crashes into the debugger ends with 0.
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree=;mshtml=;winedbg.exe=}
 mkdir -p "$WINEPREFIX"
 
 # The first program of a session creates the prefix and starts Wine's own services, which takes seconds. Do that once,

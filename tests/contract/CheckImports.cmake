@@ -1,4 +1,4 @@
-# Fails unless the DLL imports exactly what imports.txt lists, module by module:
+# Fails unless a DLL imports exactly what its imports.txt lists, module by module:
 # cmake -DLIBRARY=<file> -DTOOL=<llvm-readobj> -DLIST=<imports.txt> -P CheckImports.cmake
 file(STRINGS "${LIST}" expected REGEX "^[^#]")
 list(SORT expected)

@@ -31,8 +31,11 @@ unsigned int Record(unsigned int operation, const Pixel* output, const Pixel* im
     return 4000 + operation;
 }
 
+// Has a virtual destructor, which stands behind the operations.
 class TDelegate : public D {
 public:
+    virtual ~TDelegate() = default;
+
     void Reserved0() override { Remember("reserved operation 0"); }
     void Reserved1() override { Remember("reserved operation 1"); }
     void Reserved2() override { Remember("reserved operation 2"); }

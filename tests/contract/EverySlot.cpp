@@ -47,12 +47,21 @@ public:
             Checks::That(object.CallsOf(slot) > 0, Who() + "slot " + Text(static_cast<double>(slot)) + " was called");
         Checks::That(std::remove(fileOnDisk.c_str()) == 0, Who() + "wrote " + fileOnDisk);
         if (by == TCallBy::Name)
-            delete object.Object();
+            DeleteByName();
         else
             HostPlatform::DeleteThroughTable(object.Object());
     }
 
 private:
+    void DeleteByName()
+    {
+#ifdef QX_BACKGROUNDCORRECTION_FOREIGN_TABLES // "delete" would not compile
+        Expect("delete", Text(exports.destroy(object.Object())), "0");
+#else
+        delete object.Object();
+#endif
+    }
+
     void FreshObject()
     {
         Expect("count, fresh", Count(), "0");

@@ -5,10 +5,18 @@
 
 #include "QX_BackgroundCorrection.h"
 
-template <class TTag> class TForeignObject : public QX_KRLSDK::QX_IBackgroundCorrection {
+template <class TTag> class TForeignObject final : public QX_KRLSDK::QX_IBackgroundCorrection {
 public:
     explicit TForeignObject(bool* destroyedFlag) : destroyed(destroyedFlag) {}
+#ifdef QX_BACKGROUNDCORRECTION_FOREIGN_TABLES
+    void* DestroyInTheTablesForm(unsigned int) override
+    {
+        *destroyed = true;
+        return this;
+    }
+#else
     ~TForeignObject() override { *destroyed = true; }
+#endif
 
     unsigned int AddCorrection(const char*, const unsigned short**, int, int, int, float, float) override { return 1; }
     unsigned int SetActiveCorrection(const char*) override { return 2; }

@@ -8,6 +8,8 @@ namespace {
 
 class Delegate : public QX_KRLSDK::ICorrectionDelegate {
 public:
+    virtual ~Delegate() {}
+
     virtual unsigned int SubtractInPlace(unsigned short*, const unsigned short*, int, int, bool, bool) { return 1; }
     virtual unsigned int SubtractInto(unsigned short*, const unsigned short*, const unsigned short*, int, int, bool,
                                       bool)

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Checks rules about the library's sources: includes run downhill only, the operating system is met in src/platform
-alone, a source is named like its header and a header like its class, the public header includes nothing.
+"""Checks rules about the library's sources: includes run downhill only, the flat interface uses little of the library, the
+operating system is met in src/platform alone, a source is named like its header and a header like its class, the public
+headers of the interfaces include nothing.
 
 check_sources.py ROOT           reports every violation below ROOT and fails when there is one
 check_sources.py --self-test    makes violations of every kind and fails when one is not reported
@@ -11,9 +12,13 @@ import sys
 import tempfile
 
 # Who may include whom: a folder its own layer and those below.
-LAYERS = {"platform": 0, "boundary": 1, "kernels": 2, "data": 3, "file": 4, "processor": 5, "offline": 6}
-EXPORTS_FLOOR = 7
+LAYERS = {"platform": 0, "boundary": 1, "kernels": 2, "data": 3, "file": 4, "processor": 5, "offline": 6,
+          "flat": 8}
+EXPORTS_LAYER = 7
 PUBLIC_HEADER = "QX_BackgroundCorrection.h"
+FLAT_HEADER = "QX_BackgroundCorrection_C.h"
+# A library of its own, which shares nothing with the main one but this.
+FLAT_MAY_USE = re.compile(r"flat/.*|platform/.*|boundary/ExportDecoration\.h")
 
 SYSTEM_HEADERS = re.compile(
     r"(windows|winnt|winbase|winnls|unistd|pthread|dirent|fcntl|io|direct|process|dlfcn|langinfo|xlocale)\.h|sys/.*")
@@ -22,7 +27,7 @@ SYSTEM_MACROS = re.compile(
 MAY_NAME_SYSTEMS = {"boundary/ExportDecoration.h"}
 
 # Sources that stand for no header of src/.
-HEADERLESS = {"boundary/Exports.cpp"}
+HEADERLESS = {"boundary/Exports.cpp", "flat/FlatInterface.cpp"}
 # Their headers are named after what the system or the loops do, not after a class.
 NAMED_AFTER_SUBJECTS = {"platform", "kernels"}
 
@@ -39,7 +44,7 @@ def without_comments(text):
 def layer_of(path):
     """The layer of a path below src/, or None when it lies in none."""
     if path == "boundary/Exports.cpp":
-        return EXPORTS_FLOOR
+        return EXPORTS_LAYER
     return LAYERS.get(path.split("/")[0]) if "/" in path else None
 
 
@@ -59,12 +64,17 @@ def check_source(source, src):
         return
     for number, line in enumerate(without_comments(source.read_text(encoding="utf-8")).splitlines(), 1):
         include = INCLUDE.match(line)
-        if include and include.group(1) and include.group(1) != PUBLIC_HEADER:
+        if include and include.group(1) == FLAT_HEADER:
+            if layer != LAYERS["flat"]:
+                yield path, number, "includes the flat header uphill"
+        elif include and include.group(1) and include.group(1) != PUBLIC_HEADER:
             target = included_path(source, include.group(1), src)
             if target is None:
                 yield path, number, f'includes "{include.group(1)}", which is not here'
             elif layer_of(target) is None or layer_of(target) > layer:
                 yield path, number, f'includes "{target}" uphill'
+            elif layer == LAYERS["flat"] and not FLAT_MAY_USE.fullmatch(target):
+                yield path, number, f'includes "{target}", which belongs to the main library'
         if layer == LAYERS["platform"]:
             if include and include.group(1) == PUBLIC_HEADER:
                 yield path, number, "includes the public header uphill"
@@ -124,14 +134,17 @@ def check(root):
     for source in sources:
         yield from check_source(source, src)
         yield from check_names(source, src)
-    header = root / "include" / PUBLIC_HEADER
-    for number, line in enumerate(without_comments(header.read_text(encoding="utf-8")).splitlines(), 1):
-        if INCLUDE.match(line):
-            yield header.name, number, "the public header includes something"
+    for header in (root / "include" / PUBLIC_HEADER, root / "include" / FLAT_HEADER):
+        for number, line in enumerate(without_comments(header.read_text(encoding="utf-8")).splitlines(), 1):
+            if INCLUDE.match(line):
+                yield header.name, number, "the public header includes something"
 
 
 GOOD_TREE = {
     "include/QX_BackgroundCorrection.h": "// #include <vector>\n",
+    "include/QX_BackgroundCorrection_C.h": "/* #include <stdlib.h> */\n",
+    "src/flat/FlatInterface.cpp": '#include "QX_BackgroundCorrection_C.h"\n#include "QX_BackgroundCorrection.h"\n'
+                         '#include "boundary/ExportDecoration.h"\n#include "platform/Text.h"\n',
     "src/platform/Text.h": "#include <cstddef>\n",
     "src/platform/posix/Text.cpp": '#include "platform/Text.h"\n#include <unistd.h>\n#ifdef _WIN32\n#endif\n',
     "src/boundary/Basics.h": '#include "QX_BackgroundCorrection.h"\n#include "platform/Text.h"\n',
@@ -161,6 +174,11 @@ VIOLATIONS = [
     ("src/offline/Manager.cpp", '#include "Manager.h"\n#include <sys/stat.h>\n', "outside of platform"),
     ("src/boundary/Bad.h", "#ifdef _WIN32\n", "tells systems apart"),
     ("src/file/Bad.h", "#if !defined(__linux__) && 1\n", "tells systems apart"),
+    ("src/flat/Bad.h", '#include "boundary/Basics.h"\n', "belongs to the main library"),
+    ("src/flat/FlatInterface.cpp", '#include "data/Entry.h"\n', "belongs to the main library"),
+    ("src/flat/FlatInterface.cpp", "#include <dlfcn.h>\n", "outside of platform"),
+    ("src/boundary/Exports.cpp", '#include "flat/FlatInterface.cpp"\n', "uphill"),
+    ("src/boundary/Bad.h", '#include "QX_BackgroundCorrection_C.h"\n', "uphill"),
     ("include/QX_BackgroundCorrection.h", "#include <vector>\n", "includes something"),
     ("src/data/TEntry.cpp", '#include "data/Entry.h"\n', "named like no header"),
     ("src/data/Entryfiles.cpp", '#include "data/Entry.h"\n', "named like no header"),
@@ -169,6 +187,7 @@ VIOLATIONS = [
     ("src/data/parts/Bad.h", "template <typename TValue> class TBad {\n", "like nothing"),
     ("src/data/Bad.h", "struct TWorse { int value; };\nnamespace Worst {\n", "like nothing"),
     ("src/data/Bad.h", "class TBad;\nenum class TWorse {\n", "like nothing"),
+    ("include/QX_BackgroundCorrection_C.h", "#include <stddef.h>\n", "includes something"),
 ]
 
 

@@ -69,11 +69,11 @@ class Helpers(ScriptTest):
         self.assertEqual((quiet.stdout, quiet.stderr), ("", ""))
 
     def test_sources_are_found_without_git(self):
-        for name in ("a.cpp", "inside/b.h", "build/c.cpp"):
+        for name in ("a.cpp", "inside/b.h", "build/c.cpp", "d.c"):
             (self.folder / name).parent.mkdir(exist_ok=True)
             (self.folder / name).write_text("")
         result = self.run_shell(f". '{SCRIPTS}/helpers.sh'; list_sources", GIT_DIR="/nonexistent")
-        self.assertEqual(sorted(result.stdout.split()), ["./a.cpp", "./inside/b.h"])
+        self.assertEqual(sorted(result.stdout.split()), ["./a.cpp", "./d.c", "./inside/b.h"])
 
     def test_root_in_another_s_clone_is_told_once(self):
         fake = self.fake_programs(id="echo 0", stat="echo somebody")

@@ -11,6 +11,7 @@ if [ "$level" != build ]; then
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
     packages+=(clang-format-19 valgrind python3-numpy locales)
+    packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 

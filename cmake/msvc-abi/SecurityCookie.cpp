@@ -13,13 +13,12 @@ uintptr_t __security_cookie = 0x00002B992DDFA232;
 // keep what they hold, since they may hold a function's result.
 __attribute__((naked)) void __security_check_cookie(uintptr_t)
 {
-    __asm__ volatile(
-        "cmpq __security_cookie(%rip), %rcx\n\t"
-        "jne 1f\n\t"
-        "ret\n"
-        "1:\n\t"
-        "movl $2, %ecx\n\t" // FAST_FAIL_STACK_COOKIE_CHECK_FAILURE: ends the process, no handler runs
-        "int $0x29");
+    __asm__ volatile("cmpq __security_cookie(%rip), %rcx\n\t"
+                     "jne 1f\n\t"
+                     "ret\n"
+                     "1:\n\t"
+                     "movl $2, %ecx\n\t" // FAST_FAIL_STACK_COOKIE_CHECK_FAILURE: ends the process, no handler runs
+                     "int $0x29");
 }
 
 // The beginning of IMAGE_LOAD_CONFIG_DIRECTORY64, up to the field that matters here; the loader reads as much of it as
@@ -44,6 +43,6 @@ struct TLoadConfiguration {
 static_assert(sizeof(TLoadConfiguration) == 112, "the layout is the system's");
 // The linker looks for it by this name.
 extern const TLoadConfiguration _load_config_used;
-const TLoadConfiguration _load_config_used = {
-    sizeof(TLoadConfiguration), 0, 0, 0, {}, 0, {}, 0, 0, 0, 0, 0, 0, &__security_cookie, {}};
+const TLoadConfiguration _load_config_used = {sizeof(TLoadConfiguration), 0, 0, 0, {}, 0, {}, 0, 0, 0, 0, 0, 0,
+                                              &__security_cookie,         {}};
 }

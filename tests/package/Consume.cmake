@@ -102,6 +102,16 @@ run("${COMPILER}" "-DPACKAGE_VERSION=\"${modversion}\"" "${CMAKE_CURRENT_LIST_DI
   -o "${SCRATCH}/by-pkg-config" ${flags})
 run("${SCRATCH}/by-pkg-config")
 
+# The newest changes are those of this version.
+file(GLOB_RECURSE changes "${prefix}/*CHANGELOG.md")
+expect_one("${changes}" "lists of changes" 1)
+file(STRINGS "${changes}" headings REGEX "^## ")
+list(GET headings 0 heading)
+string(FIND "${heading} " "## ${modversion} " position)
+if(NOT position EQUAL 0)
+  message(FATAL_ERROR "the packages are of version ${modversion}, and the newest changes of ${heading}")
+endif()
+
 if(EXISTS "${prefix}/bin/qxbackground")
   run("${prefix}/bin/qxbackground" simulate -o "${SCRATCH}/images" --width 16 --height 16)
   run("${prefix}/bin/qxbackground" correct --dark "${SCRATCH}/images/dark_1s.tif" --dark-exposure 1 --dark-intensity 100

@@ -1,6 +1,6 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
-#include "Verbs.h"
-#include "platform/Interrupts.h"
+#include "base/Interrupts.h"
+#include "verbs/Verbs.h"
 
 #include <cstdio>
 #include <exception>

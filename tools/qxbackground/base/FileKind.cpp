@@ -1,4 +1,4 @@
-#include "FileKind.h"
+#include "base/FileKind.h"
 
 #include "file/CalibrationFormat.h"
 

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_FILELOCK_H
-#define QXBACKGROUND_FILELOCK_H
+#ifndef QXBACKGROUND_BASE_TFILELOCK_H
+#define QXBACKGROUND_BASE_TFILELOCK_H
 
 #include <filesystem>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_FILES_H
-#define QXBACKGROUND_FILES_H
+#ifndef QXBACKGROUND_BASE_TNEWFILE_H
+#define QXBACKGROUND_BASE_TNEWFILE_H
 
 #include <cstdint>
 #include <filesystem>

@@ -1,8 +1,8 @@
-#include "Progress.h"
+#include "base/TProgress.h"
 
-#include "ToolError.h"
-#include "platform/Interrupts.h"
-#include "platform/Terminal.h"
+#include "base/Interrupts.h"
+#include "base/TToolError.h"
+#include "base/Terminal.h"
 
 #include <cstdio>
 

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_PROGRESS_H
-#define QXBACKGROUND_PROGRESS_H
+#ifndef QXBACKGROUND_BASE_TPROGRESS_H
+#define QXBACKGROUND_BASE_TPROGRESS_H
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
-#include "ReplacedFile.h"
+#include "base/TReplacedFile.h"
 
-#include "ToolError.h"
-#include "platform/FileLock.h"
+#include "base/TFileLock.h"
+#include "base/TToolError.h"
 
 #include <cstdio>
 #include <random>

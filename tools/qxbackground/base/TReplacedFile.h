@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_REPLACEDFILE_H
-#define QXBACKGROUND_REPLACEDFILE_H
+#ifndef QXBACKGROUND_BASE_TREPLACEDFILE_H
+#define QXBACKGROUND_BASE_TREPLACEDFILE_H
 
-#include "platform/Files.h"
+#include "base/TNewFile.h"
 
 #include <filesystem>
 #include <string>

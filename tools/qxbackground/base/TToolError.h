@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_TOOLERROR_H
-#define QXBACKGROUND_TOOLERROR_H
+#ifndef QXBACKGROUND_BASE_TTOOLERROR_H
+#define QXBACKGROUND_BASE_TTOOLERROR_H
 
 #include <stdexcept>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Wording.h"
+#include "base/Wording.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_WORDING_H
-#define QXBACKGROUND_WORDING_H
+#ifndef QXBACKGROUND_BASE_WORDING_H
+#define QXBACKGROUND_BASE_WORDING_H
 
 #include <cstdint>
 #include <string>

@@ -1,8 +1,8 @@
-#include "CalibrationFile.h"
+#include "calibration/CalibrationFile.h"
 
-#include "Progress.h"
-#include "ReplacedFile.h"
-#include "SteadyRead.h"
+#include "base/TProgress.h"
+#include "base/TReplacedFile.h"
+#include "calibration/SteadyRead.h"
 
 #include "file/CalibrationFormat.h"
 

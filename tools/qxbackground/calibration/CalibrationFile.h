@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_CALIBRATIONFILE_H
-#define QXBACKGROUND_CALIBRATIONFILE_H
+#ifndef QXBACKGROUND_CALIBRATION_CALIBRATIONFILE_H
+#define QXBACKGROUND_CALIBRATION_CALIBRATIONFILE_H
 
-#include "CalibrationWalk.h"
-#include "Library.h"
-#include "platform/Files.h"
+#include "base/TNewFile.h"
+#include "calibration/TCalibrationWalk.h"
+#include "calibration/TContext.h"
 
 #include <string>
 

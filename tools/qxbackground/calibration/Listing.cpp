@@ -1,6 +1,6 @@
-#include "Listing.h"
+#include "calibration/Listing.h"
 
-#include "CalibrationFile.h"
+#include "calibration/CalibrationFile.h"
 
 #include <nlohmann/json.hpp>
 

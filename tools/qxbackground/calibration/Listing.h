@@ -1,8 +1,8 @@
-#ifndef QXBACKGROUND_LISTING_H
-#define QXBACKGROUND_LISTING_H
+#ifndef QXBACKGROUND_CALIBRATION_LISTING_H
+#define QXBACKGROUND_CALIBRATION_LISTING_H
 
-#include "CalibrationWalk.h"
-#include "Library.h"
+#include "calibration/TCalibrationWalk.h"
+#include "calibration/TContext.h"
 
 #include <nlohmann/json_fwd.hpp>
 

@@ -1,10 +1,10 @@
-#include "Salvage.h"
+#include "calibration/Salvage.h"
 
-#include "CalibrationFile.h"
-#include "CalibrationWalk.h"
-#include "Progress.h"
-#include "ReplacedFile.h"
-#include "Wording.h"
+#include "base/TProgress.h"
+#include "base/TReplacedFile.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/TCalibrationWalk.h"
 
 #include "file/CalibrationFormat.h"
 

@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_SALVAGE_H
-#define QXBACKGROUND_SALVAGE_H
+#ifndef QXBACKGROUND_CALIBRATION_SALVAGE_H
+#define QXBACKGROUND_CALIBRATION_SALVAGE_H
 
-#include "Library.h"
+#include "calibration/TContext.h"
 
 #include <string>
 #include <vector>

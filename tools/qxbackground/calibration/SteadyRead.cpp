@@ -1,7 +1,7 @@
-#include "SteadyRead.h"
+#include "calibration/SteadyRead.h"
 
-#include "Progress.h"
-#include "ToolError.h"
+#include "base/TProgress.h"
+#include "base/TToolError.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,8 +1,8 @@
-#ifndef QXBACKGROUND_STEADYREAD_H
-#define QXBACKGROUND_STEADYREAD_H
+#ifndef QXBACKGROUND_CALIBRATION_STEADYREAD_H
+#define QXBACKGROUND_CALIBRATION_STEADYREAD_H
 
-#include "StorePlace.h"
-#include "platform/Files.h"
+#include "base/TNewFile.h"
+#include "calibration/TStorePlace.h"
 
 #include <functional>
 #include <string>

@@ -1,8 +1,8 @@
-#include "CalibrationWalk.h"
+#include "calibration/TCalibrationWalk.h"
 
-#include "FileKind.h"
-#include "ToolError.h"
-#include "Wording.h"
+#include "base/FileKind.h"
+#include "base/TToolError.h"
+#include "base/Wording.h"
 
 #include "file/CalibrationFormat.h"
 

@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_LIBRARY_H
-#define QXBACKGROUND_LIBRARY_H
+#ifndef QXBACKGROUND_CALIBRATION_TCONTEXT_H
+#define QXBACKGROUND_CALIBRATION_TCONTEXT_H
 
-#include "ToolError.h"
+#include "base/TToolError.h"
 
 #include "QX_BackgroundCorrection.hpp"
 

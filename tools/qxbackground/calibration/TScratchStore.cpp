@@ -1,9 +1,9 @@
-#include "ScratchStore.h"
+#include "calibration/TScratchStore.h"
 
-#include "CalibrationWalk.h"
-#include "Progress.h"
-#include "ReplacedFile.h"
-#include "Wording.h"
+#include "base/TProgress.h"
+#include "base/TReplacedFile.h"
+#include "base/Wording.h"
+#include "calibration/TCalibrationWalk.h"
 
 #include <algorithm>
 #include <system_error>

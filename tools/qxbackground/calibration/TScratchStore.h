@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_SCRATCHSTORE_H
-#define QXBACKGROUND_SCRATCHSTORE_H
+#ifndef QXBACKGROUND_CALIBRATION_TSCRATCHSTORE_H
+#define QXBACKGROUND_CALIBRATION_TSCRATCHSTORE_H
 
-#include "Library.h"
-#include "StorePlace.h"
-#include "platform/Files.h"
+#include "base/TNewFile.h"
+#include "calibration/TContext.h"
+#include "calibration/TStorePlace.h"
 
 #include <filesystem>
 #include <functional>

@@ -1,7 +1,7 @@
-#include "StorePlace.h"
+#include "calibration/TStorePlace.h"
 
-#include "CalibrationWalk.h"
-#include "ToolError.h"
+#include "base/TToolError.h"
+#include "calibration/TCalibrationWalk.h"
 
 #include "file/CalibrationFormat.h"
 

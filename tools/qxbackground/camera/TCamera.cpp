@@ -1,6 +1,6 @@
-#include "Camera.h"
+#include "camera/TCamera.h"
 
-#include "Random.h"
+#include "camera/TRandom.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_CAMERA_H
-#define QXBACKGROUND_CAMERA_H
+#ifndef QXBACKGROUND_CAMERA_TCAMERA_H
+#define QXBACKGROUND_CAMERA_TCAMERA_H
 
-#include "Image.h"
+#include "images/TImage.h"
 
 #include <cstdint>
 #include <vector>

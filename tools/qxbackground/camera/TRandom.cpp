@@ -1,4 +1,4 @@
-#include "Random.h"
+#include "camera/TRandom.h"
 
 #include <cmath>
 

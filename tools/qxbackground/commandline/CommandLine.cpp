@@ -1,7 +1,7 @@
-#include "CommandLine.h"
+#include "commandline/CommandLine.h"
 
-#include "Description.h"
-#include "ToolError.h"
+#include "base/TToolError.h"
+#include "commandline/Description.h"
 
 #include <CLI/CLI.hpp>
 

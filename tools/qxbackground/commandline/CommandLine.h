@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_COMMANDLINE_H
-#define QXBACKGROUND_COMMANDLINE_H
+#ifndef QXBACKGROUND_COMMANDLINE_COMMANDLINE_H
+#define QXBACKGROUND_COMMANDLINE_COMMANDLINE_H
 
-#include "PathPlan.h"
+#include "commandline/TPathPlan.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
-#include "Description.h"
+#include "commandline/Description.h"
 
-#include "ToolError.h"
-#include "Wording.h"
+#include "base/TToolError.h"
+#include "base/Wording.h"
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>

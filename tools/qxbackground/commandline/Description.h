@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_DESCRIPTION_H
-#define QXBACKGROUND_DESCRIPTION_H
+#ifndef QXBACKGROUND_COMMANDLINE_DESCRIPTION_H
+#define QXBACKGROUND_COMMANDLINE_DESCRIPTION_H
 
-#include "PathPlan.h"
+#include "commandline/TPathPlan.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "PathPlan.h"
+#include "commandline/TPathPlan.h"
 
-#include "ReplacedFile.h"
-#include "ToolError.h"
+#include "base/TReplacedFile.h"
+#include "base/TToolError.h"
 
 #include <system_error>
 

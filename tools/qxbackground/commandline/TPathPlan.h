@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_PATHPLAN_H
-#define QXBACKGROUND_PATHPLAN_H
+#ifndef QXBACKGROUND_COMMANDLINE_TPATHPLAN_H
+#define QXBACKGROUND_COMMANDLINE_TPATHPLAN_H
 
-#include "StorePlace.h"
-#include "platform/FileLock.h"
-#include "platform/Files.h"
+#include "base/TFileLock.h"
+#include "base/TNewFile.h"
+#include "calibration/TStorePlace.h"
 
 #include <filesystem>
 #include <memory>

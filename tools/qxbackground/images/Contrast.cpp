@@ -1,6 +1,6 @@
-#include "Contrast.h"
+#include "images/Contrast.h"
 
-#include "Statistics.h"
+#include "images/TSeriesStatistics.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
-#ifndef QXBACKGROUND_CONTRAST_H
-#define QXBACKGROUND_CONTRAST_H
+#ifndef QXBACKGROUND_IMAGES_CONTRAST_H
+#define QXBACKGROUND_IMAGES_CONTRAST_H
 
-#include "Image.h"
-#include "PngImage.h"
+#include "images/TImage.h"
+#include "images/TPicture.h"
 
 #include <string>
 #include <vector>

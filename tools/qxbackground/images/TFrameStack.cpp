@@ -1,8 +1,8 @@
-#include "FrameStack.h"
+#include "images/TFrameStack.h"
 
-#include "Progress.h"
-#include "TiffImage.h"
-#include "ToolError.h"
+#include "base/TProgress.h"
+#include "base/TToolError.h"
+#include "images/TTiffReader.h"
 
 namespace workbench {
 

@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_FRAMESTACK_H
-#define QXBACKGROUND_FRAMESTACK_H
+#ifndef QXBACKGROUND_IMAGES_TFRAMESTACK_H
+#define QXBACKGROUND_IMAGES_TFRAMESTACK_H
 
-#include "Image.h"
+#include "images/TImage.h"
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_IMAGE_H
-#define QXBACKGROUND_IMAGE_H
+#ifndef QXBACKGROUND_IMAGES_TIMAGE_H
+#define QXBACKGROUND_IMAGES_TIMAGE_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "PngImage.h"
+#include "images/TPicture.h"
 
-#include "ToolError.h"
+#include "base/TToolError.h"
 
 #include <png.h>
 

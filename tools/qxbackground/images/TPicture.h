@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_PNGIMAGE_H
-#define QXBACKGROUND_PNGIMAGE_H
+#ifndef QXBACKGROUND_IMAGES_TPICTURE_H
+#define QXBACKGROUND_IMAGES_TPICTURE_H
 
-#include "ReplacedFile.h"
+#include "base/TReplacedFile.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "Statistics.h"
+#include "images/TSeriesStatistics.h"
 
 #include <nlohmann/json.hpp>
 

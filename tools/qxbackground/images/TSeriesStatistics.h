@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_STATISTICS_H
-#define QXBACKGROUND_STATISTICS_H
+#ifndef QXBACKGROUND_IMAGES_TSERIESSTATISTICS_H
+#define QXBACKGROUND_IMAGES_TSERIESSTATISTICS_H
 
-#include "Image.h"
+#include "images/TImage.h"
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
-#include "TiffImage.h"
+#include "images/TTiffReader.h"
 
-#include "FileKind.h"
-#include "ToolError.h"
+#include "base/FileKind.h"
+#include "base/TToolError.h"
 
 #include <tiffio.h>
 

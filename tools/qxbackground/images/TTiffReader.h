@@ -1,8 +1,8 @@
-#ifndef QXBACKGROUND_TIFFIMAGE_H
-#define QXBACKGROUND_TIFFIMAGE_H
+#ifndef QXBACKGROUND_IMAGES_TTIFFREADER_H
+#define QXBACKGROUND_IMAGES_TTIFFREADER_H
 
-#include "Image.h"
-#include "ReplacedFile.h"
+#include "base/TReplacedFile.h"
+#include "images/TImage.h"
 
 #include <cstdint>
 #include <fstream>

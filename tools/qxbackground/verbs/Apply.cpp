@@ -1,7 +1,7 @@
 // qxbackground apply: corrects images with a correction out of a calibration file.
-#include "CalibrationFile.h"
-#include "CorrectionRun.h"
-#include "Verbs.h"
+#include "calibration/CalibrationFile.h"
+#include "verbs/CorrectionRun.h"
+#include "verbs/Verbs.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
-#include "CalibrationFile.h"
-#include "FrameStack.h"
-#include "Options.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "images/TFrameStack.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
 
 #include <iostream>
 #include <memory>

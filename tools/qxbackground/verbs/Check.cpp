@@ -1,9 +1,9 @@
 // qxbackground check: looks at every record of a calibration file and says where it departs from the format.
-#include "CalibrationFile.h"
-#include "CalibrationWalk.h"
-#include "SteadyRead.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationWalk.h"
+#include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
 

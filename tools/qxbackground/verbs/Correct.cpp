@@ -1,8 +1,8 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
-#include "CorrectionRun.h"
-#include "FrameStack.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "images/TFrameStack.h"
+#include "verbs/CorrectionRun.h"
+#include "verbs/Verbs.h"
 
 #include <memory>
 

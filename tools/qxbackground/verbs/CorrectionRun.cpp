@@ -1,11 +1,11 @@
-#include "CorrectionRun.h"
+#include "verbs/CorrectionRun.h"
 
-#include "Contrast.h"
-#include "PngImage.h"
-#include "Progress.h"
-#include "Statistics.h"
-#include "TiffImage.h"
-#include "Wording.h"
+#include "base/TProgress.h"
+#include "base/Wording.h"
+#include "images/Contrast.h"
+#include "images/TPicture.h"
+#include "images/TSeriesStatistics.h"
+#include "images/TTiffReader.h"
 
 #include <nlohmann/json.hpp>
 

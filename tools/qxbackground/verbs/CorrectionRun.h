@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_CORRECTIONRUN_H
-#define QXBACKGROUND_CORRECTIONRUN_H
+#ifndef QXBACKGROUND_VERBS_CORRECTIONRUN_H
+#define QXBACKGROUND_VERBS_CORRECTIONRUN_H
 
-#include "Image.h"
-#include "Library.h"
-#include "Options.h"
+#include "calibration/TContext.h"
+#include "images/TImage.h"
+#include "verbs/Options.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // qxbackground delete: removes one correction from a calibration file.
-#include "CalibrationFile.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "verbs/Verbs.h"
 
 #include <iostream>
 #include <memory>

@@ -1,8 +1,8 @@
 // qxbackground import: copies the corrections of one calibration file into another.
-#include "CalibrationFile.h"
-#include "Options.h"
-#include "Salvage.h"
-#include "Verbs.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/Salvage.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
 
 #include <iostream>
 #include <memory>

@@ -1,10 +1,10 @@
 // qxbackground list: what a calibration file holds, without reading its pixels.
-#include "CalibrationFile.h"
-#include "CalibrationWalk.h"
-#include "Listing.h"
-#include "SteadyRead.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/Listing.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationWalk.h"
+#include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 

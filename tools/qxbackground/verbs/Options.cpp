@@ -1,6 +1,6 @@
-#include "Options.h"
+#include "verbs/Options.h"
 
-#include "ToolError.h"
+#include "base/TToolError.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
-#ifndef QXBACKGROUND_OPTIONS_H
-#define QXBACKGROUND_OPTIONS_H
+#ifndef QXBACKGROUND_VERBS_OPTIONS_H
+#define QXBACKGROUND_VERBS_OPTIONS_H
 
-#include "CommandLine.h"
+#include "commandline/CommandLine.h"
 
 #include <optional>
 #include <string>

@@ -1,10 +1,10 @@
 // qxbackground show: one stored correction in numbers, as a histogram and as a picture.
-#include "CalibrationFile.h"
-#include "Contrast.h"
-#include "CorrectionRun.h"
-#include "PngImage.h"
-#include "Statistics.h"
-#include "Verbs.h"
+#include "calibration/CalibrationFile.h"
+#include "images/Contrast.h"
+#include "images/TPicture.h"
+#include "images/TSeriesStatistics.h"
+#include "verbs/CorrectionRun.h"
+#include "verbs/Verbs.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,10 +1,10 @@
 // qxbackground simulate: a camera whose every secret is known.
-#include "Camera.h"
-#include "Options.h"
-#include "Progress.h"
-#include "TiffImage.h"
-#include "ToolError.h"
-#include "Verbs.h"
+#include "base/TProgress.h"
+#include "base/TToolError.h"
+#include "camera/TCamera.h"
+#include "images/TTiffReader.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,8 +1,8 @@
 // qxbackground statistics: what the correcting verbs print about their images, of any files.
-#include "Options.h"
-#include "Statistics.h"
-#include "TiffImage.h"
-#include "Verbs.h"
+#include "images/TSeriesStatistics.h"
+#include "images/TTiffReader.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,12 +1,12 @@
 // qxbackground store: the verbs over an offline store; those that only read it are here.
-#include "CalibrationFile.h"
-#include "CorrectionRun.h"
-#include "Listing.h"
-#include "SteadyRead.h"
-#include "StorePlace.h"
-#include "StoreVerbs.h"
-#include "Verbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/Listing.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TStorePlace.h"
+#include "verbs/CorrectionRun.h"
+#include "verbs/StoreVerbs.h"
+#include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,12 +1,12 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
-#include "CalibrationFile.h"
-#include "CalibrationWalk.h"
-#include "FrameStack.h"
-#include "Options.h"
-#include "ScratchStore.h"
-#include "SteadyRead.h"
-#include "StoreVerbs.h"
-#include "Wording.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationWalk.h"
+#include "calibration/TScratchStore.h"
+#include "images/TFrameStack.h"
+#include "verbs/Options.h"
+#include "verbs/StoreVerbs.h"
 
 #include <algorithm>
 #include <filesystem>

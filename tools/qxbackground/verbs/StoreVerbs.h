@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_STOREVERBS_H
-#define QXBACKGROUND_STOREVERBS_H
+#ifndef QXBACKGROUND_VERBS_STOREVERBS_H
+#define QXBACKGROUND_VERBS_STOREVERBS_H
 
-#include "Library.h"
+#include "calibration/TContext.h"
 
-#include "CommandLine.h"
+#include "commandline/CommandLine.h"
 
 #include <string>
 #include <vector>

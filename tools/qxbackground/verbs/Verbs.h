@@ -1,9 +1,9 @@
-#ifndef QXBACKGROUND_VERBS_H
-#define QXBACKGROUND_VERBS_H
+#ifndef QXBACKGROUND_VERBS_VERBS_H
+#define QXBACKGROUND_VERBS_VERBS_H
 
-#include "Library.h"
+#include "calibration/TContext.h"
 
-#include "CommandLine.h"
+#include "commandline/CommandLine.h"
 
 namespace workbench {
 

@@ -1,4 +1,4 @@
-#include "Interrupts.h"
+#include "base/Interrupts.h"
 
 #include <unistd.h>
 

@@ -1,8 +1,8 @@
-#include "FileLock.h"
+#include "base/TFileLock.h"
 
-#include "../Progress.h"
-#include "../ToolError.h"
-#include "Interrupts.h"
+#include "base/Interrupts.h"
+#include "base/TProgress.h"
+#include "base/TToolError.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

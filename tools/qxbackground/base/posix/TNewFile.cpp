@@ -1,6 +1,6 @@
-#include "Files.h"
+#include "base/TNewFile.h"
 
-#include "Interrupts.h"
+#include "base/Interrupts.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

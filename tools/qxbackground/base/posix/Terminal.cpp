@@ -1,4 +1,4 @@
-#include "Terminal.h"
+#include "base/Terminal.h"
 
 #include <unistd.h>
 

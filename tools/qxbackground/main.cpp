@@ -1,5 +1,6 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
 #include "base/Interrupts.h"
+#include "commandline/CommandLine.h"
 #include "verbs/Verbs.h"
 
 #include <cstdio>
@@ -29,8 +30,9 @@ int main(int argumentCount, char** arguments)
 {
     using namespace workbench;
     TContext context;
-    const auto addVerbs = [&context](const TVerb& app) {
-        app.Option("--library", context.libraryPath, "Library file to load").Reads(TPathKind::Library).ShowDefault();
+    const auto addVerbs = [&context](TVerb& app) {
+        app.Reads(TPathKind::Library,
+                  app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str());
         AddCorrectVerb(app, context);
         AddBuildVerb(app, context);
         AddListVerb(app, context);

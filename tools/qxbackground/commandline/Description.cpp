@@ -3,7 +3,6 @@
 #include "base/TToolError.h"
 #include "base/Wording.h"
 
-#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 namespace workbench {
@@ -44,108 +43,122 @@ const char* KindText(TPathKind kind)
     return "";
 }
 
-nlohmann::json OptionsJson(const TDescribedVerb& verb)
+// By what its values are for the parser: for a flag nothing, for a text a TEXT unless they are paths.
+const char* TypeText(const CLI::Option* option, bool isPath)
+{
+    if (option->get_expected_max() == 0)
+        return "flag";
+    return isPath || option->get_type_name() == "TEXT" ? "text" : "number";
+}
+
+bool TakesMany(const CLI::Option* option)
+{
+    return option->get_expected_max() > 1;
+}
+
+nlohmann::json OptionsJson(const TVerb& verb)
 {
     nlohmann::json options = nlohmann::json::array();
-    for (const TDescribedOption& described : verb.options) {
-        nlohmann::json option{{"name", described.option->get_name()},
-                              {"positional", described.option->get_positional()},
-                              {"required", described.option->get_required()},
-                              {"many", described.many},
-                              {"type", described.type},
-                              {"help", described.option->get_description()}};
-        if (described.isPath)
-            option["path"] = {{"use", UseText(described.use)}, {"kind", KindText(described.kind)}};
+    for (const CLI::Option* given : verb.Options()) {
+        const TVerb::TPathOption* const path = verb.PathOptionOf(given);
+        nlohmann::json option{{"name", given->get_name()},
+                              {"positional", given->get_positional()},
+                              {"required", given->get_required()},
+                              {"many", TakesMany(given)},
+                              {"type", TypeText(given, path != nullptr)},
+                              {"help", given->get_description()}};
+        if (path != nullptr)
+            option["path"] = {{"use", UseText(path->use)}, {"kind", KindText(path->kind)}};
         options.push_back(option);
     }
     return options;
 }
 
-void AddVerbsJson(const TDescribedVerb& verb, const std::vector<std::string>& words, nlohmann::json& list)
+void AddVerbsJson(const TVerb& verb, const std::vector<std::string>& words, nlohmann::json& list)
 {
-    if (verb.verbs.empty())
-        list.push_back({{"verb", words}, {"help", verb.app->get_description()}, {"options", OptionsJson(verb)}});
-    for (const auto& inner : verb.verbs) {
+    if (verb.Verbs().empty())
+        list.push_back({{"verb", words}, {"help", verb.get_description()}, {"options", OptionsJson(verb)}});
+    for (const TVerb* inner : verb.Verbs()) {
         std::vector<std::string> innerWords = words;
-        innerWords.push_back(inner->app->get_name());
+        innerWords.push_back(inner->get_name());
         AddVerbsJson(*inner, innerWords, list);
     }
 }
 
-std::vector<std::string> VerbNames(const TDescribedVerb& verb)
+std::vector<std::string> VerbNames(const TVerb& verb)
 {
     std::vector<std::string> names;
-    for (const auto& inner : verb.verbs)
-        names.push_back(inner->app->get_name());
+    for (const TVerb* inner : verb.Verbs())
+        names.push_back(inner->get_name());
     return names;
 }
 
-std::vector<std::string> OptionNames(const TDescribedVerb& verb)
+std::vector<std::string> OptionNames(const TVerb& verb)
 {
     std::vector<std::string> names{"--help"};
-    if (verb.parent == nullptr)
+    if (verb.Parent() == nullptr)
         names.emplace_back("--version");
-    for (const TDescribedOption& described : verb.options) {
-        for (const std::string& name : described.option->get_lnames())
+    for (const CLI::Option* described : verb.Options()) {
+        for (const std::string& name : described->get_lnames())
             names.push_back("--" + name);
     }
     return names;
 }
 
-std::string FullName(const TDescribedVerb& verb)
+std::string FullName(const TVerb& verb)
 {
-    return verb.parent == nullptr ? verb.app->get_name() : FullName(*verb.parent) + " " + verb.app->get_name();
+    return verb.Parent() == nullptr ? verb.get_name() : FullName(*verb.Parent()) + " " + verb.get_name();
 }
 
-std::string UnknownVerb(const TDescribedVerb& verb, const std::string& word)
+std::string UnknownVerb(const TVerb& verb, const std::string& word)
 {
     std::vector<std::string> names = VerbNames(verb);
-    if (verb.parent == nullptr)
+    if (verb.Parent() == nullptr)
         names.emplace_back("help");
     const std::string nearest = Nearest(word, names);
     return "'" + word + "' is no verb" + (nearest.empty() ? "" : "; did you mean '" + nearest + "'?") + " ('" +
            FullName(verb) + " --help' lists them)";
 }
 
-std::string UnknownOption(const TDescribedVerb& root, const TDescribedVerb& verb, const std::string& word)
+std::string UnknownOption(const TVerb& root, const TVerb& verb, const std::string& word)
 {
     const std::string name = word.substr(0, word.find('='));
     const std::string nearest = Nearest(name, OptionNames(verb));
     const std::string text = "'" + name + "' is no option of '" + FullName(verb) + "'";
     for (const std::string& known : OptionNames(root)) {
         if (known == name)
-            return text + "; it belongs before the verb: '" + root.app->get_name() + " " + name + " ...'";
+            return text + "; it belongs before the verb: '" + root.get_name() + " " + name + " ...'";
     }
     return text +
            (nearest.empty() ? " ('" + FullName(verb) + " --help' lists them)" : "; did you mean '" + nearest + "'?");
 }
 
 // The verb that was asked for: the innermost one that the parser came to.
-const TDescribedVerb& ParsedVerb(const TDescribedVerb& verb)
+const TVerb& ParsedVerb(const TVerb& verb)
 {
-    for (const auto& inner : verb.verbs) {
-        if (inner->app->parsed())
+    for (const TVerb* inner : verb.Verbs()) {
+        if (inner->parsed())
             return ParsedVerb(*inner);
     }
     return verb;
 }
 
 // An option that takes several values takes all words that follow; nothing may then be left for the last argument.
-std::string SwallowedArguments(const TDescribedVerb& verb)
+std::string SwallowedArguments(const TVerb& verb)
 {
-    for (const TDescribedOption& missing : verb.options) {
-        if (!missing.option->get_positional() || !missing.option->get_required() || missing.option->count() > 0)
+    for (const CLI::Option* missing : verb.Options()) {
+        if (!missing->get_positional() || !missing->get_required() || missing->count() > 0)
             continue;
-        for (const TDescribedOption& greedy : verb.options) {
-            if (greedy.option->get_positional() || !greedy.many || greedy.option->count() < 2 ||
-                !greedy.option->get_allow_extra_args())
+        for (const CLI::Option* greedy : verb.Options()) {
+            if (greedy->get_positional() || !TakesMany(greedy) || greedy->count() < 2 ||
+                !greedy->get_allow_extra_args())
                 continue;
             std::string taken;
-            for (const std::string& value : greedy.option->results())
+            for (const std::string& value : greedy->results())
                 taken += (taken.empty() ? "" : " ") + value;
-            return greedy.option->get_name() + " has taken all that follows it (" + taken + "), so that no " +
-                   missing.option->get_name() + " are left; put the " + missing.option->get_name() + " before " +
-                   greedy.option->get_name() + " or behind another option";
+            return greedy->get_name() + " has taken all that follows it (" + taken + "), so that no " +
+                   missing->get_name() + " are left; put the " + missing->get_name() + " before " + greedy->get_name() +
+                   " or behind another option";
         }
     }
     return {};
@@ -153,32 +166,31 @@ std::string SwallowedArguments(const TDescribedVerb& verb)
 
 } // namespace
 
-std::string DescriptionJson(const TDescribedVerb& root)
+std::string DescriptionJson(const TVerb& root)
 {
     nlohmann::json verbs = nlohmann::json::array();
     AddVerbsJson(root, {}, verbs);
     return nlohmann::json{{"options", OptionsJson(root)}, {"verbs", verbs}}.dump(2) + "\n";
 }
 
-std::string ExplainRefusal(const TDescribedVerb& root, const std::vector<std::string>& unread,
-                           const std::string& complaint)
+std::string ExplainRefusal(const TVerb& root, const std::vector<std::string>& unread, const std::string& complaint)
 {
-    const TDescribedVerb& verb = ParsedVerb(root);
+    const TVerb& verb = ParsedVerb(root);
     for (const std::string& word : unread) {
         if (word.size() > 1 && word.front() == '-' && word != "--")
             return UnknownOption(root, verb, word);
     }
-    if (!verb.verbs.empty())
+    if (!verb.Verbs().empty())
         return unread.empty() ? "which verb? ('" + FullName(verb) + " --help' lists them)"
                               : UnknownVerb(verb, unread.front());
     const std::string swallowed = SwallowedArguments(verb);
     if (!swallowed.empty())
         return swallowed;
     if (complaint.empty()) {
-        for (const TDescribedOption& missing : verb.options) {
-            const std::string name = missing.option->get_name();
-            if (missing.option->get_required() && missing.option->count() == 0)
-                return (missing.option->get_positional() ? "the argument '" + name + "'" : name) + " is missing ('" +
+        for (const CLI::Option* missing : verb.Options()) {
+            const std::string name = missing->get_name();
+            if (missing->get_required() && missing->count() == 0)
+                return (missing->get_positional() ? "the argument '" + name + "'" : name) + " is missing ('" +
                        FullName(verb) + " --help' explains it)";
         }
     }
@@ -187,19 +199,19 @@ std::string ExplainRefusal(const TDescribedVerb& root, const std::vector<std::st
     return complaint;
 }
 
-void RequireVerb(const TDescribedVerb& root, const std::vector<std::string>& words)
+void RequireVerb(const TVerb& root, const std::vector<std::string>& words)
 {
-    const TDescribedVerb* verb = &root;
+    const TVerb* verb = &root;
     for (const std::string& word : words) {
-        const TDescribedVerb* next = nullptr;
-        for (const auto& inner : verb->verbs) {
-            if (inner->app->get_name() == word)
-                next = inner.get();
+        const TVerb* next = nullptr;
+        for (const TVerb* inner : verb->Verbs()) {
+            if (inner->get_name() == word)
+                next = inner;
         }
         if (next == nullptr)
-            throw TToolError(verb->verbs.empty() ? "'" + word + "' is one word too many: '" + FullName(*verb) +
-                                                       "' has no verbs of its own"
-                                                 : UnknownVerb(*verb, word));
+            throw TToolError(verb->Verbs().empty() ? "'" + word + "' is one word too many: '" + FullName(*verb) +
+                                                         "' has no verbs of its own"
+                                                   : UnknownVerb(*verb, word));
         verb = next;
     }
 }

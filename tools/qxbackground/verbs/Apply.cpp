@@ -25,12 +25,12 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddApplyVerb(const TVerb& app, const TContext& context)
+void AddApplyVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("apply", "Correct images with a correction from a calibration file");
+    TVerb& verb = app.AddVerb("apply", "Correct images with a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
-    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
+    verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     AddCorrectOptions(verb, options->correct);
     verb.Run([&context, options] { Run(context, *options); });
 }

@@ -41,18 +41,18 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddBuildVerb(const TVerb& app, const TContext& context)
+void AddBuildVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("build", "Build a correction from dark frames and keep it in a calibration file");
+    TVerb& verb = app.AddVerb("build", "Build a correction from dark frames and keep it in a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file: created, or added to when it exists")
-        .Required()
-        .Changes(TPathKind::Calibration);
-    verb.Option("--key", options->key, kKeyHelp).Required();
+    verb.Changes(
+        TPathKind::Calibration,
+        verb.add_option("file", options->file, "Calibration file: created, or added to when it exists")->required());
+    verb.add_option("--key", options->key, kKeyHelp)->required();
     AddConditions(verb, "", "the dark frames", options->conditions);
-    verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-        .Required()
-        .Reads(TPathKind::Image);
+    verb.Reads(TPathKind::Image,
+               verb.add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+                   ->required());
     verb.Run([&context, options] { Run(context, *options); });
 }
 

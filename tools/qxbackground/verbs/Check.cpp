@@ -45,12 +45,11 @@ void Check(TContext& context, const std::string& path)
 
 } // namespace
 
-void AddCheckVerb(const TVerb& app, TContext& context)
+void AddCheckVerb(TVerb& app, TContext& context)
 {
-    const TVerb verb =
-        app.Add("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
+    TVerb& verb = app.AddVerb("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
     const auto files = std::make_shared<std::vector<std::string>>();
-    verb.Option("files", *files, "Calibration files").Required().Reads(TPathKind::Calibration);
+    verb.Reads(TPathKind::Calibration, verb.add_option("files", *files, "Calibration files")->required());
     verb.Run([&context, files] {
         for (const std::string& file : *files)
             Check(context, file);

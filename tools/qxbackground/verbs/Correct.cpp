@@ -36,13 +36,14 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddCorrectVerb(const TVerb& app, const TContext& context)
+void AddCorrectVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("correct", "Build a correction from dark frames and apply it to images");
+    TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("--dark", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
-        .Required()
-        .Reads(TPathKind::Image);
+    verb.Reads(TPathKind::Image,
+               verb.add_option("--dark", options->darks,
+                               "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
+                   ->required());
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
     verb.Run([&context, options] { Run(context, *options); });

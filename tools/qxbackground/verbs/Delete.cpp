@@ -28,12 +28,12 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddDeleteVerb(const TVerb& app, const TContext& context)
+void AddDeleteVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("delete", "Delete a correction from a calibration file");
+    TVerb& verb = app.AddVerb("delete", "Delete a correction from a calibration file");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required().Changes(TPathKind::Calibration);
-    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
+    verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     verb.Run([&context, options] { Run(context, *options); });
 }
 

@@ -46,17 +46,17 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddImportVerb(const TVerb& app, const TContext& context)
+void AddImportVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("import", "Copy corrections from one calibration file into another");
+    TVerb& verb = app.AddVerb("import", "Copy corrections from one calibration file into another");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("dest", options->destination, "File to add to; created when missing")
-        .Required()
-        .Changes(TPathKind::Calibration);
-    verb.Option("src", options->source, "File to copy from; not changed").Required().Reads(TPathKind::Calibration);
-    verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
-    verb.Flag("--salvage", options->salvage,
-              "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
+    verb.Changes(TPathKind::Calibration,
+                 verb.add_option("dest", options->destination, "File to add to; created when missing")->required());
+    verb.Reads(TPathKind::Calibration,
+               verb.add_option("src", options->source, "File to copy from; not changed")->required());
+    verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+    verb.add_flag("--salvage", options->salvage,
+                  "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
     verb.Run([&context, options] { Run(context, *options); });
 }
 

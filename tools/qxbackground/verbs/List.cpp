@@ -50,12 +50,12 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddListVerb(const TVerb& app, const TContext& context)
+void AddListVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("list", "List a calibration file's corrections (reads no pixels)");
+    TVerb& verb = app.AddVerb("list", "List a calibration file's corrections (reads no pixels)");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
-    verb.Flag("--json", options->json, "Print as JSON");
+    verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_flag("--json", options->json, "Print as JSON");
     verb.Run([&context, options] { Run(context, *options); });
 }
 

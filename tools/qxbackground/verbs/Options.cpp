@@ -1,6 +1,7 @@
 #include "verbs/Options.h"
 
 #include "base/TToolError.h"
+#include "commandline/Limits.h"
 
 #include <cstdio>
 
@@ -22,37 +23,39 @@ std::string TConditions::Text() const
     return text;
 }
 
-void AddConditions(const TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)
+void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)
 {
-    verb.Option("--" + prefix + "exposure", conditions.exposureSeconds, "Exposure time of " + whose + " in seconds")
-        .Required()
-        .AboveZero();
-    verb.Option("--" + prefix + "intensity", conditions.lightIntensityPercent,
-                "Light intensity of " + whose + " in percent")
-        .Required()
-        .AboveZero();
+    verb.add_option("--" + prefix + "exposure", conditions.exposureSeconds, "Exposure time of " + whose + " in seconds")
+        ->required()
+        ->check(AboveZero());
+    verb.add_option("--" + prefix + "intensity", conditions.lightIntensityPercent,
+                    "Light intensity of " + whose + " in percent")
+        ->required()
+        ->check(AboveZero());
 }
 
-void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options)
+void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
 {
     AddConditions(verb, "", "the images", options.conditions);
-    verb.Option("--level", options.levelPercent, "How much of the background is subtracted, 0 to 100 percent")
-        .BetweenWhole(0, 100)
-        .ShowDefault();
-    verb.Option("--region", options.region,
-                "Part of the dark frames that the images show: left,top,width,height in pixels "
-                "(default: all of it). Images must have exactly this size");
-    verb.Option("images", options.inputs, "Images to correct: 16-bit grayscale TIFF; every page is corrected")
-        .Required()
-        .Reads(TPathKind::Image);
-    verb.Option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF")
-        .Required()
-        .Creates(TPathKind::Image, options.overwrite);
-    verb.Option("--picture", options.picture,
-                "Also write a PNG of the first page: before, background and after side by side")
-        .Creates(TPathKind::Picture, options.overwrite);
-    verb.Flag("--json", options.json, "Print the statistics as JSON");
-    verb.Flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    verb.add_option("--level", options.levelPercent, "How much of the background is subtracted, 0 to 100 percent")
+        ->check(BetweenWhole(0, 100))
+        ->capture_default_str();
+    verb.add_option("--region", options.region,
+                    "Part of the dark frames that the images show: left,top,width,height in pixels "
+                    "(default: all of it). Images must have exactly this size");
+    verb.Reads(TPathKind::Image, verb.add_option("images", options.inputs,
+                                                 "Images to correct: 16-bit grayscale TIFF; every page is corrected")
+                                     ->required());
+    verb.Creates(TPathKind::Image,
+                 verb.add_option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF")
+                     ->required(),
+                 options.overwrite);
+    verb.Creates(TPathKind::Picture,
+                 verb.add_option("--picture", options.picture,
+                                 "Also write a PNG of the first page: before, background and after side by side"),
+                 options.overwrite);
+    verb.add_flag("--json", options.json, "Print the statistics as JSON");
+    verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
 }
 
 void CheckKey(const std::string& key)

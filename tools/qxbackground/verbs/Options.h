@@ -1,7 +1,7 @@
 #ifndef QXBACKGROUND_VERBS_OPTIONS_H
 #define QXBACKGROUND_VERBS_OPTIONS_H
 
-#include "commandline/CommandLine.h"
+#include "commandline/TVerb.h"
 
 #include <optional>
 #include <string>
@@ -18,7 +18,7 @@ struct TConditions {
 };
 
 // Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
-void AddConditions(const TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
+void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
 
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {
@@ -32,7 +32,7 @@ struct TCorrectOptions {
     bool json = false;
     bool noStatistics = false;
 };
-void AddCorrectOptions(const TVerb& verb, TCorrectOptions& options);
+void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 
 // Throws TToolError when the key is empty or so long that the library's files would cut it.
 void CheckKey(const std::string& key);

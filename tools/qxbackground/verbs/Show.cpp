@@ -85,14 +85,14 @@ void Run(const TContext& context, const TOptions& options)
 
 } // namespace
 
-void AddShowVerb(const TVerb& app, const TContext& context)
+void AddShowVerb(TVerb& app, const TContext& context)
 {
-    const TVerb verb = app.Add("show", "Show one stored correction: statistics, histogram, picture");
+    TVerb& verb = app.AddVerb("show", "Show one stored correction: statistics, histogram, picture");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("file", options->file, "Calibration file").Required().Reads(TPathKind::Calibration);
-    verb.Option("--key", options->key, "Which correction (letter case ignored)").Required();
-    verb.Option("-o,--output", options->picture, "Write a PNG picture of it")
-        .Creates(TPathKind::Picture, options->overwrite);
+    verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options->picture, "Write a PNG picture of it"),
+                 options->overwrite);
     verb.Run([&context, options] { Run(context, *options); });
 }
 

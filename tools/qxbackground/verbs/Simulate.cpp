@@ -2,6 +2,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "camera/TCamera.h"
+#include "commandline/Limits.h"
 #include "images/TTiffReader.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
@@ -153,41 +154,51 @@ void Run(const TOptions& options)
 
 } // namespace
 
-void AddSimulateVerb(const TVerb& app)
+void AddSimulateVerb(TVerb& app)
 {
-    const TVerb verb = app.Add("simulate", "Make dark stacks, light images and their noise-free truth");
+    TVerb& verb = app.AddVerb("simulate", "Make dark stacks, light images and their noise-free truth");
     const auto options = std::make_shared<TOptions>();
     TCameraSettings& camera = options->camera;
-    verb.Footer("The model, for each pixel and an exposure of t seconds:\n"
+    verb.footer("The model, for each pixel and an exposure of t seconds:\n"
                 "  charge [e-]  = Poisson(dark current * t) + Poisson(scene * t)\n"
                 "  value  [ADU] = offset + column offset + (charge + read noise) / gain, rounded, cut to 0 ... 65535\n"
                 "Dark current grows with exposure, the offset does not. Light intensity is 100 % throughout.\n"
                 "truth_scene is the light alone, truth_background offset and dark current alone, both without noise.\n"
                 "The same options give the same files on every machine.");
-    verb.Option("-o,--output", options->folder, "Folder for the files; made when missing")
-        .Required()
-        .Creates(TPathKind::Folder, options->overwrite)
-        .Expanded([options](const std::string& option, TPathPlan& plan) { AddFiles(*options, option, plan); });
-    verb.Option("--seed", camera.seed, "Which camera and which noise").ShowDefault();
-    verb.Option("--width", camera.size.width, "Pixels").BetweenWhole(1, 32767).ShowDefault();
-    verb.Option("--height", camera.size.height, "Pixels").BetweenWhole(1, 32767).ShowDefault();
-    verb.Option("--frames", options->frames, "Dark frames of each exposure").BetweenWhole(1, 1000000).ShowDefault();
-    verb.Option("--lights", options->lights, "Light images of each exposure").BetweenWhole(0, 1000000).ShowDefault();
-    verb.Option("--exposures", options->exposures, "Exposure times in seconds, separated by blanks or commas")
-        .SplitAt(',')
-        .AboveZero()
-        .ShowDefault();
-    verb.Option("--gain", camera.gainElectronsPerAdu, "e-/ADU").AboveZero().ShowDefault();
-    verb.Option("--offset", camera.offsetAdu, "ADU").Between(0.0, 65535.0).ShowDefault();
-    verb.Option("--column-offset", camera.columnOffsetSpreadAdu, "Spread of the offset between columns, ADU")
-        .Between(0.0, 10000.0)
-        .ShowDefault();
-    verb.Option("--dark-current", camera.darkElectronsPerSecond, "Mean dark current, e-/s")
-        .Between(0.0, 1e6)
-        .ShowDefault();
-    verb.Option("--hot-pixels", camera.hotPixelFraction, "Fraction of hot pixels").Between(0.0, 1.0).ShowDefault();
-    verb.Option("--read-noise", camera.readNoiseElectrons, "e-").Between(0.0, 10000.0).ShowDefault();
-    verb.Option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s").Between(0.0, 1e6).ShowDefault();
+    verb.Creates(TPathKind::Folder,
+                 verb.add_option("-o,--output", options->folder, "Folder for the files; made when missing")->required(),
+                 options->overwrite,
+                 [options](const std::string& option, TPathPlan& plan) { AddFiles(*options, option, plan); });
+    verb.add_option("--seed", camera.seed, "Which camera and which noise")->capture_default_str();
+    verb.add_option("--width", camera.size.width, "Pixels")->check(BetweenWhole(1, 32767))->capture_default_str();
+    verb.add_option("--height", camera.size.height, "Pixels")->check(BetweenWhole(1, 32767))->capture_default_str();
+    verb.add_option("--frames", options->frames, "Dark frames of each exposure")
+        ->check(BetweenWhole(1, 1000000))
+        ->capture_default_str();
+    verb.add_option("--lights", options->lights, "Light images of each exposure")
+        ->check(BetweenWhole(0, 1000000))
+        ->capture_default_str();
+    verb.add_option("--exposures", options->exposures, "Exposure times in seconds, separated by blanks or commas")
+        ->delimiter(',')
+        ->check(AboveZero())
+        ->capture_default_str();
+    verb.add_option("--gain", camera.gainElectronsPerAdu, "e-/ADU")->check(AboveZero())->capture_default_str();
+    verb.add_option("--offset", camera.offsetAdu, "ADU")->check(Between(0.0, 65535.0))->capture_default_str();
+    verb.add_option("--column-offset", camera.columnOffsetSpreadAdu, "Spread of the offset between columns, ADU")
+        ->check(Between(0.0, 10000.0))
+        ->capture_default_str();
+    verb.add_option("--dark-current", camera.darkElectronsPerSecond, "Mean dark current, e-/s")
+        ->check(Between(0.0, 1e6))
+        ->capture_default_str();
+    verb.add_option("--hot-pixels", camera.hotPixelFraction, "Fraction of hot pixels")
+        ->check(Between(0.0, 1.0))
+        ->capture_default_str();
+    verb.add_option("--read-noise", camera.readNoiseElectrons, "e-")
+        ->check(Between(0.0, 10000.0))
+        ->capture_default_str();
+    verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s")
+        ->check(Between(0.0, 1e6))
+        ->capture_default_str();
     verb.Run([options] { Run(*options); });
 }
 

@@ -43,14 +43,14 @@ void Run(const TOptions& options)
 
 } // namespace
 
-void AddStatisticsVerb(const TVerb& app)
+void AddStatisticsVerb(TVerb& app)
 {
-    const TVerb verb = app.Add("statistics", "Print the statistics of images");
+    TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TOptions>();
-    verb.Option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
-        .Required()
-        .Reads(TPathKind::Image);
-    verb.Flag("--json", options->json, "Print as JSON");
+    verb.Reads(TPathKind::Image,
+               verb.add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
+                   ->required());
+    verb.add_flag("--json", options->json, "Print as JSON");
     verb.Run([options] { Run(*options); });
 }
 

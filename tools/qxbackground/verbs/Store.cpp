@@ -118,43 +118,44 @@ void Apply(const TContext& context, const TApplyOptions& options)
 
 } // namespace
 
-void AddStoreOptions(const TVerb& verb, TStoreOptions& options, TPathUse use)
+void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
 {
-    TOption base =
-        verb.Option("base", options.base, "Base name of the store's files, with their folder; or any one of the files");
-    base.Required();
-    if (use == TPathUse::Changes)
-        base.Changes(TPathKind::Store);
-    else
-        base.Reads(TPathKind::Store);
-    base.Expanded([&options, use](const std::string& name, TPathPlan& plan) {
+    const TVerb::TFill fill = [&options, use](const std::string& name, TPathPlan& plan) {
         plan.AddStore(name, use, FindStore(options.base, options.groups));
-    });
-    verb.Option("--group", options.groups,
-                "A grouping name; one --group for each, in their order. Not needed with the name of a file")
-        .OneAtATime();
+    };
+    CLI::Option* const base =
+        verb.add_option("base", options.base,
+                        "Base name of the store's files, with their folder; or any one of the files")
+            ->required();
+    if (use == TPathUse::Changes)
+        verb.Changes(TPathKind::Store, base, fill);
+    else
+        verb.Reads(TPathKind::Store, base, fill);
+    verb.add_option("--group", options.groups,
+                    "A grouping name; one --group for each, in their order. Not needed with the name of a file")
+        ->allow_extra_args(false);
 }
 
-void AddStoreVerb(const TVerb& app, const TContext& context)
+void AddStoreVerb(TVerb& app, const TContext& context)
 {
-    const TVerb store = app.Add("store", "Work with an offline store: one calibration file per group");
-    store.Footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
+    TVerb& store = app.AddVerb("store", "Work with an offline store: one calibration file per group");
+    store.footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
                  "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
                  "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
-    store.NeedsOneVerb();
+    store.require_subcommand(1);
     AddStoreChangeVerbs(store, context);
     {
-        const TVerb verb = store.Add("list", "List a store's groups and corrections (reads no pixels)");
+        TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TListOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.Flag("--json", options->json, "Print as JSON");
+        verb.add_flag("--json", options->json, "Print as JSON");
         verb.Run([&context, options] { List(context, *options); });
     }
     {
-        const TVerb verb = store.Add("apply", "Correct images with a correction of a store");
+        TVerb& verb = store.AddVerb("apply", "Correct images with a correction of a store");
         const auto options = std::make_shared<TApplyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.Option("--key", options->key, "Which correction; its group is found by its key").Required();
+        verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
         AddCorrectOptions(verb, options->correct);
         verb.Run([&context, options] { Apply(context, *options); });
     }

@@ -202,56 +202,55 @@ void Copy(const TContext& context, const TCopyOptions& options)
 
 } // namespace
 
-void AddStoreChangeVerbs(const TVerb& store, const TContext& context)
+void AddStoreChangeVerbs(TVerb& store, const TContext& context)
 {
     {
-        const TVerb verb = store.Add("add", "Build a correction from dark frames and add it to its group");
+        TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
         const auto options = std::make_shared<TAddOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.Option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2").Required();
+        verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
-        verb.Option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-            .Required()
-            .Reads(TPathKind::Image);
+        verb.Reads(TPathKind::Image, verb.add_option("darks", options->darks,
+                                                     "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+                                         ->required());
         verb.Run([&context, options] { Add(context, *options); });
     }
     {
-        const TVerb verb = store.Add("delete", "Delete a correction from its group file");
+        TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
         const auto options = std::make_shared<TKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.Option("--key", options->key, "Which correction").Required();
+        verb.add_option("--key", options->key, "Which correction")->required();
         verb.Run([&context, options] { Delete(context, *options); });
     }
     {
-        const TVerb verb =
-            store.Add("import", "Copy corrections from a calibration file or another store into this one");
+        TVerb& verb =
+            store.AddVerb("import", "Copy corrections from a calibration file or another store into this one");
         const auto options = std::make_shared<TImportOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.Option("src", options->source, "Calibration file, base name or group file; not changed")
-            .Required()
-            .Reads(TPathKind::CalibrationOrStore)
-            .Expanded([options](const std::string& name, TPathPlan& plan) {
-                if (IsSingleFile(options->source))
-                    plan.AddFile(name, TPathUse::Reads, options->source);
-                else
-                    plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
-            });
-        verb.Flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb.Reads(TPathKind::CalibrationOrStore,
+                   verb.add_option("src", options->source, "Calibration file, base name or group file; not changed")
+                       ->required(),
+                   [options](const std::string& name, TPathPlan& plan) {
+                       if (IsSingleFile(options->source))
+                           plan.AddFile(name, TPathUse::Reads, options->source);
+                       else
+                           plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
+                   });
+        verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
         verb.Run([&context, options] { Import(context, *options); });
     }
     {
-        const TVerb verb = store.Add("copy", "Copy a store to another base name");
+        TVerb& verb = store.AddVerb("copy", "Copy a store to another base name");
         const auto options = std::make_shared<TCopyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.Option("newbase", options->newBase, "Base name of the copy")
-            .Required()
-            .Creates(TPathKind::Store, options->overwrite)
-            .Expanded([options](const std::string& name, TPathPlan& plan) {
-                const TStorePlace from = FindStore(options->store.base, options->store.groups);
-                plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
-            });
-        verb.Flag("--force", options->force,
-                  "Also remove files that the new base name claims though they are none of its group files");
+        verb.Creates(TPathKind::Store,
+                     verb.add_option("newbase", options->newBase, "Base name of the copy")->required(),
+                     options->overwrite, [options](const std::string& name, TPathPlan& plan) {
+                         const TStorePlace from = FindStore(options->store.base, options->store.groups);
+                         plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
+                     });
+        verb.add_flag("--force", options->force,
+                      "Also remove files that the new base name claims though they are none of its group files");
         verb.Run([&context, options] { Copy(context, *options); });
     }
 }

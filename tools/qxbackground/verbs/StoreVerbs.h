@@ -3,7 +3,7 @@
 
 #include "calibration/TContext.h"
 
-#include "commandline/CommandLine.h"
+#include "commandline/TVerb.h"
 
 #include <string>
 #include <vector>
@@ -16,9 +16,9 @@ struct TStoreOptions {
     std::vector<std::string> groups;
 };
 // `use` is what becomes of the store.
-void AddStoreOptions(const TVerb& verb, TStoreOptions& options, TPathUse use);
+void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 
-void AddStoreChangeVerbs(const TVerb& store, const TContext& context);
+void AddStoreChangeVerbs(TVerb& store, const TContext& context);
 
 } // namespace workbench
 

@@ -3,22 +3,22 @@
 
 #include "calibration/TContext.h"
 
-#include "commandline/CommandLine.h"
+#include "commandline/TVerb.h"
 
 namespace workbench {
 
 // Each adds one verb to the command line. The verb runs while the command line is parsed, with `context` filled.
-void AddCorrectVerb(const TVerb& app, const TContext& context);
-void AddSimulateVerb(const TVerb& app);
-void AddBuildVerb(const TVerb& app, const TContext& context);
-void AddListVerb(const TVerb& app, const TContext& context);
-void AddShowVerb(const TVerb& app, const TContext& context);
-void AddApplyVerb(const TVerb& app, const TContext& context);
-void AddImportVerb(const TVerb& app, const TContext& context);
-void AddDeleteVerb(const TVerb& app, const TContext& context);
-void AddCheckVerb(const TVerb& app, TContext& context);
-void AddStoreVerb(const TVerb& app, const TContext& context);
-void AddStatisticsVerb(const TVerb& app);
+void AddCorrectVerb(TVerb& app, const TContext& context);
+void AddSimulateVerb(TVerb& app);
+void AddBuildVerb(TVerb& app, const TContext& context);
+void AddListVerb(TVerb& app, const TContext& context);
+void AddShowVerb(TVerb& app, const TContext& context);
+void AddApplyVerb(TVerb& app, const TContext& context);
+void AddImportVerb(TVerb& app, const TContext& context);
+void AddDeleteVerb(TVerb& app, const TContext& context);
+void AddCheckVerb(TVerb& app, TContext& context);
+void AddStoreVerb(TVerb& app, const TContext& context);
+void AddStatisticsVerb(TVerb& app);
 
 } // namespace workbench
 

@@ -10,8 +10,9 @@ namespace workbench {
 // ends, however it ends; a lock file that a killed process left behind is taken by the next one, and removed.
 class TFileLock {
 public:
-    // Waits until the lock is free, with a word on the standard error stream after a second. `name` is what is locked,
-    // for messages. On a folder that cannot lock nothing is held. Throws TToolError when the folder cannot be written.
+    // Waits until the lock is free, with a message on the standard error stream after a second. `name` is what is
+    // locked, for messages. On a folder that cannot lock nothing is held. Throws TToolError when the folder cannot be
+    // written.
     TFileLock(const std::filesystem::path& lockFile, const std::string& name);
     ~TFileLock();
     TFileLock(const TFileLock&) = delete;
@@ -21,7 +22,7 @@ public:
     static bool Holds(const std::filesystem::path& lockFile);
 
 private:
-    bool Lock(const std::string& name); // false: the file was removed by its holder meanwhile; once more
+    bool Lock(const std::string& name); // false: its holder removed the file meanwhile, try again
 
     std::string path;
     int descriptor = -1;

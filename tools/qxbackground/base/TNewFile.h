@@ -1,45 +1,19 @@
 #ifndef QXBACKGROUND_BASE_TNEWFILE_H
 #define QXBACKGROUND_BASE_TNEWFILE_H
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
 namespace workbench {
 
-// Which file a name leads to, and whether it is still what it was.
-struct TFileState {
-    bool exists = false;
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::int64_t bytes = 0;
-    std::int64_t changedSeconds = 0;
-    std::int64_t changedNanoseconds = 0;
-
-    bool SameFile(const TFileState& other) const
-    {
-        return exists && other.exists && device == other.device && inode == other.inode;
-    }
-    bool operator==(const TFileState& other) const
-    {
-        return exists == other.exists && device == other.device && inode == other.inode && bytes == other.bytes &&
-               changedSeconds == other.changedSeconds && changedNanoseconds == other.changedNanoseconds;
-    }
-    bool operator!=(const TFileState& other) const { return !(*this == other); }
-};
-TFileState StateOf(const std::filesystem::path& path); // follows links
-
-// Whether an existing file may be written to. One without any write permission may not, even by an administrator.
-bool IsWriteProtected(const std::filesystem::path& path);
-
 // Gives a file the permissions of `old`, and its owner where that is allowed; nothing when there is no `old`.
 void TakeAfter(const std::filesystem::path& file, const std::filesystem::path& old);
 // To the disk.
 std::error_code FlushFile(const std::filesystem::path& file);
 
-// A file in the making. Where the system can, it has no name until it is whole, so that nothing can be left behind;
-// elsewhere it has the hidden name, which goes with this object.
+// A file that is not complete yet. Where the system can, it has no name until it is whole, so that nothing can be left
+// behind; elsewhere it has the hidden name, which is removed with this object.
 class TNewFile {
 public:
     // Makes the file in the folder of `hidden`. Throws std::system_error.
@@ -48,7 +22,7 @@ public:
     TNewFile(const TNewFile&) = delete;
     TNewFile& operator=(const TNewFile&) = delete;
 
-    // Whoever fills the file opens it under this name. It says nothing to a person.
+    // The path under which the file is opened for writing. Not for messages.
     const std::string& Path() const { return path; }
     // The file gets the permissions of `old`, and its owner where that is allowed.
     void TakeAfter(const std::filesystem::path& old);

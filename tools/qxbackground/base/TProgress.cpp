@@ -4,6 +4,8 @@
 #include "base/TToolError.h"
 #include "base/Terminal.h"
 
+#include <fmt/format.h>
+
 #include <cstdio>
 
 namespace workbench {
@@ -38,9 +40,8 @@ void TProgress::Step()
     if (!visible || percent == drawnPercent)
         return;
     drawnPercent = percent;
-    const int filled = percent * kBarCharacters / 100;
-    std::fprintf(stderr, "\r%s [%s%s] %3d %%", what.c_str(), std::string(static_cast<std::size_t>(filled), '#').c_str(),
-                 std::string(static_cast<std::size_t>(kBarCharacters - filled), ' ').c_str(), percent);
+    const std::string bar(static_cast<std::size_t>(percent * kBarCharacters / 100), '#');
+    std::fputs(fmt::format("\r{} [{:<{}}] {:3} %", what, bar, kBarCharacters, percent).c_str(), stderr);
     std::fflush(stderr);
 }
 

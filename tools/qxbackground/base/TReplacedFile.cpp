@@ -3,7 +3,8 @@
 #include "base/TFileLock.h"
 #include "base/TToolError.h"
 
-#include <cstdio>
+#include <fmt/format.h>
+
 #include <random>
 #include <system_error>
 
@@ -36,7 +37,7 @@ fs::path UnusedNameBeside(const fs::path& target)
     }
 }
 
-// What is left under the work name can only be a killed process's, because this one holds the lock.
+// A file under the work name was left by a killed process, because this process holds the lock.
 fs::path FreshWorkName(const fs::path& target)
 {
     const fs::path path = WorkNameFor(target);
@@ -95,9 +96,7 @@ fs::path HiddenBeside(const fs::path& target, const std::string& suffix)
         std::uint64_t hash = 14695981039346656037u; // FNV-1a
         for (const char character : name)
             hash = (hash ^ static_cast<unsigned char>(character)) * 1099511628211u;
-        char digits[20];
-        std::snprintf(digits, sizeof digits, "-%016llx", static_cast<unsigned long long>(hash));
-        name = name.substr(0, kLongestPlainName) + digits;
+        name = fmt::format("{}-{:016x}", name.substr(0, kLongestPlainName), hash);
     }
     return FolderOf(target) / ("." + name + suffix);
 }
@@ -163,7 +162,7 @@ void TReplacedFile::Commit()
     static const char* const kChanged = "was changed by another process meanwhile; nothing was written, try again";
     std::error_code error;
     if (changes) {
-        // What a person has collected over months outlives a power cut, too.
+        // Corrections collected over months must survive a power cut as well.
         error = file.Flush();
         if (error)
             throw TToolError(name, "cannot be written: " + error.message());

@@ -1,6 +1,7 @@
 #ifndef QXBACKGROUND_BASE_TREPLACEDFILE_H
 #define QXBACKGROUND_BASE_TREPLACEDFILE_H
 
+#include "base/TFileState.h"
 #include "base/TNewFile.h"
 
 #include <filesystem>
@@ -8,10 +9,15 @@
 
 namespace workbench {
 
-// What becomes of a file that has the name already.
+// What happens to an existing file of that name.
 enum class TExisting { Refused, Replaced };
 
-// Where a path leads to that is to be written: behind links, also behind one whose file is not there yet.
+inline TExisting ExistingFor(bool overwrite)
+{
+    return overwrite ? TExisting::Replaced : TExisting::Refused;
+}
+
+// The file that a path to be written leads to: links are followed, also one whose file does not exist yet.
 std::filesystem::path TargetOf(const std::string& name);
 
 // Throws TToolError when `name` cannot be written whatever its content: no file name, a folder or a device, in a folder
@@ -22,11 +28,11 @@ void RefuseWriteProtected(const std::filesystem::path& file, const std::string& 
 // A hidden name beside `target` that stands for it: ".NAME" and the suffix, shortened where that gets too long.
 std::filesystem::path HiddenBeside(const std::filesystem::path& target, const std::string& suffix);
 
-// The lock of whoever changes `target`, see TFileLock.
+// The lock file that protects changes of `target`, see TFileLock.
 std::filesystem::path LockFileOf(const std::filesystem::path& target);
 
 // Where something is made that takes the place of `target`: always the same name when this process holds the lock of
-// `target`, so that the leavings of a killed process do not pile up, otherwise one that no file has.
+// `target`, so that files of killed processes do not pile up, otherwise an unused name.
 std::filesystem::path WorkNameFor(const std::filesystem::path& target);
 
 // A file that appears whole or not at all: Commit gives it its name. Until then an older file of that name is
@@ -41,7 +47,7 @@ public:
     TReplacedFile& operator=(const TReplacedFile&) = delete;
 
     const std::string& Temporary() const { return file.Path(); }
-    // Why writing to it failed, from the system where the system has a reason, otherwise `what`.
+    // Why writing to it failed: the system's reason if there is one, otherwise `what`.
     std::string Reason(const std::string& what) const;
     // `text` with the user's name for the file in place of its temporary one.
     std::string Named(std::string text) const;

@@ -46,6 +46,16 @@ std::string Counted(std::uint64_t count, const std::string& noun)
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+std::string Printable(std::string text)
+{
+    for (char& character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 32 || byte == 127)
+            character = '?';
+    }
+    return text;
+}
+
 std::string Nearest(const std::string& word, const std::vector<std::string>& names)
 {
     std::string nearest;

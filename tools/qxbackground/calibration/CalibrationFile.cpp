@@ -45,14 +45,4 @@ void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& 
     replaced.Commit();
 }
 
-std::string Printable(std::string text)
-{
-    for (char& character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 32 || byte == 127)
-            character = '?';
-    }
-    return text;
-}
-
 } // namespace workbench

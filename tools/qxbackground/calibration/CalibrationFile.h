@@ -1,7 +1,7 @@
 #ifndef QXBACKGROUND_CALIBRATION_CALIBRATIONFILE_H
 #define QXBACKGROUND_CALIBRATION_CALIBRATIONFILE_H
 
-#include "base/TNewFile.h"
+#include "base/TFileState.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TContext.h"
 
@@ -20,9 +20,6 @@ void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& 
 // Throws TToolError when `path` is no calibration file at all, or a group file of an offline store, which the verbs of
 // single files leave alone.
 void RefuseOtherFiles(const std::string& path, const TCalibrationWalk& walk);
-
-// A text with everything that is not printable shown as '?'.
-std::string Printable(std::string text);
 
 } // namespace workbench
 

@@ -1,11 +1,12 @@
 #include "calibration/Listing.h"
 
+#include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <unordered_map>
 
 namespace workbench {
@@ -36,25 +37,24 @@ std::vector<TListedCorrection> ListCorrections(QX_KRLSDK::TBackgroundCorrection&
 
 std::string ListingTable(const std::vector<TListedCorrection>& listed)
 {
+    if (listed.empty())
+        return {};
     std::size_t longest = 3;
     for (const TListedCorrection& correction : listed)
         longest = std::max(longest, std::min<std::size_t>(correction.key.size(), 60));
-    const auto pad = [](std::string text, std::size_t width) {
-        text.resize(std::max(text.size(), width), ' ');
-        return text;
+    std::string table;
+    const auto row = [&](const std::string& key, const std::string& size, const std::string& exposure,
+                         const std::string& intensity) {
+        // Keys are padded by bytes: they need not be text in any encoding.
+        table += fmt::format("  {}{:{}}  {:<14}{:<14}{}\n", key, "", longest - std::min(longest, key.size()), size,
+                             exposure, intensity);
     };
-    if (listed.empty())
-        return {};
-    std::string table = "  " + pad("key", longest) + "  " + pad("size", 14) + pad("exposure", 14) + "intensity\n";
+    row("key", "size", "exposure", "intensity");
     for (const TListedCorrection& correction : listed) {
         const bool known = correction.width != 0 || correction.height != 0;
-        char exposure[40], intensity[40];
-        std::snprintf(exposure, sizeof exposure, "%g s", static_cast<double>(correction.exposureSeconds));
-        std::snprintf(intensity, sizeof intensity, "%g %%", static_cast<double>(correction.lightIntensityPercent));
-        const std::string size =
-            known ? std::to_string(correction.width) + " x " + std::to_string(correction.height) : std::string("?");
-        table += "  " + pad(Printable(correction.key), longest) + "  " + pad(size, 14) + pad(exposure, 14) + intensity +
-                 "\n";
+        row(Printable(correction.key), known ? fmt::format("{} x {}", correction.width, correction.height) : "?",
+            fmt::format("{:g} s", static_cast<double>(correction.exposureSeconds)),
+            fmt::format("{:g} %", static_cast<double>(correction.lightIntensityPercent)));
     }
     return table;
 }
@@ -69,11 +69,6 @@ nlohmann::json ListingJson(const std::vector<TListedCorrection>& listed)
                         {"exposureSeconds", correction.exposureSeconds},
                         {"lightIntensityPercent", correction.lightIntensityPercent}});
     return list;
-}
-
-std::string Text(const nlohmann::json& json)
-{
-    return json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
 }
 
 } // namespace workbench

@@ -25,9 +25,6 @@ std::vector<TListedCorrection> ListCorrections(QX_KRLSDK::TBackgroundCorrection&
 std::string ListingTable(const std::vector<TListedCorrection>& listed);
 nlohmann::json ListingJson(const std::vector<TListedCorrection>& listed);
 
-// JSON as text; bytes that are no UTF-8 (keys may hold any) become the replacement character.
-std::string Text(const nlohmann::json& json);
-
 } // namespace workbench
 
 #endif

@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
-#include <system_error>
 
 namespace workbench {
 
@@ -21,7 +20,7 @@ namespace {
 namespace format = CalibrationFormat;
 using QX_KRLSDK::TBackgroundCorrection;
 
-constexpr std::size_t kMostLines = 10; // of damage; lost corrections are all told
+constexpr std::size_t kMostLines = 10; // of damage; lost corrections are all listed
 
 void Put32(std::ofstream& file, std::uint32_t value)
 {
@@ -57,7 +56,7 @@ bool WriteAlone(const std::string& path, std::ifstream& source, const TStoredCor
 
 bool LoadAlone(TBackgroundCorrection& object, const std::string& path)
 {
-    // Twice over, because what only almost follows the format must not become a measurement.
+    // Checked twice, because data that only almost follows the format must not be used as a measurement.
     const TCalibrationWalk walk = WalkCalibrationFile(path);
     if (!walk.Whole() || walk.corrections.size() != 1)
         return false;
@@ -88,7 +87,7 @@ TSalvaged LoadWhatIsWhole(const TContext& context, TBackgroundCorrection& object
     std::ifstream source(path, std::ios::binary);
     TProgress progress("Salvaging", walk.corrections.size());
     for (const TStoredCorrection& correction : walk.corrections) {
-        // Where the system keeps what is temporary: the damaged file's own folder may be full or read-only.
+        // In the system's folder for temporary files: the damaged file's own folder may be full or read-only.
         TNewFile alone(HiddenBeside(std::filesystem::temp_directory_path() / "qxbackground",
                                     "." + std::to_string(std::random_device{}())));
         if (!WriteAlone(alone.Path(), source, correction))

@@ -1,7 +1,7 @@
 #ifndef QXBACKGROUND_CALIBRATION_STEADYREAD_H
 #define QXBACKGROUND_CALIBRATION_STEADYREAD_H
 
-#include "base/TNewFile.h"
+#include "base/TFileState.h"
 #include "calibration/TStorePlace.h"
 
 #include <functional>
@@ -13,7 +13,7 @@ namespace workbench {
 
 using TFileStates = std::vector<std::pair<std::string, TFileState>>;
 
-// Runs `read` so that all it saw belongs together: again when `states` says that something changed meanwhile, whether
+// Runs `read` so that all it read is of one state: again when `states` says that something changed meanwhile, whether
 // it failed or not. Throws TToolError about `name` when that does not end. Files are replaced whole, never written in
 // place, so this needs no lock, and no right to write.
 void ReadSteadily(const std::string& name, const std::function<TFileStates()>& states,

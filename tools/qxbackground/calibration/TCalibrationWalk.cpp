@@ -19,10 +19,10 @@ namespace {
 
 namespace format = CalibrationFormat;
 
-// A count is believed only as far as the file has room for what it announces.
+// A count is trusted only as far as the file has room for what it announces.
 constexpr std::uint64_t kSmallestCorrection = 7 * format::kRecordHeaderLength + format::kKeyLength + 4 * 4;
 
-// Enough to see what is wrong; a file of noise would fill the screen and the memory.
+// Enough to see what is wrong; a file of random bytes would fill the screen and the memory.
 constexpr std::size_t kMostDepartures = 200;
 
 // The walk cannot go on: the file ends here, or is nothing but departures.
@@ -207,7 +207,7 @@ void TWalker::SkipPixels(TStoredCorrection& correction, const THeader& header, b
         Depart(header.offset + 8, "the pixels: " + Number(correction.width) + " x " + Number(correction.height) +
                                       " pixels need more bytes than a record can state");
     correction.pixelOffset = position;
-    // When size and length disagree, the one behind which the file goes on as it should is right.
+    // When size and length disagree, the one that is followed by a valid record is right.
     std::uint64_t length = bySize;
     const std::uint64_t stated = header.record.dataLength;
     if (bySize != stated) {

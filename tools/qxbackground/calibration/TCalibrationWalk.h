@@ -29,7 +29,7 @@ struct TCalibrationWalk {
     std::uint32_t structureVersion = 0; // 0: not even that could be read
     std::vector<std::string> groupingNames;
     std::vector<TStoredCorrection> corrections; // those whose records are all there
-    std::uint32_t announced = 0;                // how many there should be, by the file's own words
+    std::uint32_t announced = 0;                // how many corrections the file says it holds
     std::vector<TDeparture> departures;         // empty: the file loads whole
 
     bool Whole() const { return departures.empty(); }

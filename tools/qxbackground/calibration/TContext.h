@@ -37,7 +37,7 @@ struct TContext {
 private:
     static std::filesystem::path StartFolder()
     {
-        std::error_code ignored; // a folder that is gone: then nothing relative can be found there either
+        std::error_code ignored; // the folder was removed: then nothing relative can be found there either
         return std::filesystem::current_path(ignored);
     }
 };

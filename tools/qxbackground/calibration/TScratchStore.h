@@ -1,7 +1,7 @@
 #ifndef QXBACKGROUND_CALIBRATION_TSCRATCHSTORE_H
 #define QXBACKGROUND_CALIBRATION_TSCRATCHSTORE_H
 
-#include "base/TNewFile.h"
+#include "base/TFileState.h"
 #include "calibration/TContext.h"
 #include "calibration/TStorePlace.h"
 
@@ -29,7 +29,7 @@ public:
     // The object over the copied groups (an empty store when there were none). The current folder is the scratch
     // folder while it is used.
     QX_KRLSDK::TBackgroundCorrection Open(const TContext& context) const;
-    // Runs `save`, which is to write here; a failure says what the system has to say about it.
+    // Runs `save`, which is to write here; an error names the system's reason.
     void Save(const std::function<void()>& save) const;
     // Saves `object` here, checks every file, and moves all of them into the store's folder.
     void SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object);

@@ -172,16 +172,4 @@ std::vector<std::string> OwnFiles(const TStorePlace& place)
     return names;
 }
 
-TWorkingFolder::TWorkingFolder(const fs::path& folder) : old(fs::current_path())
-{
-    if (!folder.empty())
-        fs::current_path(folder);
-}
-
-TWorkingFolder::~TWorkingFolder()
-{
-    std::error_code ignored;
-    fs::current_path(old, ignored);
-}
-
 } // namespace workbench

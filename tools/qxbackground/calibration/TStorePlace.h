@@ -27,7 +27,7 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
 // has one that could not be read back out of a file's name.
 std::string GroupFileOf(const TStorePlace& place, const std::string& key);
 
-// The library's rule for the names of a store's files, and that rule without its generosity: nothing between the base
+// The library's rule for the names of a store's files, and the strict form of that rule: nothing between the base
 // and the first pair, no empty value.
 bool IsClaimed(const TStorePlace& place, const std::string& file);
 bool IsExactName(const TStorePlace& place, const std::string& file);
@@ -35,7 +35,7 @@ bool IsExactName(const TStorePlace& place, const std::string& file);
 // A file that the library takes for one of the store's, because its name fits the naming rule.
 struct TClaimedFile {
     std::string name;
-    bool own = false; // it really is a group file of this very store: its name is exact and it records these names
+    bool own = false; // it is a group file of this store: its name is exact and it records these names
 };
 
 // All of them, sorted by name. The rule is generous: characters between the base and the first "_" are ignored, so a
@@ -44,19 +44,6 @@ std::vector<TClaimedFile> ClaimedFiles(const TStorePlace& place);
 
 // The store's own group files among them.
 std::vector<std::string> OwnFiles(const TStorePlace& place);
-
-// The process works in `folder` while this object lives. The library lists a store's folder from the text before its
-// base name; a bare base name means the current folder, whatever characters the folder's own path holds.
-class TWorkingFolder {
-public:
-    explicit TWorkingFolder(const std::filesystem::path& folder);
-    ~TWorkingFolder();
-    TWorkingFolder(const TWorkingFolder&) = delete;
-    TWorkingFolder& operator=(const TWorkingFolder&) = delete;
-
-private:
-    std::filesystem::path old;
-};
 
 } // namespace workbench
 

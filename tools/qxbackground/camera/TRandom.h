@@ -7,7 +7,8 @@ namespace workbench {
 
 // Random numbers that are the same on every machine and with every compiler. The standard library's distributions
 // differ between vendors and the mathematics library rounds differently between systems, so everything here is made
-// of the operations that IEEE 754 rounds exactly: + - * / and sqrt.
+// of the operations that IEEE 754 rounds exactly: + - * / and sqrt. The engine is none of the standard library's
+// either: the files that a seed gives are promised to stay as they are, and people compare results by them.
 class TRandom {
 public:
     explicit TRandom(std::uint64_t seed);

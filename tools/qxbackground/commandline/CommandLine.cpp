@@ -10,7 +10,7 @@ namespace workbench {
 
 namespace {
 
-// What the parser has to say, without the terms of its making.
+// The parser's message in this program's words; empty when something is missing.
 std::string Complaint(const CLI::ParseError& error)
 {
     const std::string text = error.what();

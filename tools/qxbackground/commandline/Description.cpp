@@ -1,5 +1,6 @@
 #include "commandline/Description.h"
 
+#include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 
@@ -170,7 +171,7 @@ std::string DescriptionJson(const TVerb& root)
 {
     nlohmann::json verbs = nlohmann::json::array();
     AddVerbsJson(root, {}, verbs);
-    return nlohmann::json{{"options", OptionsJson(root)}, {"verbs", verbs}}.dump(2) + "\n";
+    return JsonText({{"options", OptionsJson(root)}, {"verbs", verbs}});
 }
 
 std::string ExplainRefusal(const TVerb& root, const std::vector<std::string>& unread, const std::string& complaint)

@@ -2,7 +2,7 @@
 #define QXBACKGROUND_COMMANDLINE_TPATHPLAN_H
 
 #include "base/TFileLock.h"
-#include "base/TNewFile.h"
+#include "base/TFileState.h"
 #include "calibration/TStorePlace.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "images/Contrast.h"
 
-#include "images/TSeriesStatistics.h"
+#include "images/THistogram.h"
 
 #include <algorithm>
 

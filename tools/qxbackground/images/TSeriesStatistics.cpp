@@ -1,36 +1,15 @@
 #include "images/TSeriesStatistics.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <functional>
 
 namespace workbench {
 
 namespace {
-
-// The spread of a normal distribution from its median absolute deviation.
-constexpr double kSigmaPerMad = 1.4826;
-
-// The element at `rank` (from 0) of the sorted values that `counts` describes.
-std::size_t ValueAtRank(const std::vector<std::uint64_t>& counts, std::uint64_t rank)
-{
-    std::uint64_t seen = 0;
-    for (std::size_t value = 0; value < counts.size(); ++value) {
-        seen += counts[value];
-        if (seen > rank)
-            return value;
-    }
-    return counts.size() - 1;
-}
-
-// Twice the median, so that it is a whole number.
-std::uint64_t DoubleMedian(const std::vector<std::uint64_t>& counts, std::uint64_t total)
-{
-    return total == 0 ? 0 : ValueAtRank(counts, (total - 1) / 2) + ValueAtRank(counts, total / 2);
-}
 
 double MedianOf(std::vector<std::uint16_t>& values)
 {
@@ -53,66 +32,6 @@ double SpreadOf(const std::vector<double>& values)
 }
 
 } // namespace
-
-void THistogram::Add(const TImage& image)
-{
-    for (const std::uint16_t pixel : image.pixels)
-        ++counts[pixel];
-    total += image.pixels.size();
-}
-
-std::uint16_t THistogram::Minimum() const
-{
-    return static_cast<std::uint16_t>(total == 0 ? 0 : ValueAtRank(counts, 0));
-}
-
-std::uint16_t THistogram::Maximum() const
-{
-    return static_cast<std::uint16_t>(total == 0 ? 0 : ValueAtRank(counts, total - 1));
-}
-
-double THistogram::Mean() const
-{
-    double sum = 0;
-    for (std::size_t value = 0; value < counts.size(); ++value)
-        sum += static_cast<double>(value) * static_cast<double>(counts[value]);
-    return total == 0 ? 0 : sum / static_cast<double>(total);
-}
-
-double THistogram::StandardDeviation() const
-{
-    const double mean = Mean();
-    double squares = 0;
-    for (std::size_t value = 0; value < counts.size(); ++value) {
-        const double deviation = static_cast<double>(value) - mean;
-        squares += deviation * deviation * static_cast<double>(counts[value]);
-    }
-    return total == 0 ? 0 : std::sqrt(squares / static_cast<double>(total));
-}
-
-double THistogram::Median() const
-{
-    return static_cast<double>(DoubleMedian(counts, total)) / 2.0;
-}
-
-double THistogram::RobustSpread() const
-{
-    const std::uint64_t middle = DoubleMedian(counts, total);
-    std::vector<std::uint64_t> deviations(2 * counts.size()); // in half units, as the median is
-    for (std::size_t value = 0; value < counts.size(); ++value) {
-        const std::uint64_t twice = 2 * value;
-        deviations[twice > middle ? twice - middle : middle - twice] += counts[value];
-    }
-    return kSigmaPerMad * static_cast<double>(DoubleMedian(deviations, total)) / 4.0;
-}
-
-std::uint16_t THistogram::Percentile(double fraction) const
-{
-    if (total == 0)
-        return 0;
-    const auto rank = static_cast<std::uint64_t>(std::clamp(fraction, 0.0, 1.0) * static_cast<double>(total - 1));
-    return static_cast<std::uint16_t>(ValueAtRank(counts, rank));
-}
 
 double RowPattern(const TImage& image)
 {
@@ -170,29 +89,17 @@ nlohmann::json TSeriesStatistics::Json() const
 
 std::string StatisticsTable(const std::vector<std::string>& titles, const std::vector<const TSeriesStatistics*>& series)
 {
-    std::string table;
-    char cell[64];
+    std::string table = fmt::format("  {:<30}", "ADU");
+    for (const std::string& title : titles)
+        table += fmt::format("{:>20}", title);
+    table += '\n';
     const auto row = [&](const char* label, const std::function<std::string(const TSeriesStatistics&)>& text) {
-        std::snprintf(cell, sizeof cell, "  %-30s", label);
-        table += cell;
-        for (const TSeriesStatistics* column : series) {
-            std::snprintf(cell, sizeof cell, "%20s", text(*column).c_str());
-            table += cell;
-        }
+        table += fmt::format("  {:<30}", label);
+        for (const TSeriesStatistics* column : series)
+            table += fmt::format("{:>20}", text(*column));
         table += '\n';
     };
-    const auto number = [](double value) {
-        char text[40];
-        std::snprintf(text, sizeof text, "%.2f", value);
-        return std::string(text);
-    };
-    std::snprintf(cell, sizeof cell, "  %-30s", "ADU");
-    table += cell;
-    for (const std::string& title : titles) {
-        std::snprintf(cell, sizeof cell, "%20s", title.c_str());
-        table += cell;
-    }
-    table += '\n';
+    const auto number = [](double value) { return fmt::format("{:.2f}", value); };
     row("median", [&](const auto& s) { return number(s.Histogram().Median()); });
     row("mean", [&](const auto& s) { return number(s.Histogram().Mean()); });
     row("spread (1.4826 x MAD)", [&](const auto& s) { return number(s.Histogram().RobustSpread()); });

@@ -2,54 +2,17 @@
 
 #include "base/FileKind.h"
 #include "base/TToolError.h"
-
-#include <tiffio.h>
+#include "images/TTiffHandle.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <system_error>
 
 namespace workbench {
 
-// libtiff's file together with the last thing it complained about.
-struct TTiffHandle {
-    TIFF* tiff = nullptr;
-    std::string complaint;
-
-    TTiffHandle() = default;
-    TTiffHandle(const TTiffHandle&) = delete;
-    TTiffHandle& operator=(const TTiffHandle&) = delete;
-    ~TTiffHandle()
-    {
-        if (tiff != nullptr)
-            TIFFClose(tiff);
-    }
-
-    void Open(const char* path, const char* mode);
-};
-
 namespace {
-
-// The first complaint of an operation is the telling one; what follows are consequences.
-int KeepComplaint(TIFF*, void* user, const char*, const char* format, va_list arguments)
-{
-    auto* const handle = static_cast<TTiffHandle*>(user);
-    if (handle->complaint.empty()) {
-        char text[512] = "";
-        std::vsnprintf(text, sizeof text, format, arguments);
-        handle->complaint = text;
-    }
-    return 1;
-}
-
-int DropWarning(TIFF*, void*, const char*, const char*, va_list)
-{
-    return 1;
-}
 
 // The tag's value, or what the format says when it is absent.
 template <class T> T Tag(TIFF* tiff, std::uint32_t tag, T absent)
@@ -59,17 +22,6 @@ template <class T> T Tag(TIFF* tiff, std::uint32_t tag, T absent)
 }
 
 } // namespace
-
-void TTiffHandle::Open(const char* path, const char* mode)
-{
-    TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
-    if (options == nullptr)
-        throw std::bad_alloc();
-    TIFFOpenOptionsSetErrorHandlerExtR(options, &KeepComplaint, this);
-    TIFFOpenOptionsSetWarningHandlerExtR(options, &DropWarning, this);
-    tiff = TIFFOpenExt(path, mode, options);
-    TIFFOpenOptionsFree(options);
-}
 
 TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_unique<TTiffHandle>())
 {
@@ -118,7 +70,7 @@ bool TTiffReader::NextPage()
     return true;
 }
 
-// libtiff takes a file that ends before the link to the next page for one whose last page this is.
+// When a file ends before the link to the next page, libtiff reports no error but calls this page the last one.
 void TTiffReader::CheckLink()
 {
     const bool big = TIFFIsBigTIFF(file->tiff) != 0;
@@ -206,7 +158,7 @@ void TTiffReader::ReadTiles(TImage& image)
         Fail("has tiles without pixels");
     const auto width = static_cast<std::size_t>(size.width);
     const auto height = static_cast<std::size_t>(size.height);
-    // No larger than the image, or one block of nothing would cost more memory than the page it belongs to.
+    // A tile far larger than its page would cost more memory than the page.
     if (tileWidth > width + 65536 || tileHeight > height + 65536)
         Fail("has tiles far larger than the page");
     std::vector<std::uint16_t> tile(static_cast<std::size_t>(tileBytes) / 2);
@@ -222,53 +174,6 @@ void TTiffReader::ReadTiles(TImage& image)
                 std::copy_n(tile.data() + row * tileWidth, columns, image.pixels.data() + (top + row) * width + left);
         }
     }
-}
-
-TTiffWriter::TTiffWriter(const std::string& name, std::uint64_t expectedBytes, TExisting existing)
-    : path(name), replaced(name, existing), file(std::make_unique<TTiffHandle>())
-{
-    constexpr std::uint64_t kClassicTiffEnds = 4'000'000'000u; // leaves room for the page headers below 2^32
-    file->Open(replaced.Temporary().c_str(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
-    if (file->tiff == nullptr)
-        throw TToolError(path, "cannot be created: " + replaced.Reason(file->complaint));
-}
-
-TTiffWriter::~TTiffWriter()
-{
-    file.reset(); // closed before the file goes
-}
-
-void TTiffWriter::Write(const TImage& image)
-{
-    ++page;
-    TIFF* const tiff = file->tiff;
-    file->complaint.clear();
-    const auto rows = static_cast<std::uint32_t>(image.size.height);
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(image.size.width));
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, rows);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 16);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rows);
-    // libtiff takes the pixels through a pointer to non-const but only swaps bytes of other files' byte order.
-    auto* const pixels = const_cast<std::uint16_t*>(image.pixels.data());
-    const auto bytes = static_cast<tmsize_t>(image.pixels.size() * sizeof(std::uint16_t));
-    if (TIFFWriteEncodedStrip(tiff, 0, pixels, bytes) != bytes || TIFFWriteDirectory(tiff) != 1 ||
-        !file->complaint.empty())
-        throw TToolError(path, page, "cannot be written: " + replaced.Reason(file->complaint));
-}
-
-void TTiffWriter::Close()
-{
-    file->complaint.clear();
-    TIFFFlush(file->tiff);
-    if (!file->complaint.empty())
-        throw TToolError(path, "cannot be written: " + replaced.Reason(file->complaint));
-    file = std::make_unique<TTiffHandle>();
-    replaced.Commit();
 }
 
 } // namespace workbench

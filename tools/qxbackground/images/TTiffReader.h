@@ -1,7 +1,6 @@
 #ifndef QXBACKGROUND_IMAGES_TTIFFREADER_H
 #define QXBACKGROUND_IMAGES_TTIFFREADER_H
 
-#include "base/TReplacedFile.h"
 #include "images/TImage.h"
 
 #include <cstdint>
@@ -37,31 +36,11 @@ private:
     void ReadTiles(TImage& image);
 
     std::string path;
-    std::ifstream bytes; // the same file, for what libtiff does not tell
+    std::ifstream bytes; // the same file, for checks that libtiff does not make
     std::unique_ptr<TTiffHandle> file;
     unsigned page = 0;
     TSize size;
     std::uint64_t fileBytes = 0;
-};
-
-// Writes pages of 16-bit grayscale, uncompressed. The file appears under its name only with Close; an object destroyed
-// before that leaves nothing behind.
-class TTiffWriter {
-public:
-    // `expectedBytes` of pixels decide whether the file must be a BigTIFF (above some 4 GB).
-    TTiffWriter(const std::string& path, std::uint64_t expectedBytes, TExisting existing);
-    ~TTiffWriter();
-    TTiffWriter(const TTiffWriter&) = delete;
-    TTiffWriter& operator=(const TTiffWriter&) = delete;
-
-    void Write(const TImage& image);
-    void Close();
-
-private:
-    std::string path;
-    TReplacedFile replaced;
-    std::unique_ptr<TTiffHandle> file;
-    unsigned page = 0;
 };
 
 } // namespace workbench

@@ -1,4 +1,5 @@
 // qxbackground apply: corrects images with a correction out of a calibration file.
+#include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"

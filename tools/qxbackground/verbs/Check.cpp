@@ -21,7 +21,7 @@ void Check(TContext& context, const std::string& path)
     TCalibrationWalk walk;
     ReadFileSteadily(path, [&] {
         walk = WalkCalibrationFile(path);
-        // The walk is this program's own reading of the format; the library has the last word on its own files.
+        // The walk is this program's own reader of the format; whether a file loads, the library decides.
         if (walk.Whole() && walk.structureVersion == CalibrationFormat::kUngroupedVersion) {
             QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
             Call(path, [&] { object.LoadHeaderOnly(path); });

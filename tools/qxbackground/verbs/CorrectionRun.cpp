@@ -1,18 +1,18 @@
 #include "verbs/CorrectionRun.h"
 
+#include "base/JsonText.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
 #include "images/Contrast.h"
 #include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
 #include "images/TTiffReader.h"
+#include "images/TTiffWriter.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cstdio>
 #include <iostream>
-#include <limits>
 
 namespace workbench {
 
@@ -58,11 +58,6 @@ std::uint64_t CountPages(const std::vector<std::string>& inputs, const TSize& wa
     return pages;
 }
 
-TExisting ExistingFor(const TCorrectOptions& options)
-{
-    return options.overwrite ? TExisting::Replaced : TExisting::Refused;
-}
-
 struct TRun {
     std::uint64_t pages = 0;
     TSeriesStatistics before, background, after;
@@ -71,7 +66,7 @@ struct TRun {
 
 void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options, const TSize& size, TRun& run)
 {
-    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2, ExistingFor(options));
+    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2, ExistingFor(options.overwrite));
     TProgress progress("Correcting", run.pages);
     const auto length = static_cast<int>(size.Pixels());
     TImage image;
@@ -126,7 +121,7 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
     std::vector<std::string> legend;
     if (!options.picture.empty())
         WritePng(options.picture, SideBySide({&run.firstBefore, &run.scaledBackground, &run.firstAfter}, legend),
-                 ExistingFor(options));
+                 ExistingFor(options.overwrite));
 
     if (options.json) {
         nlohmann::json report{{"output", options.output}, {"pages", run.pages}};
@@ -135,7 +130,7 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
             report["background"] = run.background.Json();
             report["after"] = run.after.Json();
         }
-        std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+        std::cout << JsonText(report);
         return;
     }
     std::cout << "Corrected " << Counted(run.pages, "page") << " of " << size.Text() << " pixels ("

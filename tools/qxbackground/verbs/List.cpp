@@ -1,4 +1,5 @@
 // qxbackground list: what a calibration file holds, without reading its pixels.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
@@ -22,7 +23,7 @@ struct TOptions {
 
 void Run(const TContext& context, const TOptions& options)
 {
-    // The library tells keys and conditions; sizes it tells only with pixels, so they come from the records.
+    // Without pixels the library returns keys and conditions but no sizes, so the sizes come from the records.
     TCalibrationWalk walk;
     std::vector<TListedCorrection> listed;
     ReadFileSteadily(options.file, [&] {
@@ -33,10 +34,10 @@ void Run(const TContext& context, const TOptions& options)
         listed = ListCorrections(object, walk);
     });
     if (options.json) {
-        std::cout << Text(nlohmann::json{{"file", options.file},
-                                         {"bytes", walk.fileBytes},
-                                         {"whole", walk.Whole()},
-                                         {"corrections", ListingJson(listed)}});
+        std::cout << JsonText(nlohmann::json{{"file", options.file},
+                                             {"bytes", walk.fileBytes},
+                                             {"whole", walk.Whole()},
+                                             {"corrections", ListingJson(listed)}});
         return;
     }
     std::cout << options.file << ": " << Counted(listed.size(), "correction") << ", " << Counted(walk.fileBytes, "byte")

@@ -3,7 +3,7 @@
 #include "base/TToolError.h"
 #include "commandline/Limits.h"
 
-#include <cstdio>
+#include <fmt/format.h>
 
 namespace workbench {
 
@@ -18,9 +18,7 @@ const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printab
 
 std::string TConditions::Text() const
 {
-    char text[80];
-    std::snprintf(text, sizeof text, "%g s, %g %%", exposureSeconds, lightIntensityPercent);
-    return text;
+    return fmt::format("{:g} s, {:g} %", exposureSeconds, lightIntensityPercent);
 }
 
 void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)

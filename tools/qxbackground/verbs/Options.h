@@ -3,7 +3,6 @@
 
 #include "commandline/TVerb.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -1,4 +1,5 @@
 // qxbackground show: one stored correction in numbers, as a histogram and as a picture.
+#include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "images/Contrast.h"
 #include "images/TPicture.h"
@@ -6,8 +7,9 @@
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 
@@ -40,17 +42,13 @@ std::string HistogramText(const THistogram& histogram)
         inside += count;
     }
     std::string text;
-    char line[64];
     for (std::size_t bar = 0; bar < bars.size(); ++bar) {
         const int from = low + static_cast<int>(bar) * step;
-        std::snprintf(line, sizeof line, "  %5d ... %5d  %10llu ", from, std::min(from + step - 1, 65535),
-                      static_cast<unsigned long long>(bars[bar]));
         const std::uint64_t length = bars[bar] == 0 ? 0 : std::max<std::uint64_t>(1, bars[bar] * kLongestBar / most);
-        text += line + std::string(static_cast<std::size_t>(length), '#') + "\n";
+        text += fmt::format("  {:5} ... {:5}  {:10} {}\n", from, std::min(from + step - 1, 65535), bars[bar],
+                            std::string(static_cast<std::size_t>(length), '#'));
     }
-    std::snprintf(line, sizeof line, "  outside          %10llu\n",
-                  static_cast<unsigned long long>(histogram.Count() - inside));
-    return text + line;
+    return text + fmt::format("  outside          {:10}\n", histogram.Count() - inside);
 }
 
 void Run(const TContext& context, const TOptions& options)
@@ -76,8 +74,7 @@ void Run(const TContext& context, const TOptions& options)
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
         const TStretch stretch = StretchOf(background);
-        WritePng(options.picture, Render(background, stretch),
-                 options.overwrite ? TExisting::Replaced : TExisting::Refused);
+        WritePng(options.picture, Render(background, stretch), ExistingFor(options.overwrite));
         std::cout << "Picture: " << options.picture << " (black " << stretch.black << ", white " << stretch.white
                   << " ADU)\n";
     }

@@ -1,15 +1,16 @@
-// qxbackground simulate: a camera whose every secret is known.
+// qxbackground simulate: frames of a camera whose true scene and background are known.
+#include "base/JsonText.h"
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "camera/TCamera.h"
 #include "commandline/Limits.h"
-#include "images/TTiffReader.h"
+#include "images/TTiffWriter.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -31,14 +32,7 @@ struct TOptions {
 
 std::string Number(double value)
 {
-    char text[40];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
-}
-
-TExisting ExistingFor(const TOptions& options)
-{
-    return options.overwrite ? TExisting::Replaced : TExisting::Refused;
+    return fmt::format("{:g}", value);
 }
 
 void WriteFile(const std::string& path, const std::string& text, TExisting existing)
@@ -107,7 +101,7 @@ std::string Describe(const TOptions& options, const TCamera& camera, const std::
         {"readNoiseElectrons", settings.readNoiseElectrons},
         {"skyElectronsPerSecond", settings.skyElectronsPerSecond},
         {"files", files}};
-    return description.dump(2) + "\n";
+    return JsonText(description);
 }
 
 void Run(const TOptions& options)
@@ -129,7 +123,7 @@ void Run(const TOptions& options)
     const auto write = [&](const TSimulatedFile& file, auto&& take) {
         if (file.pages == 0)
             return;
-        TTiffWriter writer(PathOf(options, file.name), file.pages * frameBytes, ExistingFor(options));
+        TTiffWriter writer(PathOf(options, file.name), file.pages * frameBytes, ExistingFor(options.overwrite));
         for (unsigned frame = 0; frame < file.pages; ++frame) {
             writer.Write(take(frame));
             progress.Step();
@@ -144,7 +138,7 @@ void Run(const TOptions& options)
         write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
         write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options));
+    WriteFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)

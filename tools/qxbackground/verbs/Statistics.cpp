@@ -1,4 +1,5 @@
 // qxbackground statistics: what the correcting verbs print about their images, of any files.
+#include "base/JsonText.h"
 #include "images/TSeriesStatistics.h"
 #include "images/TTiffReader.h"
 #include "verbs/Options.h"
@@ -6,7 +7,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -38,7 +38,7 @@ void Run(const TOptions& options)
         }
     }
     if (options.json)
-        std::cout << report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
+        std::cout << JsonText(report);
 }
 
 } // namespace

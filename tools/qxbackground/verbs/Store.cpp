@@ -1,9 +1,11 @@
 // qxbackground store: the verbs over an offline store; those that only read it are here.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TStorePlace.h"
+#include "calibration/TWorkingFolder.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/StoreVerbs.h"
 #include "verbs/Verbs.h"
@@ -21,7 +23,7 @@ namespace {
 
 using QX_KRLSDK::TBackgroundCorrection;
 
-// A failure over a whole store carries no text of the library's: look for the file that is to blame.
+// For a failure over a whole store the library gives no text, so this looks for the file that causes it.
 void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
 {
     try {
@@ -84,7 +86,7 @@ void List(const TContext& context, const TListOptions& options)
     TStoreListing listing;
     ReadStoreSteadily(place, [&] { listing = ReadListing(context, place); });
     if (options.json) {
-        std::cout << Text({{"base", place.Text()}, {"groupingNames", place.names}, {"groups", listing.groups}});
+        std::cout << JsonText({{"base", place.Text()}, {"groupingNames", place.names}, {"groups", listing.groups}});
         return;
     }
     std::cout << "Store " << place.Text() << ", grouped by";

@@ -4,11 +4,11 @@
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
+#include "calibration/TWorkingFolder.h"
 #include "images/TFrameStack.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -72,7 +72,7 @@ void Delete(const TContext& context, const TKeyOptions& options)
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        left = object.Get().GetNumberOfCorrections() - 1; // asked now: the store keeps a key that is spelled otherwise
+        left = object.Get().GetNumberOfCorrections() - 1; // now, because the store may keep the key in another spelling
         Call(About(place, options.key), [&] { object.Delete(options.key); });
         scratch.Save([&] { object.Save(place.base); });
         scratch.Commit(left, {});

@@ -15,7 +15,7 @@ struct TStoreOptions {
     std::string base;
     std::vector<std::string> groups;
 };
-// `use` is what becomes of the store.
+// `use` says what the verb does with the store.
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 
 void AddStoreChangeVerbs(TVerb& store, const TContext& context);

@@ -21,7 +21,7 @@ TDoomedName doomed[32];
 
 extern "C" void NoteInterrupt(int signal)
 {
-    // A terminal that closes tells it twice, by the system and by the shell.
+    // When a terminal closes, the system and the shell send SIGHUP, one each.
     if (interrupted == 0 || signal == SIGHUP) {
         interrupted = 1;
         return;

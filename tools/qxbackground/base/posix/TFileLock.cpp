@@ -35,7 +35,7 @@ int OpenLockFile(const char* path)
     int descriptor = open(path, O_RDWR | flags);
     if (descriptor < 0 && errno == ENOENT)
         descriptor = open(path, O_RDWR | O_CREAT | flags, 0666);
-    // Left behind by another person: reading is enough to lock it.
+    // Left behind by another user: to lock it, opening it for reading is enough.
     if (descriptor < 0 && errno == EACCES)
         descriptor = open(path, O_RDONLY | flags);
     return descriptor;
@@ -53,7 +53,7 @@ bool TFileLock::Lock(const std::string& name)
 {
     descriptor = OpenLockFile(path.c_str());
     if (descriptor < 0) {
-        // Opened for reading it would be missed in a folder that may not be written to: that is the error to tell.
+        // The file is missing and cannot be created: the folder is not writable, which is the error to report.
         const int error = errno == ENOENT ? EACCES : errno;
         throw TToolError(name,
                          "cannot be changed, its folder takes no new file: " + std::generic_category().message(error));
@@ -97,7 +97,7 @@ TFileLock::~TFileLock()
         return;
     HeldLocks().erase(path);
     KeepWhenKilled(path);
-    unlink(path.c_str()); // before the lock goes: who opened the old file notices
+    unlink(path.c_str()); // before the lock is released: a process that has the old file open notices
     close(descriptor);
 }
 

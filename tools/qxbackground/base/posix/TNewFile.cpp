@@ -22,7 +22,7 @@ std::error_code LastError()
     return {errno, std::generic_category()};
 }
 
-// No signal may come between a name that must not stay and its going.
+// Blocks all signals: none may interrupt between the creation of a temporary name and its removal.
 class TSignalsWait {
 public:
     TSignalsWait()
@@ -39,7 +39,7 @@ private:
     sigset_t before{};
 };
 
-// A rename that replaces nothing, by whatever the file system offers for it.
+// A rename that replaces nothing, by the means that the file system supports.
 int RenameToNew(const char* from, const char* to)
 {
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0)
@@ -71,29 +71,6 @@ void MakeLike(int descriptor, const fs::path& old)
 }
 
 } // namespace
-
-TFileState StateOf(const fs::path& path)
-{
-    TFileState state;
-    struct stat found;
-    if (stat(path.c_str(), &found) != 0)
-        return state;
-    state.exists = true;
-    state.device = found.st_dev;
-    state.inode = found.st_ino;
-    state.bytes = found.st_size;
-    state.changedSeconds = found.st_mtim.tv_sec;
-    state.changedNanoseconds = found.st_mtim.tv_nsec;
-    return state;
-}
-
-bool IsWriteProtected(const fs::path& path)
-{
-    struct stat found;
-    if (stat(path.c_str(), &found) != 0)
-        return false;
-    return (found.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(path.c_str(), W_OK) != 0;
-}
 
 void TakeAfter(const fs::path& file, const fs::path& old)
 {

@@ -4,7 +4,7 @@
 set -euo pipefail
 level=${1:-test}
 
-packages=(git cmake ninja-build g++ libcli11-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
+packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.

@@ -1,6 +1,7 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
-#include "Verbs.h"
-#include "platform/Interrupts.h"
+#include "base/Interrupts.h"
+#include "commandline/CommandLine.h"
+#include "verbs/Verbs.h"
 
 #include <cstdio>
 #include <exception>
@@ -29,8 +30,9 @@ int main(int argumentCount, char** arguments)
 {
     using namespace workbench;
     TContext context;
-    const auto addVerbs = [&context](const TVerb& app) {
-        app.Option("--library", context.libraryPath, "Library file to load").Reads(TPathKind::Library).ShowDefault();
+    const auto addVerbs = [&context](TVerb& app) {
+        app.Reads(TPathKind::Library,
+                  app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str());
         AddCorrectVerb(app, context);
         AddBuildVerb(app, context);
         AddListVerb(app, context);

@@ -1,0 +1,74 @@
+#include "base/Interrupts.h"
+
+#include <unistd.h>
+
+#include <climits>
+#include <csignal>
+#include <cstring>
+
+namespace workbench {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+// Read by a signal handler: fixed memory, and a flag that is set last and cleared first.
+struct TDoomedName {
+    volatile std::sig_atomic_t used;
+    char path[PATH_MAX];
+};
+TDoomedName doomed[32];
+
+extern "C" void NoteInterrupt(int signal)
+{
+    // When a terminal closes, the system and the shell send SIGHUP, one each.
+    if (interrupted == 0 || signal == SIGHUP) {
+        interrupted = 1;
+        return;
+    }
+    for (const TDoomedName& name : doomed) {
+        if (name.used != 0)
+            unlink(name.path);
+    }
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+} // namespace
+
+void CatchInterrupts()
+{
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+        if (std::signal(signal, NoteInterrupt) == SIG_IGN) // by nohup, or by a shell for what runs in the background
+            std::signal(signal, SIG_IGN);
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool Interrupted()
+{
+    return interrupted != 0;
+}
+
+void RemoveWhenKilled(const std::string& path)
+{
+    if (path.size() >= sizeof doomed->path)
+        return;
+    for (TDoomedName& name : doomed) {
+        if (name.used == 0) {
+            std::memcpy(name.path, path.c_str(), path.size() + 1);
+            name.used = 1;
+            return;
+        }
+    }
+}
+
+void KeepWhenKilled(const std::string& path)
+{
+    for (TDoomedName& name : doomed) {
+        if (name.used != 0 && path == name.path)
+            name.used = 0;
+    }
+}
+
+} // namespace workbench

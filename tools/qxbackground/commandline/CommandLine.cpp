@@ -1,0 +1,65 @@
+#include "commandline/CommandLine.h"
+
+#include "base/TToolError.h"
+#include "commandline/Description.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace workbench {
+
+namespace {
+
+// The parser's message in this program's words; empty when something is missing.
+std::string Complaint(const CLI::ParseError& error)
+{
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
+        return {};
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.find(" missing") != std::string::npos)
+        return text.substr(0, text.find(':')) + " needs a value behind it";
+    const std::string conversion = "Could not convert: ";
+    const std::size_t equals = text.find(" = ");
+    if (text.compare(0, conversion.size(), conversion) == 0 && equals != std::string::npos)
+        return text.substr(conversion.size(), equals - conversion.size()) + ": '" + text.substr(equals + 3) +
+               "' is not a value that it takes";
+    return text;
+}
+
+} // namespace
+
+bool RunCommandLine(int argumentCount, char** arguments, const TProgramText& program,
+                    const std::function<void(TVerb&)>& addVerbs)
+{
+    TVerb root(program.help, program.name, nullptr);
+    root.set_help_flag("-h,--help", "Print this help message and exit"); // verbs that are added take it from here
+    root.set_version_flag("--version", program.version, "Print the version and exit");
+    root.require_subcommand(1);
+    root.get_formatter()->label("SUBCOMMAND", "VERB");
+    root.get_formatter()->label("Subcommands", "Verbs");
+    addVerbs(root);
+    // Last, because verbs that are added take their footer from here.
+    root.footer("'" + program.name + " help VERB' or '" + program.name + " VERB --help' explains a verb.");
+
+    std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    if (!words.empty() && words.front() == "help") {
+        words.erase(words.begin());
+        RequireVerb(root, words);
+        words.emplace_back("--help");
+    } else if (words == std::vector<std::string>{"--describe"}) {
+        std::cout << DescriptionJson(root);
+        return false;
+    }
+    std::reverse(words.begin(), words.end()); // the parser takes them from the back
+    try {
+        root.parse(words);
+        return true;
+    } catch (const CLI::Success& asked) {
+        root.exit(asked);
+        return false;
+    } catch (const CLI::ParseError& error) {
+        throw TToolError(ExplainRefusal(root, root.remaining(true), Complaint(error)));
+    }
+}
+
+} // namespace workbench

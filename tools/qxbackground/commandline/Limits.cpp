@@ -1,0 +1,60 @@
+#include "commandline/Limits.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <string>
+
+namespace workbench {
+
+namespace {
+
+// Not a number when the text is none: that lies in no range.
+double NumberIn(const std::string& text)
+{
+    char* end = nullptr;
+    const auto value = static_cast<double>(std::strtold(text.c_str(), &end));
+    return !text.empty() && end == text.c_str() + text.size() ? value : std::numeric_limits<double>::quiet_NaN();
+}
+
+} // namespace
+
+CLI::Validator AboveZero()
+{
+    return CLI::Validator(
+        [](const std::string& text) {
+            if (!CLI::Number(text).empty())
+                return fmt::format("'{}' is not a number", text);
+            const auto single = static_cast<float>(NumberIn(text));
+            return std::isfinite(single) && single > 0 ? std::string()
+                                                       : fmt::format("'{}' must be a number above 0", text);
+        },
+        "above 0");
+}
+
+CLI::Validator Between(double lowest, double highest)
+{
+    const std::string range = fmt::format("{:g} to {:g}", lowest, highest);
+    return CLI::Validator(
+        [lowest, highest, range](const std::string& text) {
+            const double value = NumberIn(text);
+            return value >= lowest && value <= highest ? std::string()
+                                                       : fmt::format("'{}' is not a number from {}", text, range);
+        },
+        range);
+}
+
+CLI::Validator BetweenWhole(std::int64_t lowest, std::int64_t highest)
+{
+    const std::string range = fmt::format("{} to {}", lowest, highest);
+    return CLI::Validator(
+        [allowed = CLI::Range(lowest, highest), range](const std::string& text) {
+            return allowed(text).empty() ? std::string()
+                                         : fmt::format("'{}' is not a whole number from {}", text, range);
+        },
+        range);
+}
+
+} // namespace workbench

@@ -1,0 +1,124 @@
+#include "commandline/TPathPlan.h"
+
+#include "base/TReplacedFile.h"
+#include "base/TToolError.h"
+
+#include <system_error>
+
+namespace workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path CanonicalFolder(const fs::path& folder)
+{
+    std::error_code error;
+    fs::path canonical = fs::weakly_canonical(folder.empty() ? fs::path(".") : folder, error);
+    return error ? fs::absolute(folder, error) : canonical;
+}
+
+fs::path CanonicalTarget(const std::string& path)
+{
+    const fs::path target = TargetOf(path);
+    return CanonicalFolder(target.parent_path()) / target.filename();
+}
+
+} // namespace
+
+void TPathPlan::Add(TItem item)
+{
+    item.target = CanonicalTarget(item.path);
+    item.state = StateOf(item.path);
+    items.push_back(item);
+}
+
+void TPathPlan::AddFile(const std::string& option, TPathUse use, const std::string& path)
+{
+    TItem item;
+    item.option = option;
+    item.use = use;
+    item.path = path;
+    item.argument = ++arguments;
+    Add(item);
+}
+
+void TPathPlan::AddFileInNewFolder(const std::string& option, TPathUse use, const std::string& path)
+{
+    AddFile(option, use, path);
+    items.back().folderMayBeMissing = true;
+}
+
+void TPathPlan::AddStore(const std::string& option, TPathUse use, const TStorePlace& place)
+{
+    stores.push_back({option, use, place, CanonicalFolder(place.Folder()), ++arguments});
+    for (const TClaimedFile& file : ClaimedFiles(place)) {
+        // A change touches the store's own files; a copy onto a name removes all that the name claims.
+        if (use == TPathUse::Changes && !IsExactName(place, file.name))
+            continue;
+        TItem item;
+        item.option = option;
+        item.use = use;
+        item.path = place.PathOf(file.name).string();
+        item.argument = arguments;
+        item.ofStore = true;
+        Add(item);
+    }
+}
+
+void TPathPlan::RefuseShared(const TItem& written) const
+{
+    for (const TItem& item : items) {
+        if (item.argument == written.argument || !(item.state.SameFile(written.state) || item.target == written.target))
+            continue;
+        if (item.use == TPathUse::Reads)
+            throw TToolError(written.path,
+                             "is an input as well (" + item.option + "); choose another name for " + written.option);
+        const std::string also = item.option == written.option ? item.path : item.option;
+        throw TToolError(written.path, "is written by " + also + " as well; choose another name for " + written.option);
+    }
+    for (const TStoreItem& store : stores) {
+        // Also where no group of that name exists yet: the store would take the file for one of its own.
+        if (store.argument != written.argument && !written.ofStore && written.target.parent_path() == store.folder &&
+            IsClaimed(store.place, written.target.filename().string()))
+            throw TToolError(written.path, "is a name of the store " + store.place.Text() + " (" + store.option +
+                                               "); choose another name for " + written.option);
+    }
+}
+
+void TPathPlan::Check(bool overwrite) const
+{
+    for (const TItem& item : items) {
+        if (item.use == TPathUse::Reads) {
+            if (item.path == "-" && !item.state.exists)
+                throw TToolError("'-': the standard input is not read; give a file name");
+            continue;
+        }
+        std::error_code error;
+        if (item.path == "-" || !item.folderMayBeMissing || fs::exists(item.target.parent_path(), error))
+            RefuseUnwritable(item.path);
+    }
+    for (const TItem& item : items) {
+        if (item.use != TPathUse::Reads)
+            RefuseShared(item);
+    }
+    for (const TItem& item : items) {
+        if (item.use == TPathUse::Creates && item.state.exists && !item.ofStore && !overwrite)
+            throw TToolError(item.path, "exists already; --overwrite replaces it");
+    }
+}
+
+void TPathPlan::Lock()
+{
+    for (const TStoreItem& store : stores) {
+        if (store.use != TPathUse::Reads)
+            locks.push_back(
+                std::make_unique<TFileLock>(LockFileOf(store.folder / store.place.base), store.place.Text()));
+    }
+    for (const TItem& item : items) {
+        if (item.use == TPathUse::Changes && !item.ofStore)
+            locks.push_back(std::make_unique<TFileLock>(LockFileOf(item.target), item.path));
+    }
+}
+
+} // namespace workbench

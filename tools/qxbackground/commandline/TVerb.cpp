@@ -1,0 +1,105 @@
+#include "commandline/TVerb.h"
+
+#include <memory>
+#include <utility>
+
+namespace workbench {
+
+namespace {
+
+// How the help calls the values of an option.
+const char* PathType(TPathKind kind)
+{
+    switch (kind) {
+    case TPathKind::Store:
+        return "BASE";
+    case TPathKind::CalibrationOrStore:
+        return "FILE|BASE";
+    case TPathKind::Folder:
+        return "FOLDER";
+    default:
+        return "FILE";
+    }
+}
+
+} // namespace
+
+TVerb::TVerb(const std::string& help, const std::string& name, TVerb* outer)
+    : CLI::App(help, name, outer), parent(outer)
+{}
+
+TVerb& TVerb::AddVerb(const std::string& name, const std::string& help)
+{
+    const auto inner = std::make_shared<TVerb>(help, name, this);
+    add_subcommand(inner);
+    verbs.push_back(inner.get());
+    return *inner;
+}
+
+CLI::Option* TVerb::Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill)
+{
+    option->type_name(PathType(kind));
+    if (!fill) {
+        fill = [option, use, kind](const std::string& name, TPathPlan& plan) {
+            for (const std::string& path : option->results()) {
+                // A library's plain name is no path: it is looked for where the system's loader looks.
+                if (kind != TPathKind::Library || path.find('/') != std::string::npos)
+                    plan.AddFile(name, use, path);
+            }
+        };
+    }
+    paths.push_back({option, use, kind, std::move(fill)});
+    return option;
+}
+
+CLI::Option* TVerb::Reads(TPathKind kind, CLI::Option* option, TFill fill)
+{
+    return Uses(TPathUse::Reads, kind, option, std::move(fill));
+}
+
+CLI::Option* TVerb::Changes(TPathKind kind, CLI::Option* option, TFill fill)
+{
+    return Uses(TPathUse::Changes, kind, option, std::move(fill));
+}
+
+CLI::Option* TVerb::Creates(TPathKind kind, CLI::Option* option, bool& overwrite, TFill fill)
+{
+    if (overwriteFlag == nullptr) {
+        overwriteFlag = &overwrite;
+        add_flag("--overwrite", overwrite, "Replace what exists already under the names of the output");
+    }
+    return Uses(TPathUse::Creates, kind, option, std::move(fill));
+}
+
+void TVerb::Run(std::function<void()> action)
+{
+    callback([this, action = std::move(action)] {
+        TPathPlan plan;
+        for (const TVerb* verb = this; verb != nullptr; verb = verb->parent) {
+            for (const TPathOption& path : verb->paths) {
+                if (path.option->count() > 0)
+                    path.fill(path.option->get_name(), plan);
+            }
+        }
+        plan.Check(overwriteFlag != nullptr && *overwriteFlag);
+        plan.Lock();
+        action();
+    });
+}
+
+std::vector<const CLI::Option*> TVerb::Options() const
+{
+    return get_options(
+        [this](const CLI::Option* option) { return option != get_help_ptr() && option != get_version_ptr(); });
+}
+
+const TVerb::TPathOption* TVerb::PathOptionOf(const CLI::Option* option) const
+{
+    for (const TPathOption& path : paths) {
+        if (path.option == option)
+            return &path;
+    }
+    return nullptr;
+}
+
+} // namespace workbench

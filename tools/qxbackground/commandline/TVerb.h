@@ -1,0 +1,61 @@
+#ifndef QXBACKGROUND_COMMANDLINE_TVERB_H
+#define QXBACKGROUND_COMMANDLINE_TVERB_H
+
+#include "commandline/TPathPlan.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// A verb, or the program, whose verbs are then the outermost ones: what the parser knows of it, and what becomes of the
+// paths that its options name. Values are stored while the command line is parsed; then the verb runs.
+class TVerb : public CLI::App {
+public:
+    // Adds to the plan what an option was given, told the option's name.
+    using TFill = std::function<void(const std::string& option, TPathPlan& plan)>;
+
+    struct TPathOption {
+        const CLI::Option* option = nullptr;
+        TPathUse use = TPathUse::Reads;
+        TPathKind kind = TPathKind::Image;
+        TFill fill;
+    };
+
+    TVerb(const std::string& help, const std::string& name, TVerb* parent);
+
+    TVerb& AddVerb(const std::string& name, const std::string& help);
+
+    // An option that names files says what becomes of them; all else follows from that: what is held against what
+    // before the verb runs, what is locked while it runs, what --describe tells. `fill` is for files that do not simply
+    // have the names that stand behind the option. Each returns the option.
+    CLI::Option* Reads(TPathKind kind, CLI::Option* option, TFill fill = {});
+    CLI::Option* Changes(TPathKind kind, CLI::Option* option, TFill fill = {});
+    // Gives the verb the flag --overwrite, which goes to `overwrite`.
+    CLI::Option* Creates(TPathKind kind, CLI::Option* option, bool& overwrite, TFill fill = {});
+
+    // Before `action`, the verb's paths are checked and what it changes is locked; see TPathPlan.
+    void Run(std::function<void()> action);
+
+    const TVerb* Parent() const { return parent; }
+    const std::vector<const TVerb*>& Verbs() const { return verbs; }
+    // In the order in which they were added, without --help and --version.
+    std::vector<const CLI::Option*> Options() const;
+    // Null for an option that names no files.
+    const TPathOption* PathOptionOf(const CLI::Option* option) const;
+
+private:
+    CLI::Option* Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill);
+
+    const TVerb* parent;
+    std::vector<const TVerb*> verbs;
+    std::vector<TPathOption> paths;
+    const bool* overwriteFlag = nullptr; // when the verb creates files
+};
+
+} // namespace workbench
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef QXBACKGROUND_IMAGES_TTIFFHANDLE_H
+#define QXBACKGROUND_IMAGES_TTIFFHANDLE_H
+
+#include <tiffio.h>
+
+#include <string>
+
+namespace workbench {
+
+// libtiff's file, with the first message since `complaint` was last cleared.
+struct TTiffHandle {
+    TIFF* tiff = nullptr;
+    std::string complaint;
+
+    TTiffHandle() = default;
+    TTiffHandle(const TTiffHandle&) = delete;
+    TTiffHandle& operator=(const TTiffHandle&) = delete;
+    ~TTiffHandle()
+    {
+        if (tiff != nullptr)
+            TIFFClose(tiff);
+    }
+
+    void Open(const char* path, const char* mode);
+};
+
+} // namespace workbench
+
+#endif

@@ -1,0 +1,39 @@
+// qxbackground apply: corrects images with a correction out of a calibration file.
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "verbs/CorrectionRun.h"
+#include "verbs/Verbs.h"
+
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    std::string key;
+    TCorrectOptions correct;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    LoadWhole(object, options.file);
+    Call(options.file, [&] { object.SetActive(options.key); });
+    CorrectImages(object, options.correct, "'" + Printable(options.key) + "' of " + options.file);
+}
+
+} // namespace
+
+void AddApplyVerb(TVerb& app, const TContext& context)
+{
+    TVerb& verb = app.AddVerb("apply", "Correct images with a correction from a calibration file");
+    const auto options = std::make_shared<TOptions>();
+    verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    AddCorrectOptions(verb, options->correct);
+    verb.Run([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

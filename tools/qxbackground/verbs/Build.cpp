@@ -1,0 +1,59 @@
+// qxbackground build: makes a calibration file, or adds a correction to one.
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "images/TFrameStack.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    std::string key;
+    TConditions conditions;
+    std::vector<std::string> darks;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    CheckKey(options.key);
+    const TFileState before = StateOf(options.file);
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    if (before.exists)
+        LoadWhole(object, options.file);
+    const TFrameStack stack = ReadFrames(options.darks);
+    Call(options.file, [&] {
+        object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+                   static_cast<float>(options.conditions.exposureSeconds),
+                   static_cast<float>(options.conditions.lightIntensityPercent));
+    });
+    SaveReplacing(object, options.file, before);
+    std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
+              << Counted(stack.frames.size(), "dark frame") << " of " << stack.size.Text() << " pixels ("
+              << options.conditions.Text() << "): " << options.file << " holds "
+              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+}
+
+} // namespace
+
+void AddBuildVerb(TVerb& app, const TContext& context)
+{
+    TVerb& verb = app.AddVerb("build", "Build a correction from dark frames and keep it in a calibration file");
+    const auto options = std::make_shared<TOptions>();
+    verb.Changes(
+        TPathKind::Calibration,
+        verb.add_option("file", options->file, "Calibration file: created, or added to when it exists")->required());
+    verb.add_option("--key", options->key, kKeyHelp)->required();
+    AddConditions(verb, "", "the dark frames", options->conditions);
+    verb.Reads(TPathKind::Image,
+               verb.add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+                   ->required());
+    verb.Run([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

@@ -1,0 +1,40 @@
+// qxbackground delete: removes one correction from a calibration file.
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "verbs/Verbs.h"
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    std::string key;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    const TFileState before = StateOf(options.file);
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    LoadWhole(object, options.file);
+    Call(options.file, [&] { object.Delete(options.key); });
+    SaveReplacing(object, options.file, before);
+    std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
+              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+}
+
+} // namespace
+
+void AddDeleteVerb(TVerb& app, const TContext& context)
+{
+    TVerb& verb = app.AddVerb("delete", "Delete a correction from a calibration file");
+    const auto options = std::make_shared<TOptions>();
+    verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    verb.Run([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

@@ -1,0 +1,63 @@
+// qxbackground import: copies the corrections of one calibration file into another.
+#include "calibration/CalibrationFile.h"
+#include "calibration/Salvage.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string destination;
+    std::string source;
+    bool overwrite = false;
+    bool salvage = false;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    const TFileState before = StateOf(options.destination);
+    const QX_KRLSDK::TBackgroundCorrectionLibrary library = context.Library();
+    QX_KRLSDK::TBackgroundCorrection destination = library.MakeProcessor();
+    QX_KRLSDK::TBackgroundCorrection source = library.MakeProcessor();
+    if (before.exists)
+        LoadWhole(destination, options.destination);
+    TSalvaged salvaged;
+    if (options.salvage)
+        salvaged = LoadWhatIsWhole(context, source, options.source);
+    else
+        LoadWhole(source, options.source);
+    const unsigned int had = destination.Get().GetNumberOfCorrections();
+    Call(options.source, [&] { destination.Import(source, options.overwrite); });
+    SaveReplacing(destination, options.destination, before);
+    const unsigned int added = destination.Get().GetNumberOfCorrections() - had;
+    const unsigned int present = source.Get().GetNumberOfCorrections() - added;
+    std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
+              << (options.overwrite ? " overwritten" : " already there and kept") << '\n';
+    if (options.salvage && salvaged.losses.empty())
+        std::cout << "Nothing was lost: " << options.source << " loads whole.\n";
+    for (const std::string& loss : salvaged.losses)
+        std::cout << "Damaged or lost in " << options.source << ": " << loss << '\n';
+}
+
+} // namespace
+
+void AddImportVerb(TVerb& app, const TContext& context)
+{
+    TVerb& verb = app.AddVerb("import", "Copy corrections from one calibration file into another");
+    const auto options = std::make_shared<TOptions>();
+    verb.Changes(TPathKind::Calibration,
+                 verb.add_option("dest", options->destination, "File to add to; created when missing")->required());
+    verb.Reads(TPathKind::Calibration,
+               verb.add_option("src", options->source, "File to copy from; not changed")->required());
+    verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+    verb.add_flag("--salvage", options->salvage,
+                  "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
+    verb.Run([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

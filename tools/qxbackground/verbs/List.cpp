@@ -1,0 +1,63 @@
+// qxbackground list: what a calibration file holds, without reading its pixels.
+#include "base/JsonText.h"
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/Listing.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationWalk.h"
+#include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::string file;
+    bool json = false;
+};
+
+void Run(const TContext& context, const TOptions& options)
+{
+    // Without pixels the library returns keys and conditions but no sizes, so the sizes come from the records.
+    TCalibrationWalk walk;
+    std::vector<TListedCorrection> listed;
+    ReadFileSteadily(options.file, [&] {
+        walk = WalkCalibrationFile(options.file);
+        RefuseOtherFiles(options.file, walk);
+        QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+        Call(options.file, [&] { object.LoadHeaderOnly(options.file); });
+        listed = ListCorrections(object, walk);
+    });
+    if (options.json) {
+        std::cout << JsonText(nlohmann::json{{"file", options.file},
+                                             {"bytes", walk.fileBytes},
+                                             {"whole", walk.Whole()},
+                                             {"corrections", ListingJson(listed)}});
+        return;
+    }
+    std::cout << options.file << ": " << Counted(listed.size(), "correction") << ", " << Counted(walk.fileBytes, "byte")
+              << '\n'
+              << ListingTable(listed);
+    if (!walk.Whole())
+        std::cout << "This file does not load whole (" << walk.Complaint()
+                  << "); see 'qxbackground check' and\n"
+                     "'qxbackground import --salvage'.\n";
+}
+
+} // namespace
+
+void AddListVerb(TVerb& app, const TContext& context)
+{
+    TVerb& verb = app.AddVerb("list", "List a calibration file's corrections (reads no pixels)");
+    const auto options = std::make_shared<TOptions>();
+    verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
+    verb.add_flag("--json", options->json, "Print as JSON");
+    verb.Run([&context, options] { Run(context, *options); });
+}
+
+} // namespace workbench

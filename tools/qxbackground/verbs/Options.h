@@ -1,0 +1,42 @@
+#ifndef QXBACKGROUND_VERBS_OPTIONS_H
+#define QXBACKGROUND_VERBS_OPTIONS_H
+
+#include "commandline/TVerb.h"
+
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// The exposure (seconds) and light intensity (percent) at which frames were taken.
+struct TConditions {
+    double exposureSeconds = 0;
+    double lightIntensityPercent = 0;
+
+    std::string Text() const;
+};
+
+// Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
+void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
+
+// What is asked of the images to be corrected; shared by every verb that corrects.
+struct TCorrectOptions {
+    TConditions conditions;
+    int levelPercent = 100;
+    std::string region; // L,T,W,H
+    std::vector<std::string> inputs;
+    std::string output;
+    std::string picture;
+    bool overwrite = false;
+    bool json = false;
+    bool noStatistics = false;
+};
+void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
+
+// Throws TToolError when the key is empty or so long that the library's files would cut it.
+void CheckKey(const std::string& key);
+extern const char* const kKeyHelp;
+
+} // namespace workbench
+
+#endif

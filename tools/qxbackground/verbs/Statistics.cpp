@@ -1,0 +1,57 @@
+// qxbackground statistics: what the correcting verbs print about their images, of any files.
+#include "base/JsonText.h"
+#include "images/TSeriesStatistics.h"
+#include "images/TTiffReader.h"
+#include "verbs/Options.h"
+#include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct TOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+void Run(const TOptions& options)
+{
+    nlohmann::json report = nlohmann::json::array();
+    for (const std::string& path : options.files) {
+        TSeriesStatistics statistics;
+        TTiffReader reader(path);
+        TImage image;
+        while (reader.NextPage()) {
+            reader.Read(image);
+            statistics.Add(image);
+        }
+        if (options.json) {
+            report.push_back(statistics.Json());
+            report.back()["file"] = path;
+        } else {
+            std::cout << path << ", pages: " << reader.Page() << '\n' << StatisticsTable({"all pages"}, {&statistics});
+        }
+    }
+    if (options.json)
+        std::cout << JsonText(report);
+}
+
+} // namespace
+
+void AddStatisticsVerb(TVerb& app)
+{
+    TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
+    const auto options = std::make_shared<TOptions>();
+    verb.Reads(TPathKind::Image,
+               verb.add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
+                   ->required());
+    verb.add_flag("--json", options->json, "Print as JSON");
+    verb.Run([options] { Run(*options); });
+}
+
+} // namespace workbench

@@ -1,0 +1,258 @@
+// qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "base/Wording.h"
+#include "calibration/CalibrationFile.h"
+#include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationWalk.h"
+#include "calibration/TScratchStore.h"
+#include "calibration/TWorkingFolder.h"
+#include "images/TFrameStack.h"
+#include "verbs/Options.h"
+#include "verbs/StoreVerbs.h"
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <set>
+
+namespace workbench {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using QX_KRLSDK::TBackgroundCorrection;
+
+std::string About(const TStorePlace& place, const std::string& key)
+{
+    return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
+}
+
+struct TAddOptions {
+    TStoreOptions store;
+    std::string key;
+    TConditions conditions;
+    std::vector<std::string> darks;
+};
+
+void Add(const TContext& context, const TAddOptions& options)
+{
+    CheckKey(options.key);
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const std::string file = GroupFileOf(place, options.key);
+    const TFrameStack stack = ReadFrames(options.darks);
+    TScratchStore scratch(place, {file});
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        Call(About(place, options.key), [&] {
+            object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+                       static_cast<float>(options.conditions.exposureSeconds),
+                       static_cast<float>(options.conditions.lightIntensityPercent));
+        });
+        scratch.SaveAndCommit(object);
+    }
+    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames.size(), "dark frame")
+              << " of " << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+              << place.PathOf(file).string() << '\n';
+}
+
+struct TKeyOptions {
+    TStoreOptions store;
+    std::string key;
+};
+
+void Delete(const TContext& context, const TKeyOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const std::string file = GroupFileOf(place, options.key);
+    if (!fs::exists(place.PathOf(file)))
+        throw TToolError(place.PathOf(file).string(), "the group of key '" + options.key + "' has no file");
+    TScratchStore scratch(place, {file});
+    std::size_t left = 0;
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        left = object.Get().GetNumberOfCorrections() - 1; // now, because the store may keep the key in another spelling
+        Call(About(place, options.key), [&] { object.Delete(options.key); });
+        scratch.Save([&] { object.Save(place.base); });
+        scratch.Commit(left, {});
+    }
+    std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
+              << Counted(left, "correction") << '\n';
+}
+
+struct TImportOptions {
+    TStoreOptions store;
+    std::string source;
+    bool overwrite = false;
+};
+
+bool IsSingleFile(const std::string& path)
+{
+    return fs::is_regular_file(path) && WalkCalibrationFile(path).groupingNames.empty();
+}
+
+TStorePlace SourceStore(const TImportOptions& options)
+{
+    return FindStore(options.source, fs::exists(options.source)
+                                         ? std::vector<std::string>()
+                                         : FindStore(options.store.base, options.store.groups).names);
+}
+
+// The corrections of a single calibration file or of another store.
+TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& options)
+{
+    if (IsSingleFile(options.source)) {
+        TBackgroundCorrection file = context.Library().MakeProcessor();
+        LoadWhole(file, options.source);
+        return file;
+    }
+    const TStorePlace from = SourceStore(options);
+    TBackgroundCorrection store = context.Library().MakeStore(from.names);
+    ReadStoreSteadily(from, [&] {
+        for (const std::string& file : OwnFiles(from))
+            RequireWhole(from.PathOf(file).string());
+        // By its full name, because its groups are read while the other store is worked on in another folder.
+        Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+    });
+    return store;
+}
+
+void Import(const TContext& context, const TImportOptions& options)
+{
+    const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    const TBackgroundCorrection source = OpenSource(context, options);
+    std::set<std::string> files;
+    const std::vector<std::string> keys = source.Keys();
+    for (const std::string& key : keys)
+        files.insert(GroupFileOf(place, key));
+    TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
+    std::size_t added = 0;
+    {
+        const TWorkingFolder working(scratch.Folder());
+        TBackgroundCorrection object = scratch.Open(context);
+        const std::size_t before = object.Get().GetNumberOfCorrections();
+        Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
+        added = object.Get().GetNumberOfCorrections() - before;
+        scratch.SaveAndCommit(object);
+    }
+    std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
+              << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
+              << Counted(files.size(), "group file") << '\n';
+}
+
+struct TCopyOptions {
+    TStoreOptions store;
+    std::string newBase;
+    bool overwrite = false;
+    bool force = false;
+};
+
+// The files of the target that the copy removes or replaces. Refuses when that was not asked for.
+std::vector<std::string> FilesThatGo(const TStorePlace& to, const TCopyOptions& options)
+{
+    std::vector<std::string> doomed;
+    bool own = false, foreign = false;
+    for (const TClaimedFile& file : ClaimedFiles(to)) {
+        std::cout << (doomed.empty() ? "Files that have to go:\n" : "") << "  " << to.PathOf(file.name).string()
+                  << (file.own ? "" : "   (no group file of this store)") << '\n';
+        doomed.push_back(file.name);
+        (file.own ? own : foreign) = true;
+    }
+    std::cout << std::flush;
+    if (foreign && !options.force)
+        throw TToolError(to.Text(), "its base name claims files that are none of its group files (listed above); "
+                                    "nothing was removed; --force removes them");
+    if (own && !options.overwrite)
+        throw TToolError(to.Text(), "there is a store of that name (listed above); nothing was removed; --overwrite "
+                                    "replaces it");
+    return doomed;
+}
+
+void Copy(const TContext& context, const TCopyOptions& options)
+{
+    const TStorePlace from = FindStore(options.store.base, options.store.groups);
+    const TStorePlace to = FindStore(options.newBase, from.names);
+    const TFileStates before = StatesOfStore(from);
+    const std::vector<std::string> files = OwnFiles(from);
+    if (files.empty())
+        throw TToolError(from.Text(), "there is no group file of this store");
+    std::size_t corrections = 0;
+    for (const std::string& file : files)
+        corrections += RequireWhole(from.PathOf(file).string()).corrections.size();
+    for (const TClaimedFile& file : ClaimedFiles(from)) {
+        if (!file.own)
+            throw TToolError(from.PathOf(file.name).string(),
+                             "is claimed by the base name '" + from.base + "' but is no group file of that store");
+    }
+    const std::vector<std::string> doomed = FilesThatGo(to, options);
+    TScratchStore scratch(to, {});
+    {
+        const TWorkingFolder working(from.folder);
+        TBackgroundCorrection object = context.Library().MakeStore(from.names);
+        Call(from.Text(), [&] { object.Load(from.base); });
+        scratch.Save([&] { object.Save((scratch.Folder() / to.base).string()); });
+    }
+    if (StatesOfStore(from) != before)
+        throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
+    scratch.Commit(corrections, doomed);
+    std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
+              << " to " << to.Text() << '\n';
+}
+
+} // namespace
+
+void AddStoreChangeVerbs(TVerb& store, const TContext& context)
+{
+    {
+        TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
+        const auto options = std::make_shared<TAddOptions>();
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
+        verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+        AddConditions(verb, "", "the dark frames", options->conditions);
+        verb.Reads(TPathKind::Image, verb.add_option("darks", options->darks,
+                                                     "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+                                         ->required());
+        verb.Run([&context, options] { Add(context, *options); });
+    }
+    {
+        TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
+        const auto options = std::make_shared<TKeyOptions>();
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
+        verb.add_option("--key", options->key, "Which correction")->required();
+        verb.Run([&context, options] { Delete(context, *options); });
+    }
+    {
+        TVerb& verb =
+            store.AddVerb("import", "Copy corrections from a calibration file or another store into this one");
+        const auto options = std::make_shared<TImportOptions>();
+        AddStoreOptions(verb, options->store, TPathUse::Changes);
+        verb.Reads(TPathKind::CalibrationOrStore,
+                   verb.add_option("src", options->source, "Calibration file, base name or group file; not changed")
+                       ->required(),
+                   [options](const std::string& name, TPathPlan& plan) {
+                       if (IsSingleFile(options->source))
+                           plan.AddFile(name, TPathUse::Reads, options->source);
+                       else
+                           plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
+                   });
+        verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb.Run([&context, options] { Import(context, *options); });
+    }
+    {
+        TVerb& verb = store.AddVerb("copy", "Copy a store to another base name");
+        const auto options = std::make_shared<TCopyOptions>();
+        AddStoreOptions(verb, options->store, TPathUse::Reads);
+        verb.Creates(TPathKind::Store,
+                     verb.add_option("newbase", options->newBase, "Base name of the copy")->required(),
+                     options->overwrite, [options](const std::string& name, TPathPlan& plan) {
+                         const TStorePlace from = FindStore(options->store.base, options->store.groups);
+                         plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
+                     });
+        verb.add_flag("--force", options->force,
+                      "Also remove files that the new base name claims though they are none of its group files");
+        verb.Run([&context, options] { Copy(context, *options); });
+    }
+}
+
+} // namespace workbench

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
+# every time. Usage: scripts/install-deps.sh [build|test|docs]   (test includes build)
 set -euo pipefail
 level=${1:-test}
 
@@ -15,6 +15,8 @@ if [ "$level" != build ]; then
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
+# The site of guides and reference, and the empty Debian in which the guides are tried.
+[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 
 missing=()
 for package in "${packages[@]}"; do

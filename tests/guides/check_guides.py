@@ -109,7 +109,8 @@ def check_compiles(block, root, compiler):
         flags = ["-xc", "-std=c99", "-Wno-unused-but-set-variable"]
     else:
         flags = ["-xc++", "-std=c++17"]
-    command = [compiler, *flags, "-Wall", "-Wextra", "-Werror", "-Wno-uninitialized", "-Wno-maybe-uninitialized",
+    command = [compiler, *flags, "-Wall", "-Wextra", "-Werror", "-Wno-unknown-warning-option", "-Wno-uninitialized",
+               "-Wno-maybe-uninitialized",
                "-fsyntax-only", f"-I{root / 'include'}", "-"]
     result = subprocess.run(command, input=as_source(block), capture_output=True, text=True)
     if result.returncode != 0:
@@ -130,6 +131,8 @@ def check_page(page, root):
     for number, line in without_blocks(page):
         if re.match(r"    +[^ |*\d-]", line) and "|" not in line and not in_list(page, number):
             yield f"{page}:{number}", "is an indented block: only fenced ones can be checked"
+        if re.search(r"!\[\s*\]\(", line):
+            yield f"{page}:{number}", "shows a picture without telling those who cannot see it what is on it"
         for target in re.findall(r"\]\(([^)\s]+)\)", line):
             if re.match(r"\w+:", target):
                 continue
@@ -240,6 +243,8 @@ def self_test():
         ("[a](nowhere.md)\n", "leads to nowhere.md"),
         ("[a](#one-heading)\n\n# One `heading`\n", None),
         ("[a](#two)\n\n# One\n", "leads to the heading two"),
+        ("![](../tests/some.sh)\n", "without telling"),
+        ("![a picture](../tests/some.sh)\n", None),
         ("It is in `tests/none.cpp`.\n", "names tests/none.cpp"),
         ("It is in `tests/some.sh`.\n", None),
     ]

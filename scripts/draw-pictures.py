@@ -152,7 +152,7 @@ def slots():
         picture.arrow(f"M{left + width + 2} {y} C{left + width + 40} {y} {right - 40} {y + row} {right - 2} {y + row}",
                       tip=False)
     y = height - 36
-    picture.text(left, y, "The delegate has no virtual destructor: its operation of index n is entry n on both.", "small")
+    picture.text(left, y, "In the delegate no destructor stands before the operations: index n is entry n on both.", "small")
     picture.text(left, y + 18, "A host built with MinGW has tables like those on the right; the header makes its calls "
                  "reach those on the left.", "small")
     return picture.svg()

@@ -149,15 +149,15 @@ def page():
             where = places(used.get((code, name), ()), note.get("where", ""))
             if not where:
                 sys.exit(f"scripts/codes.toml: [text.{name}] has to say where it comes with {code}")
-            rows[code].append(f"| | {spelled(text)} | {where} | {note['cause']} | {note['cure']} |")
+            rows[code].append(f"| {spelled(text)} | {where} | {note['cause']} | {note['cure']} |")
         if not with_codes:
             if "where" not in note:
                 sys.exit(f"scripts/codes.toml: [text.{name}] has to say where it goes")
             inside.append(f"| {spelled(text)} | {note['where']} | {note['cause']} | {note['cure']} |")
 
-    lines = [INTRODUCTION, "| code | text | operations | cause | cure |", "|---|---|---|---|---|"]
+    lines = [INTRODUCTION, "| code or text | operations | cause | cure |", "|---|---|---|---|"]
     for code, (number, meaning) in codes.items():
-        lines.append(f"| **{number}** `{code}` | | | {meaning or notes['code'][code]['cause']} "
+        lines.append(f"| **{number}** `{code}` | | {meaning or notes['code'][code]['cause']} "
                      f"| {notes['code'][code]['cure']} |")
         lines += rows[code]
     lines.append(END.rstrip("\n"))

@@ -18,6 +18,11 @@ WIDTH, HEIGHT = 4, 3
 SECONDS, PERCENT = ctypes.c_float, ctypes.c_float
 
 
+def single(value):
+    """The value rounded to single precision."""
+    return ctypes.c_float(value).value
+
+
 def rows_of(name):
     """The numbers of a block, row by row."""
     blocks = [block for block in read_blocks(PAGE) if block.rest == f"arithmetic, {name}"]
@@ -96,10 +101,15 @@ class Arithmetic(unittest.TestCase):
         self.assertEqual(re.search(r"\*\*(\d+)\*\*", told[2])[1], str(rows_of("correction")[1][0]))
 
     def test_background_result_and_region(self):
+        told = re.search(r"images are of ([\d.]+) s and (\d+) %, and the level is (\d+): .*= ([\d.]+), exactly",
+                         PAGE.read_text(encoding="utf-8"))
+        seconds, percent, level, factor = map(float, told.groups())
+        product = single(single(percent * single(seconds)) * single(level / 100))
+        self.assertEqual(single(product / single(100 * single(0.1))), factor)
         with THost() as host:
             host.add(self.frames, WIDTH, HEIGHT)
-            host.do("SetExposureAndIntensity", SECONDS(0.15), PERCENT(100))
-            host.do("SetCorrectionLevel", 75)
+            host.do("SetExposureAndIntensity", SECONDS(seconds), PERCENT(percent))
+            host.do("SetCorrectionLevel", int(level))
             self.assertEqual(host.background(WIDTH * HEIGHT), pixels_of("background"))
             self.assertEqual(host.apply(pixels_of("image")), pixels_of("result"))
             host.do("SetRegion", 1, 1, 2, 2)

@@ -27,7 +27,8 @@ def label_of(page, anchor=""):
 
 
 def pages():
-    return [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md")), ROOT / "CONTRIBUTING.md", ROOT / "CHANGELOG.md"]
+    others = [ROOT / name for name in ("CONTRIBUTING.md", "CHANGELOG.md", "examples/README.md")]
+    return [ROOT / "README.md", *sorted((ROOT / "docs").glob("*.md")), *filter(Path.exists, others)]
 
 
 def examples():
@@ -103,7 +104,7 @@ def main():
     for page in pages():
         name = page.relative_to(ROOT).as_posix().replace("/", "-")
         (folder / name).write_text(site_page(page), encoding="utf-8")
-    listed = ["# Examples {#page_examples}", "", "Whole programs, small ones; tests build and run them.", ""]
+    listed = ["# Sources of the examples {#page_examples}", ""]
     for example in examples():
         label = f"{label_of(example)}_{example.suffix[1:]}"
         listed.append(f"- @subpage {label}")

@@ -157,7 +157,7 @@ def page():
 
     lines = [INTRODUCTION, "| code or text | operations | cause | cure |", "|---|---|---|---|"]
     for code, (number, meaning) in codes.items():
-        lines.append(f"| **{number}** `{code}` | | {meaning or notes['code'][code]['cause']} "
+        lines.append(f"| **{number}** `{code}` | | {notes['code'][code].get('cause', meaning)} "
                      f"| {notes['code'][code]['cure']} |")
         lines += rows[code]
     lines.append(END.rstrip("\n"))

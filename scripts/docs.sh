@@ -3,7 +3,7 @@
 # Doxygen is an error.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/install-deps.sh docs
+command -v doxygen >/dev/null || scripts/install-deps.sh docs
 rm -rf build/docs
 python3 -B scripts/docs-site.py build/docs/pages
 QXBC_VERSION=$(sed -n 's/^#define QX_BACKGROUNDCORRECTION_VERSION_[MP][A-Z]* \([0-9]*\)$/\1/p' \

@@ -13,6 +13,7 @@ if [ "$level" != build ]; then
     packages+=(clang-format-19 valgrind python3-numpy locales)
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
+    packages+=(doxygen) # the site of guides and reference
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 # The site of guides and reference, and the empty Debian in which the guides are tried.

@@ -131,6 +131,8 @@ def check_page(page, root):
     for number, line in without_blocks(page):
         if re.match(r"    +[^ |*\d-]", line) and "|" not in line and not in_list(page, number):
             yield f"{page}:{number}", "is an indented block: only fenced ones can be checked"
+        if re.search(r"\d ?(?:[nµm]s|[GM]B/s)\b", line) and not page.name.startswith("performance"):
+            yield f"{page}:{number}", "tells a measured time: those stand in performance.md, which a script writes"
         if re.search(r"!\[\s*\]\(", line):
             yield f"{page}:{number}", "shows a picture without telling those who cannot see it what is on it"
         for target in re.findall(r"\]\(([^)\s]+)\)", line):
@@ -245,6 +247,8 @@ def self_test():
         ("[a](#two)\n\n# One\n", "leads to the heading two"),
         ("![](../tests/some.sh)\n", "without telling"),
         ("![a picture](../tests/some.sh)\n", None),
+        ("A call takes 5 ns.\n", "tells a measured time"),
+        ("An exposure of 5 s.\n", None),
         ("It is in `tests/none.cpp`.\n", "names tests/none.cpp"),
         ("It is in `tests/some.sh`.\n", None),
     ]

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test|docs]   (test includes build)
+# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
 set -euo pipefail
 level=${1:-test}
 
@@ -13,13 +13,13 @@ if [ "$level" != build ]; then
     packages+=(clang-format-19 valgrind python3-numpy locales)
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
-    packages+=(doxygen) # the site of guides and reference
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
-# The site of guides and reference, and the empty Debian in which the guides are tried.
-[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 
 missing=()
+[ "$level" = build ] || packages+=(doxygen) # the site of guides and reference
+# Level docs is that site alone, and the empty Debian in which the guides are tried.
+[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 for package in "${packages[@]}"; do
     dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
 done

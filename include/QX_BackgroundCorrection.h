@@ -86,16 +86,22 @@
 /// \name Version
 /// The version of this header. The build takes the library's version from here.
 /// @{
+
+/// Changes that a host may have to follow.
 #define QX_BACKGROUNDCORRECTION_VERSION_MAJOR 1
+/// Additions.
 #define QX_BACKGROUNDCORRECTION_VERSION_MINOR 0
+/// Corrected errors.
 #define QX_BACKGROUNDCORRECTION_VERSION_PATCH 0
 /// The three numbers as a string literal, with dots between them.
 #define QX_BACKGROUNDCORRECTION_VERSION_TEXT                                                                           \
     QX_BACKGROUNDCORRECTION_JOIN_(QX_BACKGROUNDCORRECTION_VERSION_MAJOR, QX_BACKGROUNDCORRECTION_VERSION_MINOR,        \
                                   QX_BACKGROUNDCORRECTION_VERSION_PATCH)
 /// @}
+/// \cond
 #define QX_BACKGROUNDCORRECTION_JOIN_(major, minor, patch) QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch)
 #define QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch) #major "." #minor "." #patch
+/// \endcond
 
 #if defined(_WIN32) && !defined(_WIN64)
 #error "QX_BACKGROUNDCORRECTION is a 64-bit library: build this host for x64."
@@ -114,6 +120,8 @@ namespace QX_KRLSDK {
 /// kFirstArgumentInvalid to kSeventhArgumentInvalid say which argument was refused; one code therefore carries
 /// different texts in different operations.
 /// @{
+
+/// All went well.
 const unsigned int kSuccess = 0;
 /// The list of corrections ended early while a calibration file was being written.
 const unsigned int kListEndedWhileSaving = 271;
@@ -420,9 +428,14 @@ protected:
 
 /// \name Types of the exported functions, for hosts that load the library at run time
 /// @{
+
+/// Type of CreateBackgroundCorrection.
 typedef QX_IBackgroundCorrection* (*CreateBackgroundCorrectionFunction)();
+/// Type of CreateBackgroundCorrectionOffline.
 typedef QX_IBackgroundCorrection* (*CreateBackgroundCorrectionOfflineFunction)(char** groupingParameters, int count);
+/// Type of DeleteBackgroundCorrection.
 typedef unsigned int (*DeleteBackgroundCorrectionFunction)(QX_IBackgroundCorrection* object);
+/// Type of GetLastBackgroundCorrectionDLLError.
 typedef const char* (*GetLastBackgroundCorrectionDLLErrorFunction)();
 /// @}
 

@@ -23,7 +23,7 @@ void Run(const TContext& context, const TOptions& options)
     Call(options.file, [&] { object.Delete(options.key); });
     SaveReplacing(object, options.file, before);
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace

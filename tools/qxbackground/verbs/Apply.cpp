@@ -10,13 +10,13 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TApplyOptions {
     std::string file;
     std::string key;
     TCorrectOptions correct;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunApply(const TContext& context, const TApplyOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
@@ -29,11 +29,11 @@ void Run(const TContext& context, const TOptions& options)
 void AddApplyVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("apply", "Correct images with a correction from a calibration file");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TApplyOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     AddCorrectOptions(verb, options->correct);
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunApply(context, *options); });
 }
 
 } // namespace workbench

@@ -12,14 +12,14 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TBuildOptions {
     std::string file;
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunBuild(const TContext& context, const TBuildOptions& options)
 {
     CheckKey(options.key);
     const TFileState before = StateOf(options.file);
@@ -36,7 +36,7 @@ void Run(const TContext& context, const TOptions& options)
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << Counted(stack.frames.size(), "dark frame") << " of " << stack.size.Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace
@@ -44,7 +44,7 @@ void Run(const TContext& context, const TOptions& options)
 void AddBuildVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("build", "Build a correction from dark frames and keep it in a calibration file");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TBuildOptions>();
     verb.Changes(
         TPathKind::Calibration,
         verb.add_option("file", options->file, "Calibration file: created, or added to when it exists")->required());
@@ -53,7 +53,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     verb.Reads(TPathKind::Image,
                verb.add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
                    ->required());
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunBuild(context, *options); });
 }
 
 } // namespace workbench

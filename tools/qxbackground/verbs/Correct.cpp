@@ -12,13 +12,13 @@ namespace {
 
 constexpr char kKey[] = "dark";
 
-struct TOptions {
+struct TCorrectVerbOptions {
     std::vector<std::string> darks;
     TConditions darkConditions;
     TCorrectOptions correct;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunCorrect(const TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     const std::string what = [&] {
@@ -39,14 +39,14 @@ void Run(const TContext& context, const TOptions& options)
 void AddCorrectVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TCorrectVerbOptions>();
     verb.Reads(TPathKind::Image,
                verb.add_option("--dark", options->darks,
                                "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
                    ->required());
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunCorrect(context, *options); });
 }
 
 } // namespace workbench

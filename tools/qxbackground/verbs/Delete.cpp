@@ -10,12 +10,12 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TDeleteOptions {
     std::string file;
     std::string key;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunDelete(const TContext& context, const TDeleteOptions& options)
 {
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
@@ -23,7 +23,7 @@ void Run(const TContext& context, const TOptions& options)
     Call(options.file, [&] { object.Delete(options.key); });
     SaveReplacing(object, options.file, before);
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace
@@ -31,10 +31,10 @@ void Run(const TContext& context, const TOptions& options)
 void AddDeleteVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("delete", "Delete a correction from a calibration file");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TDeleteOptions>();
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunDelete(context, *options); });
 }
 
 } // namespace workbench

@@ -11,14 +11,14 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TImportOptions {
     std::string destination;
     std::string source;
     bool overwrite = false;
     bool salvage = false;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunImport(const TContext& context, const TImportOptions& options)
 {
     const TFileState before = StateOf(options.destination);
     const QX_KRLSDK::TBackgroundCorrectionLibrary library = context.Library();
@@ -31,11 +31,11 @@ void Run(const TContext& context, const TOptions& options)
         salvaged = LoadWhatIsWhole(context, source, options.source);
     else
         LoadWhole(source, options.source);
-    const unsigned int had = destination.Get().GetNumberOfCorrections();
+    const unsigned int had = destination.Count();
     Call(options.source, [&] { destination.Import(source, options.overwrite); });
     SaveReplacing(destination, options.destination, before);
-    const unsigned int added = destination.Get().GetNumberOfCorrections() - had;
-    const unsigned int present = source.Get().GetNumberOfCorrections() - added;
+    const unsigned int added = destination.Count() - had;
+    const unsigned int present = source.Count() - added;
     std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
               << (options.overwrite ? " overwritten" : " already there and kept") << '\n';
     if (options.salvage && salvaged.losses.empty())
@@ -49,7 +49,7 @@ void Run(const TContext& context, const TOptions& options)
 void AddImportVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("import", "Copy corrections from one calibration file into another");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TImportOptions>();
     verb.Changes(TPathKind::Calibration,
                  verb.add_option("dest", options->destination, "File to add to; created when missing")->required());
     verb.Reads(TPathKind::Calibration,
@@ -57,7 +57,7 @@ void AddImportVerb(TVerb& app, const TContext& context)
     verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
     verb.add_flag("--salvage", options->salvage,
                   "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunImport(context, *options); });
 }
 
 } // namespace workbench

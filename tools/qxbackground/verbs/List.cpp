@@ -16,12 +16,12 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TListOptions {
     std::string file;
     bool json = false;
 };
 
-void Run(const TContext& context, const TOptions& options)
+void RunList(const TContext& context, const TListOptions& options)
 {
     // Without pixels the library returns keys and conditions but no sizes, so the sizes come from the records.
     TCalibrationWalk walk;
@@ -54,10 +54,10 @@ void Run(const TContext& context, const TOptions& options)
 void AddListVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("list", "List a calibration file's corrections (reads no pixels)");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TListOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_flag("--json", options->json, "Print as JSON");
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunList(context, *options); });
 }
 
 } // namespace workbench

@@ -17,7 +17,7 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TShowOptions {
     std::string file;
     std::string key;
     std::string picture;
@@ -51,7 +51,7 @@ std::string HistogramText(const THistogram& histogram)
     return text + fmt::format("  outside          {:10}\n", histogram.Count() - inside);
 }
 
-void Run(const TContext& context, const TOptions& options)
+void RunShow(const TContext& context, const TShowOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
@@ -69,8 +69,8 @@ void Run(const TContext& context, const TOptions& options)
     statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
-    std::cout << "'" << Printable(object.Get().GetActiveCorrectionKey()) << "' in " << options.file << ": "
-              << background.size.Text() << " pixels, taken at " << conditions.Text() << "\n"
+    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << options.file << ": " << background.size.Text()
+              << " pixels, taken at " << conditions.Text() << "\n"
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
         const TStretch stretch = StretchOf(background);
@@ -85,12 +85,12 @@ void Run(const TContext& context, const TOptions& options)
 void AddShowVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("show", "Show one stored correction: statistics, histogram, picture");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TShowOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options->picture, "Write a PNG picture of it"),
                  options->overwrite);
-    verb.Run([&context, options] { Run(context, *options); });
+    verb.Run([&context, options] { RunShow(context, *options); });
 }
 
 } // namespace workbench

@@ -21,7 +21,7 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TSimulateOptions {
     std::string folder;
     TCameraSettings camera;
     unsigned frames = 10;
@@ -35,7 +35,7 @@ std::string Number(double value)
     return fmt::format("{:g}", value);
 }
 
-void WriteFile(const std::string& path, const std::string& text, TExisting existing)
+void WriteText(const std::string& path, const std::string& text, TExisting existing)
 {
     TReplacedFile replaced(path, existing);
     std::ofstream file(replaced.Temporary(), std::ios::binary);
@@ -54,7 +54,7 @@ struct TSimulatedFile {
     unsigned pages = 0;
 };
 
-std::vector<TSimulatedFile> FilesOf(const TOptions& options, double exposure)
+std::vector<TSimulatedFile> FilesOf(const TSimulateOptions& options, double exposure)
 {
     const std::string suffix = "_" + Number(exposure) + "s.tif";
     return {{"dark" + suffix, options.frames},
@@ -63,12 +63,12 @@ std::vector<TSimulatedFile> FilesOf(const TOptions& options, double exposure)
             {"truth_background" + suffix, 1}};
 }
 
-std::string PathOf(const TOptions& options, const std::string& name)
+std::string PathOf(const TSimulateOptions& options, const std::string& name)
 {
     return (std::filesystem::path(options.folder) / name).string();
 }
 
-void AddFiles(const TOptions& options, const std::string& option, TPathPlan& plan)
+void AddFiles(const TSimulateOptions& options, const std::string& option, TPathPlan& plan)
 {
     if (options.folder == "-")
         RefuseUnwritable(options.folder);
@@ -83,7 +83,7 @@ void AddFiles(const TOptions& options, const std::string& option, TPathPlan& pla
         plan.AddFileInNewFolder(option, TPathUse::Creates, PathOf(options, name));
 }
 
-std::string Describe(const TOptions& options, const TCamera& camera, const std::vector<std::string>& files)
+std::string Describe(const TSimulateOptions& options, const TCamera& camera, const std::vector<std::string>& files)
 {
     const TCameraSettings& settings = options.camera;
     const nlohmann::json description{
@@ -104,7 +104,7 @@ std::string Describe(const TOptions& options, const TCamera& camera, const std::
     return JsonText(description);
 }
 
-void Run(const TOptions& options)
+void RunSimulate(const TSimulateOptions& options)
 {
     std::set<std::string> names;
     for (const double exposure : options.exposures) {
@@ -138,7 +138,7 @@ void Run(const TOptions& options)
         write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
         write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
+    WriteText(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)
@@ -151,7 +151,7 @@ void Run(const TOptions& options)
 void AddSimulateVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("simulate", "Make dark stacks, light images and their noise-free truth");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TSimulateOptions>();
     TCameraSettings& camera = options->camera;
     verb.footer("The model, for each pixel and an exposure of t seconds:\n"
                 "  charge [e-]  = Poisson(dark current * t) + Poisson(scene * t)\n"
@@ -193,7 +193,7 @@ void AddSimulateVerb(TVerb& app)
     verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s")
         ->check(Between(0.0, 1e6))
         ->capture_default_str();
-    verb.Run([options] { Run(*options); });
+    verb.Run([options] { RunSimulate(*options); });
 }
 
 } // namespace workbench

@@ -14,12 +14,12 @@ namespace workbench {
 
 namespace {
 
-struct TOptions {
+struct TStatisticsOptions {
     std::vector<std::string> files;
     bool json = false;
 };
 
-void Run(const TOptions& options)
+void RunStatistics(const TStatisticsOptions& options)
 {
     nlohmann::json report = nlohmann::json::array();
     for (const std::string& path : options.files) {
@@ -46,12 +46,12 @@ void Run(const TOptions& options)
 void AddStatisticsVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
-    const auto options = std::make_shared<TOptions>();
+    const auto options = std::make_shared<TStatisticsOptions>();
     verb.Reads(TPathKind::Image,
                verb.add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
                    ->required());
     verb.add_flag("--json", options->json, "Print as JSON");
-    verb.Run([options] { Run(*options); });
+    verb.Run([options] { RunStatistics(*options); });
 }
 
 } // namespace workbench

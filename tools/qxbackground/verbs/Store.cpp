@@ -39,7 +39,7 @@ void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
     }
 }
 
-struct TListOptions {
+struct TStoreListOptions {
     TStoreOptions store;
     bool json = false;
 };
@@ -80,7 +80,7 @@ TStoreListing ReadListing(const TContext& context, const TStorePlace& place)
     return listing;
 }
 
-void List(const TContext& context, const TListOptions& options)
+void ListStore(const TContext& context, const TStoreListOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     TStoreListing listing;
@@ -96,13 +96,13 @@ void List(const TContext& context, const TListOptions& options)
               << listing.text;
 }
 
-struct TApplyOptions {
+struct TStoreApplyOptions {
     TStoreOptions store;
     std::string key;
     TCorrectOptions correct;
 };
 
-void Apply(const TContext& context, const TApplyOptions& options)
+void ApplyFromStore(const TContext& context, const TStoreApplyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
@@ -148,18 +148,18 @@ void AddStoreVerb(TVerb& app, const TContext& context)
     AddStoreChangeVerbs(store, context);
     {
         TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
-        const auto options = std::make_shared<TListOptions>();
+        const auto options = std::make_shared<TStoreListOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.add_flag("--json", options->json, "Print as JSON");
-        verb.Run([&context, options] { List(context, *options); });
+        verb.Run([&context, options] { ListStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("apply", "Correct images with a correction of a store");
-        const auto options = std::make_shared<TApplyOptions>();
+        const auto options = std::make_shared<TStoreApplyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
         AddCorrectOptions(verb, options->correct);
-        verb.Run([&context, options] { Apply(context, *options); });
+        verb.Run([&context, options] { ApplyFromStore(context, *options); });
     }
 }
 

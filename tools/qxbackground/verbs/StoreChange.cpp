@@ -27,14 +27,14 @@ std::string About(const TStorePlace& place, const std::string& key)
     return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
 }
 
-struct TAddOptions {
+struct TStoreAddOptions {
     TStoreOptions store;
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
 };
 
-void Add(const TContext& context, const TAddOptions& options)
+void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
@@ -56,12 +56,12 @@ void Add(const TContext& context, const TAddOptions& options)
               << place.PathOf(file).string() << '\n';
 }
 
-struct TKeyOptions {
+struct TStoreKeyOptions {
     TStoreOptions store;
     std::string key;
 };
 
-void Delete(const TContext& context, const TKeyOptions& options)
+void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
@@ -72,7 +72,7 @@ void Delete(const TContext& context, const TKeyOptions& options)
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        left = object.Get().GetNumberOfCorrections() - 1; // now, because the store may keep the key in another spelling
+        left = object.Count() - 1; // now, because the store may keep the key in another spelling
         Call(About(place, options.key), [&] { object.Delete(options.key); });
         scratch.Save([&] { object.Save(place.base); });
         scratch.Commit(left, {});
@@ -81,7 +81,7 @@ void Delete(const TContext& context, const TKeyOptions& options)
               << Counted(left, "correction") << '\n';
 }
 
-struct TImportOptions {
+struct TStoreImportOptions {
     TStoreOptions store;
     std::string source;
     bool overwrite = false;
@@ -92,7 +92,7 @@ bool IsSingleFile(const std::string& path)
     return fs::is_regular_file(path) && WalkCalibrationFile(path).groupingNames.empty();
 }
 
-TStorePlace SourceStore(const TImportOptions& options)
+TStorePlace SourceStore(const TStoreImportOptions& options)
 {
     return FindStore(options.source, fs::exists(options.source)
                                          ? std::vector<std::string>()
@@ -100,7 +100,7 @@ TStorePlace SourceStore(const TImportOptions& options)
 }
 
 // The corrections of a single calibration file or of another store.
-TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& options)
+TBackgroundCorrection OpenSource(const TContext& context, const TStoreImportOptions& options)
 {
     if (IsSingleFile(options.source)) {
         TBackgroundCorrection file = context.Library().MakeProcessor();
@@ -118,7 +118,7 @@ TBackgroundCorrection OpenSource(const TContext& context, const TImportOptions& 
     return store;
 }
 
-void Import(const TContext& context, const TImportOptions& options)
+void ImportInStore(const TContext& context, const TStoreImportOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const TBackgroundCorrection source = OpenSource(context, options);
@@ -131,9 +131,9 @@ void Import(const TContext& context, const TImportOptions& options)
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        const std::size_t before = object.Get().GetNumberOfCorrections();
+        const std::size_t before = object.Count();
         Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
-        added = object.Get().GetNumberOfCorrections() - before;
+        added = object.Count() - before;
         scratch.SaveAndCommit(object);
     }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
@@ -141,7 +141,7 @@ void Import(const TContext& context, const TImportOptions& options)
               << Counted(files.size(), "group file") << '\n';
 }
 
-struct TCopyOptions {
+struct TStoreCopyOptions {
     TStoreOptions store;
     std::string newBase;
     bool overwrite = false;
@@ -149,7 +149,7 @@ struct TCopyOptions {
 };
 
 // The files of the target that the copy removes or replaces. Refuses when that was not asked for.
-std::vector<std::string> FilesThatGo(const TStorePlace& to, const TCopyOptions& options)
+std::vector<std::string> FilesThatGo(const TStorePlace& to, const TStoreCopyOptions& options)
 {
     std::vector<std::string> doomed;
     bool own = false, foreign = false;
@@ -169,7 +169,7 @@ std::vector<std::string> FilesThatGo(const TStorePlace& to, const TCopyOptions& 
     return doomed;
 }
 
-void Copy(const TContext& context, const TCopyOptions& options)
+void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
 {
     const TStorePlace from = FindStore(options.store.base, options.store.groups);
     const TStorePlace to = FindStore(options.newBase, from.names);
@@ -206,26 +206,26 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
 {
     {
         TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
-        const auto options = std::make_shared<TAddOptions>();
+        const auto options = std::make_shared<TStoreAddOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         verb.Reads(TPathKind::Image, verb.add_option("darks", options->darks,
                                                      "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
                                          ->required());
-        verb.Run([&context, options] { Add(context, *options); });
+        verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
-        const auto options = std::make_shared<TKeyOptions>();
+        const auto options = std::make_shared<TStoreKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.add_option("--key", options->key, "Which correction")->required();
-        verb.Run([&context, options] { Delete(context, *options); });
+        verb.Run([&context, options] { DeleteInStore(context, *options); });
     }
     {
         TVerb& verb =
             store.AddVerb("import", "Copy corrections from a calibration file or another store into this one");
-        const auto options = std::make_shared<TImportOptions>();
+        const auto options = std::make_shared<TStoreImportOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.Reads(TPathKind::CalibrationOrStore,
                    verb.add_option("src", options->source, "Calibration file, base name or group file; not changed")
@@ -237,11 +237,11 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                            plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
-        verb.Run([&context, options] { Import(context, *options); });
+        verb.Run([&context, options] { ImportInStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("copy", "Copy a store to another base name");
-        const auto options = std::make_shared<TCopyOptions>();
+        const auto options = std::make_shared<TStoreCopyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.Creates(TPathKind::Store,
                      verb.add_option("newbase", options->newBase, "Base name of the copy")->required(),
@@ -251,7 +251,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                      });
         verb.add_flag("--force", options->force,
                       "Also remove files that the new base name claims though they are none of its group files");
-        verb.Run([&context, options] { Copy(context, *options); });
+        verb.Run([&context, options] { CopyInStore(context, *options); });
     }
 }
 

@@ -5,7 +5,7 @@ check_guides.py ROOT [COMPILER]   reports every violation and fails when there i
                                   C and C++ blocks
 check_guides.py --self-test       makes violations of every kind and fails when one is not reported
 
-What is looked at: README.md, CONTRIBUTING.md and docs/*.md. How blocks are marked, scripts/guide_blocks.py says.
+What is looked at: README.md, CONTRIBUTING.md, examples/README.md and docs/*.md. How blocks are marked, scripts/guide_blocks.py says.
 """
 import pathlib
 import re
@@ -34,8 +34,8 @@ WORD_THAT_RUNS_ANOTHER = {"sudo", "env", "time"}
 
 
 def pages(root):
-    return [page for page in (root / "README.md", root / "CONTRIBUTING.md", *sorted((root / "docs").glob("*.md")))
-            if page.exists()]
+    return [page for page in (root / "README.md", root / "CONTRIBUTING.md", root / "examples/README.md",
+                              *sorted((root / "docs").glob("*.md"))) if page.exists()]
 
 
 def programs(block):

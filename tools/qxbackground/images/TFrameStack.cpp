@@ -2,7 +2,7 @@
 
 #include "base/TProgress.h"
 #include "base/TToolError.h"
-#include "images/TTiffReader.h"
+#include "images/TImageReader.h"
 
 namespace workbench {
 
@@ -14,21 +14,21 @@ std::vector<const std::uint16_t*> TFrameStack::Pointers() const
     return pointers;
 }
 
-TFrameStack ReadFrames(const std::vector<std::string>& paths)
+TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options)
 {
     TFrameStack stack;
     TProgress progress("Reading dark frames", paths.size());
     for (const std::string& path : paths) {
-        TTiffReader reader(path);
-        while (reader.NextPage()) {
+        const std::unique_ptr<TImageReader> reader = OpenImage(path, options);
+        while (reader->NextPage()) {
             if (stack.frames.empty())
-                stack.size = reader.Size();
-            if (reader.Size() != stack.size)
-                throw TToolError(path, reader.Page(),
-                                 "is " + reader.Size().Text() + " pixels, the frames before it are " +
+                stack.size = reader->Size();
+            if (reader->Size() != stack.size)
+                throw TToolError(path, reader->Page(),
+                                 "is " + reader->Size().Text() + " pixels, the frames before it are " +
                                      stack.size.Text());
             stack.frames.emplace_back();
-            reader.Read(stack.frames.back());
+            reader->Read(stack.frames.back());
             ThrowIfInterrupted();
         }
         progress.Step();

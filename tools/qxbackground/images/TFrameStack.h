@@ -2,6 +2,7 @@
 #define QXBACKGROUND_IMAGES_TFRAMESTACK_H
 
 #include "images/TImage.h"
+#include "images/TInputOptions.h"
 
 #include <cstdint>
 #include <string>
@@ -18,7 +19,7 @@ struct TFrameStack {
 };
 
 // Throws TToolError naming the file and page that cannot be read or has another size than the first page.
-TFrameStack ReadFrames(const std::vector<std::string>& paths);
+TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options);
 
 } // namespace workbench
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <limits>
 #include <system_error>
+#include <vector>
 
 namespace workbench {
 
@@ -23,7 +24,8 @@ template <class T> T Tag(TIFF* tiff, std::uint32_t tag, T absent)
 
 } // namespace
 
-TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_unique<TTiffHandle>())
+TTiffReader::TTiffReader(const std::string& name)
+    : TImageReader(name, TImageFormat::Tiff), file(std::make_unique<TTiffHandle>())
 {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
@@ -46,11 +48,6 @@ TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_u
 }
 
 TTiffReader::~TTiffReader() = default;
-
-void TTiffReader::Fail(const std::string& what) const
-{
-    throw TToolError(path, page, what);
-}
 
 bool TTiffReader::NextPage()
 {
@@ -103,44 +100,39 @@ void TTiffReader::CheckFormat()
         Fail("does not hold unsigned integers; 16-bit grayscale is needed");
     if (photometric != PHOTOMETRIC_MINISBLACK)
         Fail("is not grayscale with black as zero (photometric " + std::to_string(photometric) + ")");
-    // Image lengths cross the library's interface as int.
-    constexpr std::uint64_t kMostPixels = std::numeric_limits<int>::max();
-    if (width == 0 || height == 0 || std::uint64_t{width} * height > kMostPixels)
-        Fail("has an impossible size of " + std::to_string(width) + " x " + std::to_string(height));
     const auto compression = Tag<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
-    if (compression == COMPRESSION_NONE && std::uint64_t{width} * height * 2 > fileBytes)
-        Fail("claims more pixels than the file holds");
     if (!TIFFIsCODECConfigured(compression))
         Fail("uses a compression (" + std::to_string(compression) + ") that cannot be read here");
-    size = {static_cast<int>(width), static_cast<int>(height)};
+    SetSize(width, height, compression == COMPRESSION_NONE ? fileBytes : std::numeric_limits<std::uint64_t>::max());
 }
 
 void TTiffReader::Read(TImage& image)
 {
     file->complaint.clear();
-    try {
-        image.size = size;
-        image.pixels.resize(size.Pixels());
-    } catch (const std::bad_alloc&) {
-        Fail("there is not enough memory for " + size.Text() + " pixels");
-    }
+    Prepare(image);
     if (TIFFIsTiled(file->tiff))
         ReadTiles(image);
     else
         ReadStrips(image);
 }
 
+TPageMetadata TTiffReader::Metadata()
+{
+    return {};
+}
+
 void TTiffReader::ReadStrips(TImage& image)
 {
     TIFF* const tiff = file->tiff;
-    const auto rows =
-        std::min(Tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0xFFFFFFFFu), static_cast<std::uint32_t>(size.height));
+    const auto rows = std::min(Tag<std::uint32_t>(tiff, TIFFTAG_ROWSPERSTRIP, 0xFFFFFFFFu),
+                               static_cast<std::uint32_t>(Size().height));
     if (rows == 0)
         Fail("has strips without rows");
-    const auto width = static_cast<std::size_t>(size.width);
+    const auto width = static_cast<std::size_t>(Size().width);
     std::uint32_t strip = 0;
-    for (std::uint32_t top = 0; top < static_cast<std::uint32_t>(size.height); top += rows, ++strip) {
-        const std::size_t wanted = std::min<std::size_t>(rows, static_cast<std::size_t>(size.height) - top) * width * 2;
+    for (std::uint32_t top = 0; top < static_cast<std::uint32_t>(Size().height); top += rows, ++strip) {
+        const std::size_t wanted =
+            std::min<std::size_t>(rows, static_cast<std::size_t>(Size().height) - top) * width * 2;
         const tmsize_t got =
             TIFFReadEncodedStrip(tiff, strip, image.pixels.data() + top * width, static_cast<tmsize_t>(wanted));
         if (got < 0 || static_cast<std::size_t>(got) != wanted || !file->complaint.empty())
@@ -156,8 +148,8 @@ void TTiffReader::ReadTiles(TImage& image)
     const tmsize_t tileBytes = TIFFTileSize(tiff);
     if (tileWidth == 0 || tileHeight == 0 || tileBytes <= 0)
         Fail("has tiles without pixels");
-    const auto width = static_cast<std::size_t>(size.width);
-    const auto height = static_cast<std::size_t>(size.height);
+    const auto width = static_cast<std::size_t>(Size().width);
+    const auto height = static_cast<std::size_t>(Size().height);
     // A tile far larger than its page would cost more memory than the page.
     if (tileWidth > width + 65536 || tileHeight > height + 65536)
         Fail("has tiles far larger than the page");

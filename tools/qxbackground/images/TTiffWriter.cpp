@@ -19,7 +19,7 @@ TTiffWriter::~TTiffWriter()
     file.reset(); // closed before the file goes
 }
 
-void TTiffWriter::Write(const TImage& image)
+void TTiffWriter::Write(const TImage& image, const TPageMetadata&)
 {
     ++page;
     TIFF* const tiff = file->tiff;

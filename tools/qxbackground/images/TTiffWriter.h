@@ -1,8 +1,7 @@
 #ifndef QXBACKGROUND_IMAGES_TTIFFWRITER_H
 #define QXBACKGROUND_IMAGES_TTIFFWRITER_H
 
-#include "base/TReplacedFile.h"
-#include "images/TImage.h"
+#include "images/TImageWriter.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,18 +11,14 @@ namespace workbench {
 
 struct TTiffHandle;
 
-// Writes pages of 16-bit grayscale, uncompressed. The file appears under its name only with Close; an object destroyed
-// before that leaves nothing behind.
-class TTiffWriter {
+// Writes the pages of a TIFF.
+class TTiffWriter : public TImageWriter {
 public:
-    // `expectedBytes` of pixels decide whether the file must be a BigTIFF (above some 4 GB).
     TTiffWriter(const std::string& path, std::uint64_t expectedBytes, TExisting existing);
-    ~TTiffWriter();
-    TTiffWriter(const TTiffWriter&) = delete;
-    TTiffWriter& operator=(const TTiffWriter&) = delete;
+    ~TTiffWriter() override;
 
-    void Write(const TImage& image);
-    void Close();
+    void Write(const TImage& image, const TPageMetadata& metadata) override;
+    void Close() override;
 
 private:
     std::string path;

@@ -17,6 +17,7 @@ struct TBuildOptions {
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
+    TInputOptions input;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
@@ -26,7 +27,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
-    const TFrameStack stack = ReadFrames(options.darks);
+    const TFrameStack stack = ReadFrames(options.darks, options.input);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
                    static_cast<float>(options.conditions.exposureSeconds),
@@ -50,8 +51,10 @@ void AddBuildVerb(TVerb& app, const TContext& context)
         verb.add_option("file", options->file, "Calibration file: created, or added to when it exists")->required());
     verb.add_option("--key", options->key, kKeyHelp)->required();
     AddConditions(verb, "", "the dark frames", options->conditions);
+    AddInputOptions(verb, options->input);
     verb.Reads(TPathKind::Image,
-               verb.add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
+               verb.add_option("darks", options->darks,
+                               std::string("Dark frames: ") + kFrameFiles + "; all pages form the stack")
                    ->required());
     verb.Run([&context, options] { RunBuild(context, *options); });
 }

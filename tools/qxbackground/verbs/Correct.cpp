@@ -22,7 +22,8 @@ void RunCorrect(const TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     const std::string what = [&] {
-        const TFrameStack stack = ReadFrames(options.darks); // freed once the correction is built
+        const TFrameStack stack =
+            ReadFrames(options.darks, options.correct.input); // freed once the correction is built
         Call(options.darks.front(), [&] {
             object.Add(kKey, stack.Pointers(), stack.size.width, stack.size.height,
                        static_cast<float>(options.darkConditions.exposureSeconds),
@@ -42,7 +43,7 @@ void AddCorrectVerb(TVerb& app, const TContext& context)
     const auto options = std::make_shared<TCorrectVerbOptions>();
     verb.Reads(TPathKind::Image,
                verb.add_option("--dark", options->darks,
-                               "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
+                               std::string("Dark frames: ") + kFrameFiles + "; all pages of all files form the stack")
                    ->required());
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);

@@ -4,10 +4,10 @@
 #include "base/TProgress.h"
 #include "base/Wording.h"
 #include "images/Contrast.h"
+#include "images/TImageReader.h"
+#include "images/TImageWriter.h"
 #include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
-#include "images/TTiffReader.h"
-#include "images/TTiffWriter.h"
 
 #include <nlohmann/json.hpp>
 
@@ -43,15 +43,18 @@ void Configure(TBackgroundCorrection& object, const TCorrectOptions& options)
 }
 
 // Looks at every page's header before any work: wrong sizes are told at once, and the number of pages is known.
-std::uint64_t CountPages(const std::vector<std::string>& inputs, const TSize& wanted)
+std::uint64_t CountPages(const TCorrectOptions& options, const TSize& wanted, TImageFormat& firstFormat)
 {
     std::uint64_t pages = 0;
-    for (const std::string& input : inputs) {
-        TTiffReader reader(input);
-        for (; reader.NextPage(); ++pages) {
-            if (reader.Size() != wanted)
-                throw TToolError(input, reader.Page(),
-                                 "is " + reader.Size().Text() + " pixels, the correction's region is " + wanted.Text());
+    for (const std::string& input : options.inputs) {
+        const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
+        for (; reader->NextPage(); ++pages) {
+            if (pages == 0)
+                firstFormat = reader->Format();
+            if (reader->Size() != wanted)
+                throw TToolError(input, reader->Page(),
+                                 "is " + reader->Size().Text() + " pixels, the correction's region is " +
+                                     wanted.Text());
             ThrowIfInterrupted();
         }
     }
@@ -60,38 +63,42 @@ std::uint64_t CountPages(const std::vector<std::string>& inputs, const TSize& wa
 
 struct TRun {
     std::uint64_t pages = 0;
+    TImageFormat format = TImageFormat::Tiff; // of the first input
     TSeriesStatistics before, background, after;
     TImage firstBefore, firstAfter, scaledBackground;
 };
 
 void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options, const TSize& size, TRun& run)
 {
-    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2, ExistingFor(options.overwrite));
+    const std::unique_ptr<TImageWriter> writer =
+        CreateImage(options.output, options.outputAs.FormatFor(options.output, run.format), options.outputAs,
+                    run.pages * size.Pixels() * 2, ExistingFor(options.overwrite));
     TProgress progress("Correcting", run.pages);
     const auto length = static_cast<int>(size.Pixels());
     TImage image;
     bool first = true;
     for (const std::string& input : options.inputs) {
-        TTiffReader reader(input);
-        while (reader.NextPage()) {
-            if (reader.Size() != size)
-                throw TToolError(input, reader.Page(), "changed while it was being read");
-            reader.Read(image);
+        const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
+        while (reader->NextPage()) {
+            if (reader->Size() != size)
+                throw TToolError(input, reader->Page(), "changed while it was being read");
+            reader->Read(image);
             if (!options.noStatistics)
                 run.before.Add(image);
             if (first && !options.picture.empty())
                 run.firstBefore = image;
-            Call(input + ": page " + std::to_string(reader.Page()), [&] { object.Apply(image.pixels.data(), length); });
+            Call(input + ": page " + std::to_string(reader->Page()),
+                 [&] { object.Apply(image.pixels.data(), length); });
             if (!options.noStatistics)
                 run.after.Add(image);
             if (first && !options.picture.empty())
                 run.firstAfter = image;
             first = false;
-            writer.Write(image);
+            writer->Write(image, reader->Metadata());
             progress.Step();
         }
     }
-    writer.Close();
+    writer->Close();
 }
 
 } // namespace
@@ -115,7 +122,7 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
     Call(what, [&] { run.scaledBackground = ScaledBackground(object); });
     const TSize size = run.scaledBackground.size;
     run.background.Add(run.scaledBackground);
-    run.pages = CountPages(options.inputs, size);
+    run.pages = CountPages(options, size, run.format);
     CorrectPages(object, options, size, run);
 
     std::vector<std::string> legend;

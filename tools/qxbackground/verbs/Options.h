@@ -2,6 +2,8 @@
 #define QXBACKGROUND_VERBS_OPTIONS_H
 
 #include "commandline/TVerb.h"
+#include "images/TInputOptions.h"
+#include "images/TOutputOptions.h"
 
 #include <string>
 #include <vector>
@@ -19,6 +21,13 @@ struct TConditions {
 // Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
 void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
 
+// How frames are read, for every verb that reads some: --raw.
+void AddInputOptions(TVerb& verb, TInputOptions& options);
+// How images are written, for every verb that writes some: --format, --compress.
+void AddOutputOptions(TVerb& verb, TOutputOptions& options);
+// What the help says of frames that are read: which files are taken.
+extern const char* const kFrameFiles;
+
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {
     TConditions conditions;
@@ -27,6 +36,8 @@ struct TCorrectOptions {
     std::vector<std::string> inputs;
     std::string output;
     std::string picture;
+    TInputOptions input; // of the dark frames as well, where the verb reads some
+    TOutputOptions outputAs;
     bool overwrite = false;
     bool json = false;
     bool noStatistics = false;

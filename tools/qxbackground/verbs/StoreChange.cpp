@@ -32,6 +32,7 @@ struct TStoreAddOptions {
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
+    TInputOptions input;
 };
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
@@ -39,7 +40,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
-    const TFrameStack stack = ReadFrames(options.darks);
+    const TFrameStack stack = ReadFrames(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
@@ -210,9 +211,11 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
-        verb.Reads(TPathKind::Image, verb.add_option("darks", options->darks,
-                                                     "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-                                         ->required());
+        AddInputOptions(verb, options->input);
+        verb.Reads(TPathKind::Image,
+                   verb.add_option("darks", options->darks,
+                                   std::string("Dark frames: ") + kFrameFiles + "; all pages form the stack")
+                       ->required());
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {

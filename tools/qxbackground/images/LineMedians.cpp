@@ -1,0 +1,215 @@
+#include "images/LineMedians.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace workbench {
+
+namespace {
+
+constexpr unsigned kMost = 65535;
+
+// How many of `count` values are at most `bound`.
+std::size_t CountUpTo(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
+{
+    constexpr std::size_t kPart = 32768; // counts within a part fit 16 bits: eight to a register of 128
+    std::size_t total = 0;
+    for (std::size_t begin = 0; begin < count; begin += kPart) {
+        const std::size_t end = std::min(count, begin + kPart);
+        std::uint16_t part = 0;
+        for (std::size_t i = begin; i < end; ++i)
+            part = static_cast<std::uint16_t>(part + (values[i] <= bound ? 1 : 0));
+        total += part;
+    }
+    return total;
+}
+
+// The smallest of the values above `bound`; kMost when there is none.
+std::uint16_t LeastAbove(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
+{
+    std::uint16_t least = kMost;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint16_t value = values[i] > bound ? values[i] : static_cast<std::uint16_t>(kMost);
+        least = std::min(least, value);
+    }
+    return least;
+}
+
+// Values from `lowest` up to `highest`, which hold the one that is looked for.
+struct TBracket {
+    unsigned lowest = 0;
+    unsigned highest = kMost;
+};
+
+// A bracket around the value of that rank (from 0), a few times tried from `guess` on: the medians of neighbouring rows
+// differ little.
+TBracket BracketAround(unsigned guess, const std::uint16_t* values, std::size_t count, std::size_t rank)
+{
+    unsigned step = 8;
+    TBracket bracket;
+    const auto isAtOrBelow = [&](unsigned value) {
+        return CountUpTo(values, count, static_cast<std::uint16_t>(value)) > rank;
+    };
+    if (isAtOrBelow(guess)) {
+        bracket.highest = guess;
+        for (; step <= bracket.highest; step *= 4) {
+            const unsigned lower = bracket.highest - step;
+            if (!isAtOrBelow(lower)) {
+                bracket.lowest = lower + 1;
+                return bracket;
+            }
+            bracket.highest = lower;
+        }
+        return bracket;
+    }
+    bracket.lowest = guess + 1;
+    for (; bracket.lowest + step < kMost; step *= 4) {
+        const unsigned higher = bracket.lowest + step;
+        if (isAtOrBelow(higher)) {
+            bracket.highest = higher;
+            return bracket;
+        }
+        bracket.lowest = higher + 1;
+    }
+    return bracket;
+}
+
+double MedianOf(const std::uint16_t* values, std::size_t count, unsigned guess)
+{
+    const std::size_t rank = (count - 1) / 2;
+    TBracket bracket = BracketAround(guess, values, count, rank);
+    while (bracket.lowest < bracket.highest) {
+        const unsigned middle = (bracket.lowest + bracket.highest) / 2;
+        if (CountUpTo(values, count, static_cast<std::uint16_t>(middle)) > rank)
+            bracket.highest = middle;
+        else
+            bracket.lowest = middle + 1;
+    }
+    const auto lower = static_cast<std::uint16_t>(bracket.lowest);
+    if (count % 2 == 1 || CountUpTo(values, count, lower) > rank + 1)
+        return lower;
+    return (lower + LeastAbove(values, count, lower)) / 2.0;
+}
+
+constexpr std::size_t kColumnsAtOnce = 64; // two cache lines of pixels per row
+constexpr std::size_t kTogether = 32;      // columns whose counts stay in registers
+constexpr std::size_t kInVector = 8;
+typedef std::uint16_t TColumns __attribute__((vector_size(2 * kInVector)));
+
+// The medians of up to kColumnsAtOnce columns side by side, which lie in `block` row after row without gaps.
+class TColumnBlock {
+public:
+    explicit TColumnBlock(std::size_t rows) : height(rows), block(rows * kColumnsAtOnce) {}
+
+    void Load(const std::uint16_t* pixels, std::size_t width, std::size_t columns)
+    {
+        for (std::size_t row = 0; row < height; ++row)
+            std::memcpy(block.data() + row * kColumnsAtOnce, pixels + row * width, columns * sizeof *pixels);
+    }
+
+    void AppendMedians(std::size_t columns, std::vector<double>& medians)
+    {
+        const std::size_t rank = (height - 1) / 2;
+        // From the highest bit down: the value of a rank is the largest below which at most `rank` values lie.
+        std::uint16_t value[kColumnsAtOnce] = {}, probe[kColumnsAtOnce];
+        std::size_t below[kColumnsAtOnce];
+        for (unsigned bit = 1u << 15; bit != 0; bit >>= 1) {
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column)
+                probe[column] = static_cast<std::uint16_t>((value[column] | bit) - 1);
+            Count(probe, below);
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
+                if (below[column] <= rank)
+                    value[column] = static_cast<std::uint16_t>(value[column] | bit);
+            }
+        }
+        std::uint16_t upper[kColumnsAtOnce];
+        std::copy_n(value, kColumnsAtOnce, upper);
+        if (height % 2 == 0) {
+            Count(value, below);
+            std::uint16_t next[kColumnsAtOnce];
+            LeastAboveEach(value, next);
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
+                if (below[column] <= rank + 1)
+                    upper[column] = next[column];
+            }
+        }
+        for (std::size_t column = 0; column < columns; ++column)
+            medians.push_back((value[column] + upper[column]) / 2.0);
+    }
+
+private:
+    // How many pixels of each column are at most its bound.
+    void Count(const std::uint16_t* bounds, std::size_t* counts) const
+    {
+        constexpr std::size_t kPart = 65535;
+        std::fill_n(counts, kColumnsAtOnce, std::size_t{0});
+        for (std::size_t begin = 0; begin < height; begin += kPart) {
+            const std::size_t rows = std::min(kPart, height - begin);
+            for (std::size_t left = 0; left < kColumnsAtOnce; left += kTogether)
+                CountTogether(block.data() + begin * kColumnsAtOnce + left, rows, bounds + left, counts + left);
+        }
+    }
+
+    // As vectors, because compilers write the counts of a plain loop to memory in every row.
+    static void CountTogether(const std::uint16_t* pixels, std::size_t rows, const std::uint16_t* bounds,
+                              std::size_t* counts)
+    {
+        TColumns parts[kTogether / kInVector] = {}, bound[kTogether / kInVector];
+        std::memcpy(bound, bounds, sizeof bound);
+        for (std::size_t row = 0; row < rows; ++row) {
+            TColumns line[kTogether / kInVector];
+            std::memcpy(line, pixels + row * kColumnsAtOnce, sizeof line);
+            for (std::size_t i = 0; i < kTogether / kInVector; ++i)
+                parts[i] -= static_cast<TColumns>(line[i] <= bound[i]); // true is -1
+        }
+        for (std::size_t i = 0; i < kTogether; ++i)
+            counts[i] += parts[i / kInVector][i % kInVector];
+    }
+
+    void LeastAboveEach(const std::uint16_t* bounds, std::uint16_t* least) const
+    {
+        std::fill_n(least, kColumnsAtOnce, static_cast<std::uint16_t>(kMost));
+        for (std::size_t row = 0; row < height; ++row) {
+            const std::uint16_t* const pixels = block.data() + row * kColumnsAtOnce;
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
+                const auto value = pixels[column] > bounds[column] ? pixels[column] : static_cast<std::uint16_t>(kMost);
+                least[column] = std::min(least[column], value);
+            }
+        }
+    }
+
+    std::size_t height;
+    std::vector<std::uint16_t> block;
+};
+
+} // namespace
+
+std::vector<double> RowMedians(const TImage& image)
+{
+    const auto width = static_cast<std::size_t>(image.size.width);
+    const auto height = static_cast<std::size_t>(image.size.height);
+    std::vector<double> medians;
+    medians.reserve(height);
+    unsigned guess = kMost / 2;
+    for (std::size_t row = 0; row < height; ++row) {
+        medians.push_back(MedianOf(image.pixels.data() + row * width, width, guess));
+        guess = static_cast<unsigned>(medians.back());
+    }
+    return medians;
+}
+
+std::vector<double> ColumnMedians(const TImage& image)
+{
+    const auto width = static_cast<std::size_t>(image.size.width);
+    std::vector<double> medians;
+    medians.reserve(width);
+    TColumnBlock block(static_cast<std::size_t>(image.size.height));
+    for (std::size_t left = 0; left < width; left += kColumnsAtOnce) {
+        const std::size_t columns = std::min(kColumnsAtOnce, width - left);
+        block.Load(image.pixels.data() + left, width, columns);
+        block.AppendMedians(columns, medians);
+    }
+    return medians;
+}
+
+} // namespace workbench

@@ -17,10 +17,11 @@ TOOL = "tools/qxbackground"
 MAY_INCLUDE = {
     "base": set(),
     "images": {"base"},
+    "batch": {"base", "images"},
     "calibration": {"base"},
     "camera": {"base", "images"},
     "commandline": {"base", "calibration"},
-    "verbs": {"base", "images", "calibration", "camera", "commandline"},
+    "verbs": {"base", "images", "batch", "calibration", "camera", "commandline"},
 }
 # Of the library's sources, the constants of the calibration file; all else goes through its public headers.
 FROM_OUTSIDE = re.compile(r"QX_BackgroundCorrection\.hpp|file/CalibrationFormat\.h")

@@ -109,35 +109,73 @@ public:
 
     void AppendMedians(std::size_t columns, std::vector<double>& medians)
     {
-        const std::size_t rank = (height - 1) / 2;
-        // From the highest bit down: the value of a rank is the largest below which at most `rank` values lie.
-        std::uint16_t value[kColumnsAtOnce] = {}, probe[kColumnsAtOnce];
-        std::size_t below[kColumnsAtOnce];
-        for (unsigned bit = 1u << 15; bit != 0; bit >>= 1) {
-            for (std::size_t column = 0; column < kColumnsAtOnce; ++column)
-                probe[column] = static_cast<std::uint16_t>((value[column] | bit) - 1);
-            Count(probe, below);
-            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
-                if (below[column] <= rank)
-                    value[column] = static_cast<std::uint16_t>(value[column] | bit);
-            }
+        std::uint16_t value[kColumnsAtOnce], upper[kColumnsAtOnce];
+        std::size_t upTo[kColumnsAtOnce];
+        if (!Find(value, upTo)) {
+            first = 0; // some columns differ too much from the ones before
+            bits = 16;
+            Find(value, upTo);
         }
-        std::uint16_t upper[kColumnsAtOnce];
         std::copy_n(value, kColumnsAtOnce, upper);
         if (height % 2 == 0) {
-            Count(value, below);
             std::uint16_t next[kColumnsAtOnce];
             LeastAboveEach(value, next);
             for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
-                if (below[column] <= rank + 1)
+                if (upTo[column] <= Rank() + 1)
                     upper[column] = next[column];
             }
         }
         for (std::size_t column = 0; column < columns; ++column)
             medians.push_back((value[column] + upper[column]) / 2.0);
+        ExpectNear(value, columns);
     }
 
 private:
+    std::size_t Rank() const { return (height - 1) / 2; }
+
+    // The values of that rank, and how many pixels are at most those; false when one lies outside of the values that
+    // `first` and `bits` allow.
+    bool Find(std::uint16_t* value, std::size_t* upTo) const
+    {
+        // From the highest bit down: the value of a rank is the largest below which at most `rank` values lie.
+        std::fill_n(value, kColumnsAtOnce, first);
+        std::uint16_t probe[kColumnsAtOnce];
+        for (unsigned bit = 1u << bits >> 1; bit != 0; bit >>= 1) {
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column)
+                probe[column] = static_cast<std::uint16_t>(value[column] + bit - 1);
+            Count(probe, upTo);
+            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
+                if (upTo[column] <= Rank())
+                    value[column] = static_cast<std::uint16_t>(value[column] + bit);
+            }
+        }
+        bool isWithin = true;
+        if (first > 0) { // 0 is a value of its rank whatever lies below it
+            std::fill_n(probe, kColumnsAtOnce, static_cast<std::uint16_t>(first - 1));
+            Count(probe, upTo);
+            isWithin = std::all_of(upTo, upTo + kColumnsAtOnce, [this](std::size_t count) { return count <= Rank(); });
+        }
+        Count(value, upTo);
+        return isWithin &&
+               std::all_of(upTo, upTo + kColumnsAtOnce, [this](std::size_t count) { return count > Rank(); });
+    }
+
+    // Neighbouring columns have similar medians: the next ones are looked for around these first.
+    void ExpectNear(const std::uint16_t* value, std::size_t columns)
+    {
+        const auto [least, most] = std::minmax_element(value, value + columns);
+        const unsigned margin = 8 + (*most - *least) / 2u;
+        const unsigned from = *least > margin ? *least - margin : 0;
+        bits = 0;
+        while (from + (1u << bits) <= *most + margin)
+            ++bits;
+        first = static_cast<std::uint16_t>(from);
+        if (from + (1u << bits) > kMost) {
+            first = 0;
+            bits = 16;
+        }
+    }
+
     // How many pixels of each column are at most its bound.
     void Count(const std::uint16_t* bounds, std::size_t* counts) const
     {
@@ -180,6 +218,8 @@ private:
 
     std::size_t height;
     std::vector<std::uint16_t> block;
+    std::uint16_t first = 0; // medians are looked for from here on,
+    unsigned bits = 16;      // among so many bits of values
 };
 
 } // namespace

@@ -16,17 +16,17 @@ struct TApplyOptions {
     TCorrectOptions correct;
 };
 
-void RunApply(const TContext& context, const TApplyOptions& options)
+void RunApply(TContext& context, const TApplyOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
     Call(options.file, [&] { object.SetActive(options.key); });
-    CorrectImages(object, options.correct, "'" + Printable(options.key) + "' of " + options.file);
+    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + options.file);
 }
 
 } // namespace
 
-void AddApplyVerb(TVerb& app, const TContext& context)
+void AddApplyVerb(TVerb& app, TContext& context)
 {
     TVerb& verb = app.AddVerb("apply", "Correct images with a correction from a calibration file");
     const auto options = std::make_shared<TApplyOptions>();

@@ -1,6 +1,6 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
 #include "base/Wording.h"
-#include "images/TFrameStack.h"
+#include "batch/TFrameStack.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
@@ -18,33 +18,30 @@ struct TCorrectVerbOptions {
     TCorrectOptions correct;
 };
 
-void RunCorrect(const TContext& context, const TCorrectVerbOptions& options)
+void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     const std::string what = [&] {
         const TFrameStack stack =
             ReadFrames(options.darks, options.correct.input); // freed once the correction is built
         Call(options.darks.front(), [&] {
-            object.Add(kKey, stack.Pointers(), stack.size.width, stack.size.height,
+            object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        return Counted(stack.frames.size(), "dark frame") + " (" + options.darkConditions.Text() + ")";
+        return Counted(stack.frames, "dark frame") + " (" + options.darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(object, options.correct, what);
+    CorrectImages(context, object, options.correct, what);
 }
 
 } // namespace
 
-void AddCorrectVerb(TVerb& app, const TContext& context)
+void AddCorrectVerb(TVerb& app, TContext& context)
 {
     TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TCorrectVerbOptions>();
-    verb.Reads(TPathKind::Image,
-               verb.add_option("--dark", options->darks,
-                               std::string("Dark frames: ") + kFrameFiles + "; all pages of all files form the stack")
-                   ->required());
+    AddFrames(verb, "--dark", options->darks, "Dark frames; all pages of all files form the stack")->required();
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
     verb.Run([&context, options] { RunCorrect(context, *options); });

@@ -1,6 +1,8 @@
 #include "verbs/Options.h"
 
 #include "base/TToolError.h"
+#include "batch/InputFiles.h"
+#include "batch/OutputNames.h"
 #include "commandline/Limits.h"
 
 #include <fmt/format.h>
@@ -79,6 +81,37 @@ void AddOutputOptions(TVerb& verb, TOutputOptions& options)
                   "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does");
 }
 
+CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help)
+{
+    return verb.Reads(TPathKind::Image,
+                      verb.add_option(name, frames,
+                                      help + ". " + kFrameFiles +
+                                          ": files, folders (their images), or quoted patterns ('light*.tif'); the "
+                                          "files of a folder or pattern in natural order, 2 before 10"),
+                      [&frames](const std::string& option, TPathPlan& plan) {
+                          frames = ExpandInputs(frames);
+                          for (const std::string& frame : frames)
+                              plan.AddFile(option, TPathUse::Reads, frame);
+                      });
+}
+
+namespace {
+
+// After the images' names stand in the options.
+void PlanOutputs(const std::string& option, TCorrectOptions& options, TPathPlan& plan)
+{
+    if (!IsFolderName(options.output) && options.name.empty()) {
+        plan.AddFile(option, TPathUse::Creates, options.output);
+        return;
+    }
+    options.outputs = OutputNames(options.inputs, options.output, options.name.empty() ? kNamesKept : options.name,
+                                  options.input, options.outputAs);
+    for (const std::string& output : options.outputs)
+        plan.AddFileInNewFolder(option, TPathUse::Creates, output);
+}
+
+} // namespace
+
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
 {
     AddConditions(verb, "", "the images", options.conditions);
@@ -89,22 +122,29 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                     "Part of the dark frames that the images show: left,top,width,height in pixels "
                     "(default: all of it). Images must have exactly this size");
     AddInputOptions(verb, options.input);
-    verb.Reads(TPathKind::Image,
-               verb.add_option("images", options.inputs,
-                               std::string("Images to correct: ") + kFrameFiles + "; every page is corrected")
-                   ->required());
-    verb.Creates(
-        TPathKind::Image,
-        verb.add_option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF or FITS")
-            ->required(),
-        options.overwrite);
+    AddFrames(verb, "images", options.inputs, "Images to correct; every page is corrected")->required();
+    verb.Creates(TPathKind::Image,
+                 verb.add_option("-o,--output", options.output,
+                                 "A folder (that is there, or with / at its end: it is made then), for one output per "
+                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or FITS")
+                     ->required(),
+                 options.overwrite,
+                 [&options](const std::string& option, TPathPlan& plan) { PlanOutputs(option, options, plan); });
+    verb.add_option("--name", options.name,
+                    "What the outputs in the folder are called: {stem} and {ext} of the input's name, its {number}. "
+                    "Default: {stem}{ext}, the names are kept");
     verb.Creates(TPathKind::Picture,
                  verb.add_option("--picture", options.picture,
                                  "Also write a PNG of the first page: before, background and after side by side"),
                  options.overwrite);
     AddOutputOptions(verb, options.outputAs);
     verb.add_flag("--json", options.json, "Print the statistics as JSON");
-    verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    CLI::Option* const none =
+        verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    verb.add_flag("--full-statistics", options.fullStatistics,
+                  "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
+                  "20th page, since they take longer than correcting")
+        ->excludes(none);
 }
 
 void CheckKey(const std::string& key)

@@ -34,14 +34,22 @@ struct TCorrectOptions {
     int levelPercent = 100;
     std::string region; // L,T,W,H
     std::vector<std::string> inputs;
-    std::string output;
+    std::string output;               // a file for all pages, or a folder
+    std::string name;                 // pattern of the outputs' names in that folder; empty: names are kept
+    std::vector<std::string> outputs; // in the folder, one for each input; filled before the verb runs
     std::string picture;
     TInputOptions input; // of the dark frames as well, where the verb reads some
     TOutputOptions outputAs;
     bool overwrite = false;
     bool json = false;
     bool noStatistics = false;
+    bool fullStatistics = false;
+
+    bool IsBatch() const { return !outputs.empty(); }
 };
+// An argument that names frames: files, folders or patterns, in whose place the files stand before the verb runs.
+CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help);
+
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 
 // Throws TToolError when the key is empty or so long that the library's files would cut it.

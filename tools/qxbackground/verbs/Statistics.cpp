@@ -48,9 +48,7 @@ void AddStatisticsVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TStatisticsOptions>();
-    verb.Reads(TPathKind::Image, verb.add_option("files", options->files,
-                                                 std::string(kFrameFiles) + "; all pages of a file count together")
-                                     ->required());
+    AddFrames(verb, "files", options->files, "Images; all pages of a file count together")->required();
     AddInputOptions(verb, options->input);
     verb.add_flag("--json", options->json, "Print as JSON");
     verb.Run([options] { RunStatistics(*options); });

@@ -1,11 +1,11 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
 #include "base/Wording.h"
+#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
-#include "images/TFrameStack.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
@@ -46,14 +46,14 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
         Call(About(place, options.key), [&] {
-            object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+            object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.conditions.exposureSeconds),
                        static_cast<float>(options.conditions.lightIntensityPercent));
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames.size(), "dark frame")
-              << " of " << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames, "dark frame") << " of "
+              << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
 }
 
@@ -212,10 +212,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
-        verb.Reads(TPathKind::Image,
-                   verb.add_option("darks", options->darks,
-                                   std::string("Dark frames: ") + kFrameFiles + "; all pages form the stack")
-                       ->required());
+        AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {

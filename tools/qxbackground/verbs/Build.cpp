@@ -2,6 +2,7 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "images/TFrameStack.h"
+#include "images/TImageReader.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -54,7 +55,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddInputOptions(verb, options->input);
     verb.Reads(TPathKind::Image,
                verb.add_option("darks", options->darks,
-                               std::string("Dark frames: ") + kFrameFiles + "; all pages form the stack")
+                               std::string("Dark frames: ") + kReadable + "; all pages form the stack")
                    ->required());
     verb.Run([&context, options] { Run(context, *options); });
 }

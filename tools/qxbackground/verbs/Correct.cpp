@@ -1,6 +1,7 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
 #include "base/Wording.h"
 #include "images/TFrameStack.h"
+#include "images/TImageReader.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
@@ -43,7 +44,7 @@ void AddCorrectVerb(TVerb& app, const TContext& context)
     const auto options = std::make_shared<TOptions>();
     verb.Reads(TPathKind::Image,
                verb.add_option("--dark", options->darks,
-                               std::string("Dark frames: ") + kFrameFiles + "; all pages of all files form the stack")
+                               std::string("Dark frames: ") + kReadable + "; all pages of all files form the stack")
                    ->required());
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);

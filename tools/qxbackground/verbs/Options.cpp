@@ -2,6 +2,7 @@
 
 #include "base/TToolError.h"
 #include "commandline/Limits.h"
+#include "images/TImageReader.h"
 
 #include <fmt/format.h>
 
@@ -17,8 +18,6 @@ constexpr std::size_t kLongestKey = 512;
 
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
-
-const char* const kFrameFiles = "16-bit grayscale TIFF, FITS, PNG, PGM or SER";
 
 std::string TConditions::Text() const
 {
@@ -91,7 +90,7 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     AddInputOptions(verb, options.input);
     verb.Reads(TPathKind::Image,
                verb.add_option("images", options.inputs,
-                               std::string("Images to correct: ") + kFrameFiles + "; every page is corrected")
+                               std::string("Images to correct: ") + kReadable + "; every page is corrected")
                    ->required());
     verb.Creates(
         TPathKind::Image,

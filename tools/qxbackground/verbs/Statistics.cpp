@@ -48,9 +48,9 @@ void AddStatisticsVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TOptions>();
-    verb.Reads(TPathKind::Image, verb.add_option("files", options->files,
-                                                 std::string(kFrameFiles) + "; all pages of a file count together")
-                                     ->required());
+    verb.Reads(TPathKind::Image,
+               verb.add_option("files", options->files, std::string(kReadable) + "; all pages of a file count together")
+                   ->required());
     AddInputOptions(verb, options->input);
     verb.add_flag("--json", options->json, "Print as JSON");
     verb.Run([options] { Run(*options); });

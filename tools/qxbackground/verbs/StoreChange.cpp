@@ -6,6 +6,7 @@
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
 #include "images/TFrameStack.h"
+#include "images/TImageReader.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
@@ -214,7 +215,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddInputOptions(verb, options->input);
         verb.Reads(TPathKind::Image,
                    verb.add_option("darks", options->darks,
-                                   std::string("Dark frames: ") + kFrameFiles + "; all pages form the stack")
+                                   std::string("Dark frames: ") + kReadable + "; all pages form the stack")
                        ->required());
         verb.Run([&context, options] { Add(context, *options); });
     }

@@ -4,15 +4,17 @@
 set -euo pipefail
 level=${1:-test}
 
-packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
+packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev libcfitsio-dev pkgconf nlohmann-json3-dev python3)
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
     packages+=(clang-format-19 valgrind python3-numpy locales)
+    # Other programs that write and read the workbench's formats.
+    packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
     packages+=(mono-mcs mono-runtime) # a host in C#
-    packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
+    packages+=(dpkg-dev lintian) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 

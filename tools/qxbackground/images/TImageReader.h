@@ -51,6 +51,9 @@ private:
     TSize size;
 };
 
+// What can be read, for people.
+extern const char* const kReadable;
+
 // The reader for what the file is by its content, whatever its name. Throws TToolError when it is of no kind that can
 // be read, and says then of what kind it is.
 std::unique_ptr<TImageReader> OpenImage(const std::string& path, const TInputOptions& options);

@@ -1,5 +1,6 @@
 #include "images/TImageWriter.h"
 
+#include "images/TFitsWriter.h"
 #include "images/TTiffWriter.h"
 
 namespace workbench {
@@ -7,9 +8,9 @@ namespace workbench {
 std::unique_ptr<TImageWriter> CreateImage(const std::string& path, TImageFormat format, const TOutputOptions& options,
                                           std::uint64_t expectedBytes, TExisting existing)
 {
-    static_cast<void>(format);
-    static_cast<void>(options);
-    return std::make_unique<TTiffWriter>(path, expectedBytes, existing);
+    if (format == TImageFormat::Fits)
+        return std::make_unique<TFitsWriter>(path, options.compress, existing);
+    return std::make_unique<TTiffWriter>(path, options.compress, expectedBytes, existing);
 }
 
 } // namespace workbench

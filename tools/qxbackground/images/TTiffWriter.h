@@ -11,17 +11,22 @@ namespace workbench {
 
 struct TTiffHandle;
 
-// Writes the pages of a TIFF.
+// Writes the pages of a TIFF: uncompressed each as one strip, in one call of the system; compressed by deflate with the
+// horizontal predictor, in strips of about a megabyte.
 class TTiffWriter : public TImageWriter {
 public:
-    TTiffWriter(const std::string& path, std::uint64_t expectedBytes, TExisting existing);
+    // `expectedBytes`: see CreateImage.
+    TTiffWriter(const std::string& path, bool compress, std::uint64_t expectedBytes, TExisting existing);
     ~TTiffWriter() override;
 
     void Write(const TImage& image, const TPageMetadata& metadata) override;
     void Close() override;
 
 private:
+    bool WriteStrips(const TImage& image, std::uint32_t rowsPerStrip);
+
     std::string path;
+    bool compress;
     TReplacedFile replaced;
     std::unique_ptr<TTiffHandle> file;
     unsigned page = 0;

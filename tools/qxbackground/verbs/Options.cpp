@@ -4,6 +4,7 @@
 #include "batch/InputFiles.h"
 #include "batch/OutputNames.h"
 #include "commandline/Limits.h"
+#include "images/TImageReader.h"
 
 #include <fmt/format.h>
 
@@ -19,8 +20,6 @@ constexpr std::size_t kLongestKey = 512;
 
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
-
-const char* const kFrameFiles = "16-bit grayscale TIFF, FITS, PNG, PGM or SER";
 
 std::string TConditions::Text() const
 {
@@ -85,7 +84,7 @@ CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::st
 {
     return verb.Reads(TPathKind::Image,
                       verb.add_option(name, frames,
-                                      help + ". " + kFrameFiles +
+                                      help + ". " + kReadable +
                                           ": files, folders (their images), or quoted patterns ('light*.tif'); the "
                                           "files of a folder or pattern in natural order, 2 before 10"),
                       [&frames](const std::string& option, TPathPlan& plan) {

@@ -25,8 +25,6 @@ void AddConditions(TVerb& verb, const std::string& prefix, const std::string& wh
 void AddInputOptions(TVerb& verb, TInputOptions& options);
 // How images are written, for every verb that writes some: --format, --compress.
 void AddOutputOptions(TVerb& verb, TOutputOptions& options);
-// What the help says of frames that are read: which files are taken.
-extern const char* const kFrameFiles;
 
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {

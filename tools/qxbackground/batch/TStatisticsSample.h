@@ -7,7 +7,7 @@
 namespace workbench {
 
 // Which pages of a run its statistics are made of. They cost more than correcting a page, so that a long run has them
-// of some pages: of all until there are 4 million pixels of them (one page of 2048 x 2048), then of every 20th. What is
+// of some pages: of all until there are 4 million pixels of them (one page of 2048 x 2048), then of every 40th. What is
 // said of those pages is exact.
 class TStatisticsSample {
 public:
@@ -19,7 +19,7 @@ public:
     bool Takes(std::size_t pixelsOfPage)
     {
         constexpr std::uint64_t kAlways = 4'000'000;
-        constexpr std::uint64_t kEvery = 20;
+        constexpr std::uint64_t kEvery = 40;
         const std::uint64_t page = pages++;
         const bool takes =
             extent == TExtent::All || (extent == TExtent::Some && (pixels < kAlways || page % kEvery == 0));

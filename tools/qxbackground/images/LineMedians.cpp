@@ -117,13 +117,9 @@ public:
             Find(value, upTo);
         }
         std::copy_n(value, kColumnsAtOnce, upper);
-        if (height % 2 == 0) {
-            std::uint16_t next[kColumnsAtOnce];
-            LeastAboveEach(value, next);
-            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
-                if (upTo[column] <= Rank() + 1)
-                    upper[column] = next[column];
-            }
+        for (std::size_t column = 0; column < columns; ++column) {
+            if (height % 2 == 0 && upTo[column] <= Rank() + 1) // seldom, where values are many
+                upper[column] = LeastAboveIn(column, value[column]);
         }
         for (std::size_t column = 0; column < columns; ++column)
             medians.push_back((value[column] + upper[column]) / 2.0);
@@ -204,16 +200,15 @@ private:
             counts[i] += parts[i / kInVector][i % kInVector];
     }
 
-    void LeastAboveEach(const std::uint16_t* bounds, std::uint16_t* least) const
+    std::uint16_t LeastAboveIn(std::size_t column, std::uint16_t bound) const
     {
-        std::fill_n(least, kColumnsAtOnce, static_cast<std::uint16_t>(kMost));
+        std::uint16_t least = kMost;
         for (std::size_t row = 0; row < height; ++row) {
-            const std::uint16_t* const pixels = block.data() + row * kColumnsAtOnce;
-            for (std::size_t column = 0; column < kColumnsAtOnce; ++column) {
-                const auto value = pixels[column] > bounds[column] ? pixels[column] : static_cast<std::uint16_t>(kMost);
-                least[column] = std::min(least[column], value);
-            }
+            const std::uint16_t value = block[row * kColumnsAtOnce + column];
+            if (value > bound && value < least)
+                least = value;
         }
+        return least;
     }
 
     std::size_t height;

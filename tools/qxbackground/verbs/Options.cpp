@@ -142,7 +142,7 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
         verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
     verb.add_flag("--full-statistics", options.fullStatistics,
                   "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
-                  "20th page, since they take longer than correcting")
+                  "40th page, since they take longer than correcting")
         ->excludes(none);
 }
 

@@ -36,6 +36,31 @@ std::string EmptyPrimary()
     return header;
 }
 
+// Memory that grows with zeros, which a file does and realloc does not: before cfitsio writes a tile it looks whether
+// there is one. What was asked for stands in front of it.
+constexpr std::size_t kInFront = 16;
+
+void ReleaseZeroed(void* memory)
+{
+    if (memory != nullptr)
+        std::free(static_cast<char*>(memory) - kInFront);
+}
+
+void* GrowZeroed(void* old, std::size_t size)
+{
+    std::size_t before = 0;
+    char* const oldStart = old == nullptr ? nullptr : static_cast<char*>(old) - kInFront;
+    if (oldStart != nullptr)
+        std::memcpy(&before, oldStart, sizeof before);
+    char* const start = static_cast<char*>(std::realloc(oldStart, size + kInFront));
+    if (start == nullptr)
+        return nullptr;
+    std::memcpy(start, &size, sizeof size);
+    if (size > before)
+        std::memset(start + kInFront + before, 0, size - before);
+    return start + kInFront;
+}
+
 } // namespace
 
 // A file in memory, which may be cfitsio's own to grow.
@@ -47,7 +72,7 @@ struct TCfitsioFile {
     {
         Close();
         if (grows)
-            std::free(memory);
+            ReleaseZeroed(memory);
     }
     void Close()
     {
@@ -128,9 +153,8 @@ std::string TFitsTiles::Compress(const TImage& image, const std::vector<std::str
     const auto alone = Alone();
     TCfitsioFile made;
     made.grows = true;
-    // Empty at first: cfitsio would take what stands in given memory for a part of the file.
     int& status = made.status;
-    fits_create_memfile(&made.handle, &made.memory, &made.size, 1 << 20, std::realloc, &status);
+    fits_create_memfile(&made.handle, &made.memory, &made.size, 1 << 20, GrowZeroed, &status);
     long axes[] = {image.size.width, image.size.height};
     fits_set_compression_type(made.handle, RICE_1, &status);
     fits_create_img(made.handle, USHORT_IMG, 2, axes, &status);

@@ -8,6 +8,7 @@
 #include "images/TImageWriter.h"
 #include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
+#include "images/TSignificantBits.h"
 
 #include <nlohmann/json.hpp>
 
@@ -65,6 +66,7 @@ struct TRun {
     std::uint64_t pages = 0;
     TImageFormat format = TImageFormat::Tiff; // of the first input
     TSeriesStatistics before, background, after;
+    TSignificantBits bits;
     TImage firstBefore, firstAfter, scaledBackground;
 };
 
@@ -83,8 +85,11 @@ void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options,
             if (reader->Size() != size)
                 throw TToolError(input, reader->Page(), "changed while it was being read");
             reader->Read(image);
-            if (!options.noStatistics)
+            const TPageMetadata metadata = reader->Metadata();
+            if (!options.noStatistics) {
                 run.before.Add(image);
+                run.bits.Add(image, metadata);
+            }
             if (first && !options.picture.empty())
                 run.firstBefore = image;
             Call(input + ": page " + std::to_string(reader->Page()),
@@ -94,7 +99,7 @@ void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options,
             if (first && !options.picture.empty())
                 run.firstAfter = image;
             first = false;
-            writer->Write(image, reader->Metadata());
+            writer->Write(image, metadata);
             progress.Step();
         }
     }
@@ -136,6 +141,7 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
             report["before"] = run.before.Json();
             report["background"] = run.background.Json();
             report["after"] = run.after.Json();
+            report["bits"] = {{"used", run.bits.Used()}, {"alwaysZeroBelow", run.bits.LeftAlignedBy()}};
         }
         std::cout << JsonText(report);
         return;
@@ -143,6 +149,8 @@ void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options
     std::cout << "Corrected " << Counted(run.pages, "page") << " of " << size.Text() << " pixels ("
               << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << what << ": "
               << options.output << '\n';
+    if (!run.bits.Text().empty())
+        std::cout << "The images: " << run.bits.Text() << '\n';
     if (!options.noStatistics)
         std::cout << StatisticsTable({"before", "background", "after"}, {&run.before, &run.background, &run.after});
     if (!options.picture.empty()) {

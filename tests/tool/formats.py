@@ -2,6 +2,7 @@
 import struct
 import subprocess
 import warnings
+import zlib
 from pathlib import Path
 
 import numpy as np
@@ -109,6 +110,11 @@ def pgm_by_netpbm(*filters):
             data += raw
         path.write_bytes(data)
     return write
+
+
+def chunk(kind, data):
+    """A chunk of a PNG file."""
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
 
 def first(pages):

@@ -70,7 +70,7 @@ bool TTiffReader::NextPage()
             return false;
         ++page;
         if (TIFFReadDirectory(file->tiff) != 1)
-            Fail("cannot be read: " + (file->complaint.empty() ? "damaged page header" : file->complaint));
+            Fail("its page header is damaged, or is not where the page before says"); // libtiff speaks of memory
     } else {
         page = 1;
     }

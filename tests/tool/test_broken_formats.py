@@ -71,7 +71,7 @@ class Broken(ToolTest):
             if result.returncode == 2:
                 self.assertEqual(result.stderr.count("\n"), 1, result.stderr)
                 self.assertTrue(result.stderr.startswith(f"qxbackground: {path.name}: "), result.stderr)
-                self.assertNotIn("not enough memory", result.stderr)
+                self.assertNotIn("memory", result.stderr)
                 self.assertLess(len(result.stderr), 500)
         except AssertionError as error:
             raise AssertionError(f"{name}, {what}: {error}\n{result.stderr}") from None

@@ -4,7 +4,7 @@
 set -euo pipefail
 level=${1:-test}
 
-packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev libcfitsio-dev pkgconf nlohmann-json3-dev python3)
+packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev zlib1g-dev nlohmann-json3-dev python3)
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
@@ -14,7 +14,7 @@ if [ "$level" != build ]; then
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
     packages+=(mono-mcs mono-runtime) # a host in C#
-    packages+=(dpkg-dev lintian) # to make and to try the packages
+    packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 

@@ -96,8 +96,11 @@ void TFitsReader::MeasureData()
 bool TFitsReader::ReadUnit()
 {
     const std::uint64_t start = unit.end;
-    if (start > 0 && file.TextAt(start, 9) != "XTENSION=")
-        return false;
+    if (start > 0) {
+        const std::string begins = file.TextAt(start, 9); // fewer where the file was cut
+        if (begins.empty() || std::string("XTENSION=").compare(0, begins.size(), begins) != 0)
+            return false;
+    }
     unit = {};
     unit.start = start;
     ++page; // for failures: it would be that page
@@ -134,11 +137,10 @@ void TFitsReader::CheckImage()
     plane = 1;
     SetSize(Axis(axis.c_str(), 1), Axis(axis.c_str(), 2),
             unit.isCompressed ? TFitsTiles::MostBytes(unit.dataBytes) : unit.dataBytes);
-    tiles.reset();
     if (unit.isCompressed) {
-        const std::string complaint = TFitsTiles::Complaint(unit.cards);
-        if (!complaint.empty())
-            Fail(complaint);
+        tiles = std::make_unique<TFitsTiles>(unit.cards, unit.dataBytes);
+        if (!tiles->Complaint().empty())
+            Fail(tiles->Complaint());
     }
 }
 
@@ -166,19 +168,17 @@ bool TFitsReader::NextPage()
 void TFitsReader::Read(TImage& image)
 {
     Prepare(image);
-    const std::uint64_t first = (plane - 1) * Size().Pixels();
     if (unit.isCompressed) {
-        if (tiles == nullptr)
-            tiles =
-                std::make_unique<TFitsTiles>(file.TextAt(unit.start, static_cast<std::size_t>(unit.end - unit.start)));
-        const std::string complaint = tiles->Read(first, image.pixels.data(), image.pixels.size());
-        if (!complaint.empty())
-            Fail("its pixels cannot be read: " + complaint);
-        return;
-    }
-    if (!file.ReadPixels(unit.data + first * 2, image.pixels.data(), image.pixels.size(),
-                         {true, static_cast<std::uint16_t>(isUnsigned ? 0x8000 : 0)}))
+        const std::string failure = tiles->Read(file, unit.data, plane - 1, Size(), image.pixels.data());
+        if (!failure.empty())
+            Fail("its pixels cannot be read: " + failure);
+        if (isUnsigned)
+            std::transform(image.pixels.begin(), image.pixels.end(), image.pixels.begin(),
+                           [](std::uint16_t pixel) { return static_cast<std::uint16_t>(pixel ^ 0x8000); });
+    } else if (!file.ReadPixels(unit.data + (plane - 1) * Size().Pixels() * 2, image.pixels.data(), image.pixels.size(),
+                                {true, static_cast<std::uint16_t>(isUnsigned ? 0x8000 : 0)})) {
         Fail("its pixels cannot be read: the file was cut or changed meanwhile");
+    }
     if (!isUnsigned &&
         std::any_of(image.pixels.begin(), image.pixels.end(), [](std::uint16_t pixel) { return pixel > 32767; }))
         Fail("has negative pixels; unsigned ones are needed (BZERO = 32768)");

@@ -42,7 +42,7 @@ private:
     std::vector<std::string> primaryCards; // of a primary header without pixels: they are about all that follows
     std::uint64_t plane = 0, planes = 0;   // of the unit
     bool isUnsigned = false;
-    std::unique_ptr<TFitsTiles> tiles; // of a compressed unit that was read from
+    std::unique_ptr<TFitsTiles> tiles; // of a compressed unit
 };
 
 } // namespace workbench

@@ -2,39 +2,55 @@
 #define QXBACKGROUND_IMAGES_TFITSTILES_H
 
 #include "images/TImage.h"
+#include "images/TInputFile.h"
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace workbench {
 
-struct TCfitsioFile;
-
-// A tile-compressed image, read and written by cfitsio. It never sees a file, only memory: what it makes of file names,
-// and of headers that it is not asked about, need not be trusted.
+// A tile-compressed image of 16-bit integers: a table with a row for each tile. Read here and not by cfitsio, whose
+// decoders trust what they are given and read beyond the end of damaged tiles.
 class TFitsTiles {
 public:
-    // `unit` is the table that stands for the image, header and data.
-    explicit TFitsTiles(const std::string& unit);
-    ~TFitsTiles();
-    TFitsTiles(const TFitsTiles&) = delete;
-    TFitsTiles& operator=(const TFitsTiles&) = delete;
+    // What the cards of the table say. `dataBytes` of it are known to be there.
+    TFitsTiles(const std::vector<std::string>& cards, std::uint64_t dataBytes);
 
-    // Pixels from number `first` on. Returns what went wrong, nothing when all went well.
-    std::string Read(std::uint64_t first, std::uint16_t* pixels, std::size_t count);
+    // Why the image is not read; empty when it may be.
+    const std::string& Complaint() const { return complaint; }
+    // The plane's pixels, counted from 0, as integers with a sign. The table's data begin at `data`. Returns what went
+    // wrong, nothing when all went well.
+    std::string Read(TInputFile& file, std::uint64_t data, std::uint64_t plane, TSize size, std::uint16_t* pixels);
 
-    // Why an image with these cards is not read; empty when it may be.
-    static std::string Complaint(const std::vector<std::string>& cards);
     // How many bytes of pixels may be compressed to so many.
     static std::uint64_t MostBytes(std::uint64_t compressed);
-    // The table for an image, with these cards; `complaint` gets what went wrong.
-    static std::string Compress(const TImage& image, const std::vector<std::string>& cards, std::string& complaint);
 
 private:
-    std::unique_ptr<TCfitsioFile> file;
+    enum class TMethod { Rice, Gzip, ShuffledGzip };
+    struct TColumn {
+        std::uint64_t offset = 0; // in a row
+        int bytes = 0;            // of its descriptor; 0 where there is no such column
+    };
+
+    void FindColumns(const std::vector<std::string>& cards);
+    void FindMethod(const std::vector<std::string>& cards);
+    void FindTiles(const std::vector<std::string>& cards);
+    bool ReadCode(TInputFile& file, std::uint64_t data, const std::string& row, const TColumn& column);
+    std::string ReadTile(TInputFile& file, std::uint64_t data, const std::string& row,
+                         std::vector<std::uint16_t>& tile);
+
+    std::string complaint;
+    std::uint64_t dataBytes = 0, rowBytes = 0, rows = 0, heap = 0;
+    TColumn compressed, gzipped; // of a tile that its method did not make smaller
+    TMethod method = TMethod::Rice;
+    std::size_t block = 32;
+    std::uint64_t tileWidth = 0, tileHeight = 0;
+    std::vector<std::uint8_t> code;
 };
+
+// The table for an image, header and data, with these cards: a tile for each row, by Rice's code.
+std::string RiceTiles(const TImage& image, const std::vector<std::string>& cards);
 
 } // namespace workbench
 

@@ -86,10 +86,7 @@ void TFitsWriter::WriteCompressed(const TImage& image, const TPageMetadata& meta
         WriteBlocks(Card("SIMPLE", "T", "") + Card("BITPIX", "8", "") + Card("NAXIS", "0", "") +
                         Card("EXTEND", "T", "") + "END",
                     ' ');
-    std::string complaint;
-    const std::string table = TFitsTiles::Compress(image, CardsOf(metadata), complaint);
-    if (!complaint.empty())
-        throw TToolError(path, page, "cannot be compressed: " + complaint);
+    const std::string table = RiceTiles(image, CardsOf(metadata));
     Put(table.data(), table.size());
 }
 

@@ -25,7 +25,7 @@ public:
     virtual bool NextPage() = 0;
     // The pixels of the current page; `image` keeps its memory from page to page.
     virtual void Read(TImage& image) = 0;
-    // What the current page says beside its pixels.
+    // What the current page says beside its pixels; all of it once they were read, because texts may stand behind them.
     virtual TPageMetadata Metadata() = 0;
 
     TImageFormat Format() const { return format; }

@@ -86,7 +86,7 @@ bool TPngReader::TDecoder::ReadRows(std::uint16_t* pixels, std::size_t width, st
         for (std::size_t row = 0; row < height; ++row)
             png_read_row(png, reinterpret_cast<png_bytep>(pixels + row * width), nullptr);
     }
-    png_read_end(png, nullptr);
+    png_read_end(png, info); // texts may stand behind the pixels
     return true;
 }
 

@@ -1,5 +1,7 @@
 #include "images/TSignificantBits.h"
 
+#include "base/Wording.h"
+
 #include <algorithm>
 
 namespace workbench {
@@ -39,11 +41,10 @@ int TSignificantBits::Used() const
 {
     if (seen == 0)
         return 0;
-    const int zeros = LeftAlignedBy();
-    if (zeros > 0)
+    if (const int zeros = LeftAlignedBy(); zeros > 0)
         return 16 - zeros;
-    const int needed = BitsOf(seen);
-    return said >= needed ? said : needed;
+    // A file may also say from how many bits its values were scaled up.
+    return said > 0 ? said : BitsOf(seen);
 }
 
 std::string TSignificantBits::Text() const
@@ -54,9 +55,10 @@ std::string TSignificantBits::Text() const
         return {};
     const std::string bits = std::to_string(used) + "-bit data in 16-bit pixels";
     if (zeros > 0)
-        return "the lowest " + std::to_string(zeros) + " bits are always zero: " + bits + ", left-aligned";
+        return "the lowest " + Counted(static_cast<std::uint64_t>(zeros), "bit") + (zeros == 1 ? " is" : " are") +
+               " always zero: " + bits + ", left-aligned";
     if (said == used)
-        return "the file says so: " + bits;
+        return bits + (said < BitsOf(seen) ? ", scaled up" : "") + ", as the file says";
     return "values stay below " + std::to_string(1 << used) + ": " + bits;
 }
 

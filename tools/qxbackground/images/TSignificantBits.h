@@ -16,7 +16,8 @@ public:
     // `metadata` of the same page may say it.
     void Add(const TImage& image, const TPageMetadata& metadata);
 
-    // How many bits are used: 1 to 16; 0 before there is an image with a value above 0.
+    // How many bits are used: 1 to 16; 0 before there is an image with a value above 0. What the file says counts
+    // before what the values show, because dark frames show little.
     int Used() const;
     // How many of the lowest bits are always zero, where the values fill the range up to the highest bit; otherwise 0.
     int LeftAlignedBy() const;

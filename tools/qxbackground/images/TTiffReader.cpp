@@ -45,7 +45,10 @@ TTiffReader::TTiffReader(const std::string& name)
 {
     file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
     if (file->tiff == nullptr)
-        Fail("is not a readable TIFF file: " + file->complaint);
+        // libtiff speaks of memory where the header of the first page lies outside of the file.
+        Fail("is not a readable TIFF file: " + (file->complaint.find("allocate memory") != std::string::npos
+                                                    ? "its first page header is damaged or missing"
+                                                    : file->complaint));
 }
 
 TTiffReader::~TTiffReader() = default;
@@ -70,7 +73,7 @@ bool TTiffReader::NextPage()
             return false;
         ++page;
         if (TIFFReadDirectory(file->tiff) != 1)
-            Fail("cannot be read: " + (file->complaint.empty() ? "damaged page header" : file->complaint));
+            Fail("its page header is damaged, or is not where the page before says");
     } else {
         page = 1;
     }

@@ -28,6 +28,7 @@ nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions
         json["before"] = report.before.Json();
         json["background"] = report.background.Json();
         json["after"] = report.after.Json();
+        json["bits"] = {{"used", report.bits.Used()}, {"alwaysZeroBelow", report.bits.LeftAlignedBy()}};
     }
     return json;
 }
@@ -53,6 +54,8 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
         if (report.statisticsPages < report.pages)
             std::cout << "Statistics of " << report.statisticsPages
                       << " of these pages, evenly spread (--full-statistics: of all)\n";
+        if (!report.bits.Text().empty())
+            std::cout << "The images: " << report.bits.Text() << '\n';
         std::cout << StatisticsTable({"before", "background", "after"},
                                      {&report.before, &report.background, &report.after});
     }

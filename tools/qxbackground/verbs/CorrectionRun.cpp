@@ -85,8 +85,10 @@ private:
 void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
     page.counts = sample.Takes(page.image.pixels.size());
-    if (page.counts)
+    if (page.counts) {
         report.before.Add(page.image);
+        report.bits.Add(page.image, page.metadata);
+    }
     if (isFirst && !options.picture.empty())
         firstBefore = page.image;
     isFirst = false;

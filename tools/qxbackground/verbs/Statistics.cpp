@@ -2,6 +2,7 @@
 #include "base/JsonText.h"
 #include "images/TImageReader.h"
 #include "images/TSeriesStatistics.h"
+#include "images/TSignificantBits.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -25,17 +26,22 @@ void RunStatistics(const TStatisticsOptions& options)
     nlohmann::json report = nlohmann::json::array();
     for (const std::string& path : options.files) {
         TSeriesStatistics statistics;
+        TSignificantBits bits;
         const std::unique_ptr<TImageReader> reader = OpenImage(path, options.input);
         TImage image;
         while (reader->NextPage()) {
             reader->Read(image);
             statistics.Add(image);
+            bits.Add(image, reader->Metadata());
         }
         if (options.json) {
             report.push_back(statistics.Json());
             report.back()["file"] = path;
+            report.back()["bits"] = {{"used", bits.Used()}, {"alwaysZeroBelow", bits.LeftAlignedBy()}};
         } else {
-            std::cout << path << ", pages: " << reader->Page() << '\n' << StatisticsTable({"all pages"}, {&statistics});
+            std::cout << path << ", pages: " << reader->Page() << '\n'
+                      << (bits.Text().empty() ? "" : "  " + bits.Text() + "\n")
+                      << StatisticsTable({"all pages"}, {&statistics});
         }
     }
     if (options.json)

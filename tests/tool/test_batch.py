@@ -159,6 +159,19 @@ class Inputs(BatchTest):
         self.assert_corrected("o.tif", lights["l2"] + lights["l10"])
 
 
+class Help(BatchTest):
+    def test_teaches_by_examples_that_work(self):
+        self.tool("build", "night.qxb", "--key", "dark60", "--exposure", 60, "--intensity", 100, "d.tif")
+        self.lights(["light.tif", "lights/a.tif"])
+        examples = [line.split()[1:] for line in self.tool("apply", "--help").splitlines() if "  qxbackground apply" in line]
+        self.assertEqual(len(examples), 2)
+        for example in examples:
+            self.tool(*example)
+        self.assertEqual((self.names_in("corrected"), (self.folder / "corrected.tif").exists()), (["a.tif"], True))
+        for verb in (["correct"], ["apply"], ["store", "apply"]):
+            self.assertIn("1 some failed", self.tool(*verb, "--help"))
+
+
 class Failures(BatchTest):
     def test_the_others_are_done(self):
         lights = self.lights(["a.tif", "m.tif", "z.tif"], pages=2)

@@ -33,6 +33,10 @@ void AddApplyVerb(TVerb& app, TContext& context)
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     AddCorrectOptions(verb, options->correct);
+    verb.footer("Examples:\n"
+                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
+                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 lights/ -o corrected/\n" +
+                std::string(kSomeFailedHelp));
     verb.Run([&context, options] { RunApply(context, *options); });
 }
 

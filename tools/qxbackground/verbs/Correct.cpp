@@ -44,6 +44,13 @@ void AddCorrectVerb(TVerb& app, TContext& context)
     AddFrames(verb, "--dark", options->darks, "Dark frames; all pages of all files form the stack")->required();
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
+    verb.footer(
+        "Examples:\n"
+        "  one image:           qxbackground correct --dark dark.tif --dark-exposure 60 --dark-intensity 100 \\\n"
+        "                           --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
+        "  a night, by folders: ... --dark darks/ ... lights/ -o corrected/\n"
+        "  by a pattern:        ... 'lights/m31*.fits' -o corrected/ --name '{stem}_corrected{ext}'\n" +
+        std::string(kSomeFailedHelp));
     verb.Run([&context, options] { RunCorrect(context, *options); });
 }
 

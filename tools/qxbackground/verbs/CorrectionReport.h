@@ -28,7 +28,7 @@ struct TCorrectionReport {
     std::vector<TFile> files;          // one for each input that is done; none where all pages went into one file
     std::vector<TFailure> failures;    // of inputs that are not
     TSeriesStatistics before, background, after;
-    TSignificantBits bits; // of the images before
+    TSignificantBits bits;           // of the images before
     std::vector<std::string> legend; // of the picture
 };
 

@@ -21,6 +21,10 @@ constexpr std::size_t kLongestKey = 512;
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
 
+const char* const kSomeFailedHelp =
+    "Into a folder: an input that fails gets one line and is counted, the others are done. Exit status: 0 all done,\n"
+    "1 some failed, 2 refused or nothing done.";
+
 std::string TConditions::Text() const
 {
     return fmt::format("{:g} s, {:g} %", exposureSeconds, lightIntensityPercent);

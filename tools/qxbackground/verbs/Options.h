@@ -53,6 +53,8 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 // Throws TToolError when the key is empty or so long that the library's files would cut it.
 void CheckKey(const std::string& key);
 extern const char* const kKeyHelp;
+// For the verbs that write into folders.
+extern const char* const kSomeFailedHelp;
 
 } // namespace workbench
 

@@ -159,6 +159,7 @@ void AddStoreVerb(TVerb& app, TContext& context)
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
         AddCorrectOptions(verb, options->correct);
+        verb.footer(kSomeFailedHelp);
         verb.Run([&context, options] { ApplyFromStore(context, *options); });
     }
 }

@@ -1,6 +1,7 @@
 """Files that were cut or damaged: read or refused with one line that names them, in little memory, and never a crash.
 
 test_broken_formats.py --long [TRIES] tries far more of them (with the environment of the test)."""
+import os
 import subprocess
 import sys
 import unittest
@@ -111,6 +112,16 @@ class Broken(ToolTest):
             with self.subTest(file=name):
                 (self.folder / name).write_bytes(data)
                 self.assertIn("claims more", self.refused("statistics", name, says=[name]))
+
+    def test_a_note_in_a_png_that_claims_two_gigabytes_takes_no_memory(self):
+        data = (self.folder / "convert.png").read_bytes()
+        (self.folder / "n.png").write_bytes(data[:33] + b"\x7f\xff\xff\xf0tEXtComment\0text" + data[33:])
+        with subprocess.Popen([TOOL, "statistics", "n.png"], cwd=self.folder, stderr=subprocess.PIPE) as process:
+            line = process.stderr.read()
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+        self.assertEqual((process.returncode, line.count(b"\n")), (2, 1), line)
+        self.assertLess(usage.ru_maxrss, 100_000)  # kilobytes
 
 
 if __name__ == "__main__":

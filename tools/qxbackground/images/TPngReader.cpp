@@ -31,6 +31,7 @@ struct TPngReader::TDecoder {
     TDecoder& operator=(const TDecoder&) = delete;
     ~TDecoder() { png_destroy_read_struct(&png, &info, nullptr); }
 
+    bool ChunksAreThere();
     bool ReadHeader();
     bool ReadRows(std::uint16_t* pixels, std::size_t width, std::size_t height);
 
@@ -97,9 +98,29 @@ TPngReader::TPngReader(const std::string& name) : TImageReader(name, TImageForma
 
 TPngReader::~TPngReader() = default;
 
+// libpng takes memory for all that a chunk claims before it looks whether it is there.
+bool TPngReader::TDecoder::ChunksAreThere()
+{
+    constexpr std::uint64_t kSignature = 8, kAround = 12; // length and type before a chunk's data, a sum behind
+    for (std::uint64_t start = kSignature; start + kAround <= file.Bytes();) {
+        const std::string head = file.TextAt(start, 8);
+        std::uint64_t length = 0;
+        for (std::size_t byte = 0; byte < 4 && head.size() == 8; ++byte)
+            length = length << 8 | static_cast<unsigned char>(head[byte]);
+        if (length > file.Bytes() - start - kAround)
+            return false;
+        if (head.compare(4, 4, "IEND") == 0)
+            return true;
+        start += kAround + length;
+    }
+    return false;
+}
+
 void TPngReader::Start()
 {
     decoder = std::make_unique<TDecoder>(file);
+    if (!decoder->ChunksAreThere())
+        Fail("is not a readable PNG file: it is cut or damaged");
     if (!decoder->ReadHeader())
         Fail(std::string("is not a readable PNG file: ") + decoder->complaint);
 }

@@ -14,6 +14,7 @@ if [ "$level" != build ]; then
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
     packages+=(mono-mcs mono-runtime) # a host in C#
+    packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi

@@ -37,7 +37,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << Counted(stack.frames, "dark frame") << " of " << stack.Size().Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace

@@ -81,8 +81,11 @@ def _runner(scheduler: Optional[str], threads: Optional[int], shows_progress: bo
     client: Any = None
     if scheduler is not None:
         from distributed import Client
+        from distributed.comm.addressing import parse_address
+        from distributed.comm.registry import get_backend
 
         try:
+            get_backend(parse_address(scheduler, strict=True)[0])  # a client that fails over this tells it for a minute
             client = Client(scheduler, timeout="20s", set_as_default=False)
         except (OSError, ValueError) as error:
             _fail(f"--scheduler {scheduler}: {error}")

@@ -246,8 +246,7 @@ def correct_store(source: str, target: str, *, calibration: str, key: Optional[s
     recipe = Recipe(correction, exposure, intensity, level, rectangle)
 
     unfinished = target + ".unfinished"
-    described = [open(os.path.join(source, part.path, ".zarray"), "rb").read() for part in levels]
-    plan = {"input": source, "arrays": [sha256(text).hexdigest() for text in described],
+    plan = {"input": source, "arrays": [_digest(os.path.join(source, part.path, ".zarray")) for part in levels],
             "correction": correction.digest, "exposure": exposure, "intensity": intensity, "level": level,
             "region": rectangle}
     plan = json.loads(json.dumps(plan))
@@ -276,6 +275,11 @@ def correct_store(source: str, target: str, *, calibration: str, key: Optional[s
     lower = f", {len(levels) - 1} lower level{'s' if len(levels) > 2 else ''}" if len(levels) > 1 else ""
     say(f"{target}: {frames} image{'' if frames == 1 else 's'} of {levels[0].shape[-1]} x {levels[0].shape[-2]} pixels"
         f"{lower} ({kind})")
+
+
+def _digest(path: str) -> str:
+    with open(path, "rb") as file:
+        return sha256(file.read()).hexdigest()
 
 
 def _begin(source: str, unfinished: str, plan: Dict[str, Any], levels: Sequence[Level]) -> bool:

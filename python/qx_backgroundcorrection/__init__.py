@@ -11,7 +11,8 @@ from ._delegates import Delegate
 from ._errors import (ArgumentError, ClosedError, CorrectionError, FileError, HeaderOnlyError, LibraryError,
                       OperationFailedError)
 from ._library import library_path, use_library
-from ._objects import Processor, Reference, Region, Statistics, Store
+from ._object import Reference, Region, Statistics
+from ._objects import Processor, Store
 from ._recipe import CalibrationChangedError
 
 __all__ = [

@@ -10,6 +10,7 @@ from typing import Iterator, List, NoReturn, Optional, Tuple, Union
 import numpy as np
 
 from ._arrays import Image
+from ._spelling import folded
 
 SIGNATURE = b"Background Correction File"
 MOST_PIXELS = 2**31 - 1
@@ -90,13 +91,13 @@ class Calibration:
         return iter(self.corrections)
 
     def __contains__(self, key: object) -> bool:
-        return isinstance(key, str) and any(_folded(c.key) == _folded(key) for c in self.corrections)
+        return isinstance(key, str) and any(folded(c.key) == folded(key) for c in self.corrections)
 
     def __getitem__(self, key: Union[str, int]) -> Correction:
         if isinstance(key, int):
             return self.corrections[key]
         for correction in self.corrections:
-            if _folded(correction.key) == _folded(key):
+            if folded(correction.key) == folded(key):
                 return correction
         raise KeyError(key)
 
@@ -108,10 +109,6 @@ class Calibration:
         from html import escape
 
         return f"<div>{escape(repr(self)[1:-1])}</div>" + "".join(c._repr_html_() for c in self.corrections[:8])
-
-
-def _folded(key: str) -> bytes:
-    return key.encode("utf-8", "surrogateescape")[:512].lower()
 
 
 class _Walk:
@@ -190,9 +187,9 @@ def parse_calibration(data: Bytes, path: Optional[str] = None) -> Calibration:
     for _ in range(count if count < 2**31 else 0):  # a signed number: below 0 there are none
         start = walk.at
         correction = walk.correction()
-        if _folded(correction.key) in seen:
+        if folded(correction.key) in seen:
             walk.fail(start, f"the key {correction.key!r} is there twice")
-        seen.add(_folded(correction.key))
+        seen.add(folded(correction.key))
         corrections.append(correction)
     return Calibration(version, names, corrections, path)
 

@@ -7,7 +7,8 @@ from typing import TYPE_CHECKING, Any, Iterable, Optional, Sequence, Union
 import numpy as np
 
 from ._arrays import Image, check_type, overlap
-from ._objects import Frames, Processor
+from ._frames import Frames
+from ._objects import Processor
 from ._recipe import (AsBytes, CalibrationSource, Recipe, apply_to_stack, as_bytes, check_images, check_output,
                       check_region, from_calibration, percentage, positive)
 

@@ -13,7 +13,7 @@ from dask.highlevelgraph import HighLevelGraph
 from ._arrays import UINT16, Image
 from ._average import EXACT_FRAMES, Sums, add_frames, average_of
 from ._correct import is_dask, master_dark, travelling_darks
-from ._objects import Region
+from ._object import Region
 from ._pool import pool
 from ._recipe import (AsBytes, CalibrationSource, FromFrame, InFile, Recipe, apply_to_stack, check_images, check_region,
                       from_calibration)

@@ -101,8 +101,12 @@ def _file_at(place: Union[str, "os.PathLike[str]"]) -> str:
 
 def _places() -> Iterator[str]:
     """Where the library may be when nobody has said it, best first: files, at last the plain name for the system."""
-    folders = [Path(__file__).parent]
-    folders += [Path(prefix) / ("Library/bin" if ON_WINDOWS else "lib") for prefix in (sys.prefix, sys.base_prefix)]
+    package = Path(__file__).resolve().parent
+    folders = [package]
+    if ON_WINDOWS:
+        folders += [Path(prefix) / "Library" / "bin" for prefix in (sys.prefix, sys.base_prefix)]
+    else:  # lib/python3/dist-packages/qx_backgroundcorrection: the tree may be moved
+        folders += [package.parents[2], Path(sys.prefix) / "lib"]
     for folder in folders:
         if (folder / FILE_NAME).is_file():
             yield str(folder / FILE_NAME)

@@ -13,7 +13,9 @@ import numpy as np
 
 from ._arrays import Image, check_frame, check_type, spell
 from ._calibration import Calibration, Correction, parse_calibration, read_calibration
-from ._objects import Path, Processor, Region
+from ._object import Region
+from ._objects import Processor
+from ._spelling import Path
 
 CalibrationSource = Union[Path, bytes, Calibration]
 

@@ -55,13 +55,14 @@ def _parser() -> argparse.ArgumentParser:
     verbs = parser.add_subparsers(title="verbs", dest="verb", required=True, parser_class=_Parser)
     correct = verbs.add_parser(
         "correct", allow_abbrev=False, help="correct a whole zarr store",
-        description="Corrects an array (..., height, width) of uint16, or an OME-Zarr image with its lower levels, into a "
-                    "new store with the same attributes. A run that was interrupted goes on when it is started again.",
+        description="Corrects an array (..., height, width) of uint16, or an OME-Zarr image with its lower levels, "
+                    "into a new store with the same attributes. A run that was interrupted goes on when it is started "
+                    "again.",
         epilog="Exit status: 0 done, 2 refused or failed, with one line that says why, 130 interrupted.")
     correct.add_argument("input", metavar="IN.zarr", help="zarr store in a folder (format 2)")
     correct.add_argument("output", metavar="OUT.zarr", help="new store; OUT.zarr.unfinished until it is whole")
     correct.add_argument("--calibration", required=True, metavar="FILE", help="calibration file")
-    correct.add_argument("--key", help="which correction (letter case ignored); may be left out where there is one only")
+    correct.add_argument("--key", help="which correction (letter case ignored); may be left out where there is one")
     correct.add_argument("--exposure", required=True, type=_number("exposure"), metavar="SECONDS", help="of the images")
     correct.add_argument("--intensity", default=100.0, type=_number("intensity"), metavar="PERCENT",
                          help="of the images (100)")

@@ -197,9 +197,9 @@ def parse_calibration(data: Bytes, path: Optional[str] = None) -> Calibration:
 def read_calibration(path: Union[str, "os.PathLike[str]"]) -> Calibration:
     """Reads a calibration file, or a group file of an offline store, without the library.
 
-    The backgrounds are views over a memory map: pixels are read from the disk when they are looked at, and the file stays
-    mapped as long as one of them is there. Do not let the file be changed in place meanwhile; replacing it under its
-    name (as the workbench does) is harmless.
+    The backgrounds are views over a memory map: pixels are read from the disk when they are looked at, and the file
+    stays mapped as long as one of them is there. Do not let the file be changed in place meanwhile, as a Processor's
+    save() does; replacing it under its name, as the workbench does, is harmless.
 
     Raises
     ------

@@ -38,8 +38,9 @@ def whole_frames(images: Any) -> Any:
         raise ValueError(f"images has {images.ndim} dimensions, not two or more (..., height, width)")
     if images.numblocks[-2:] == (1, 1):
         return images
-    warnings.warn(f"the chunks of images are {' x '.join(map(str, images.chunksize))}, which is no whole frame: they are "
-                  f"put together; chunks of whole frames are quicker and need less memory", RechunkWarning, stacklevel=4)
+    warnings.warn(f"the chunks of images are {' x '.join(map(str, images.chunksize))}, which is no whole frame: they "
+                  f"are put together; chunks of whole frames are quicker and need less memory", RechunkWarning,
+                  stacklevel=4)
     return images.rechunk({images.ndim - 2: -1, images.ndim - 1: -1})
 
 

@@ -19,8 +19,8 @@ class Delegate:
     0 after success, or a code of its own, with which apply() then fails. An exception leaves apply() as it is. Methods
     may call the object back, but must not wait for another thread that does.
 
-    Where one function is enough, apply() takes any callable of (image, background, out) as well; background is None when
-    there is nothing to subtract.
+    Where one function is enough, apply() takes any callable of (image, background, out) as well; background is None
+    when there is nothing to subtract.
 
     >>> import numpy as np
     >>> from qx_backgroundcorrection import Processor

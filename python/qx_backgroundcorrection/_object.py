@@ -45,8 +45,8 @@ class Statistics(NamedTuple):
 class LibraryObject:
     """What processors and stores have in common. See QX_BackgroundCorrection.h for what the operations do.
 
-    Calls on one object are serialised by the library, which lets go of Python's own lock while it works. Do not close an
-    object that another thread is using.
+    Calls on one object are serialised by the library; Python's own lock is free while it works. Do not close an object
+    that another thread is using.
     """
 
     _handle: Optional[int]

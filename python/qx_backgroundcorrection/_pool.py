@@ -16,8 +16,8 @@ MOST_RECIPES = 4  # beyond, those that were not used for the longest time are cl
 
 class _Idle(NamedTuple):
     processors: List[Processor]
-    # Of a correction that is made of a frame. Kept, so that no other frame gets its identity: the name that dask has for
-    # a frame says nothing about its pixels, which may have been computed anew from a changed file.
+    # Of a correction that is made of a frame. Kept, so that no other frame gets its identity: the name that dask has
+    # for a frame says nothing about its pixels, which may have been computed anew from a changed file.
     frame: Optional[Image]
 
 

@@ -35,8 +35,8 @@ class InFile:
     def prepare(self, processor: Processor, frame: Optional[Image]) -> None:
         calibration = read_calibration(self.path)
         if self.key not in calibration or calibration[self.key].digest() != self.digest:
-            raise CalibrationChangedError(f"the correction {self.key!r} in {self.path} is not the one that the work was "
-                                          f"planned with")
+            raise CalibrationChangedError(f"the correction {self.key!r} in {self.path} is not the one that the work "
+                                          f"was planned with")
         load_alone(processor, calibration[self.key].file_bytes(), self.key)
 
 
@@ -89,8 +89,8 @@ class Recipe:
 
     @property
     def token(self) -> str:
-        settings: Tuple[object, ...] = (type(self.source).__name__, self.source.digest, self.exposure, self.intensity, self.level,
-                    self.region)
+        settings: Tuple[object, ...] = (type(self.source).__name__, self.source.digest, self.exposure, self.intensity,
+                                        self.level, self.region)
         if isinstance(self.source, FromFrame):
             settings += (self.source.exposure, self.source.intensity)
         return sha256(repr(settings).encode()).hexdigest()
@@ -145,7 +145,8 @@ def check_region(region: Any, shape: Tuple[int, int]) -> Optional[Region]:
     except (TypeError, ValueError):
         raise TypeError(f"region is {region!r}, not (left, top, width, height) in pixels") from None
     if left < 0 or top < 0 or width < 1 or height < 1 or left + width > shape[1] or top + height > shape[0]:
-        raise ValueError(f"region is {(left, top, width, height)}, which does not lie in the correction's {spell(shape)}")
+        raise ValueError(f"region is {(left, top, width, height)}, which does not lie in the correction's "
+                         f"{spell(shape)}")
     return Region(left, top, width, height)
 
 
@@ -174,8 +175,8 @@ def from_calibration(calibration: CalibrationSource,
     if isinstance(calibration, (bytes, bytearray, memoryview)):
         calibration = parse_calibration(bytes(calibration))
     if not isinstance(calibration, Calibration):
-        raise TypeError(f"calibration is a {type(calibration).__name__}, not a path, the bytes of a calibration file or "
-                        f"what read_calibration() gives")
+        raise TypeError(f"calibration is a {type(calibration).__name__}, not a path, the bytes of a calibration file "
+                        f"or what read_calibration() gives")
     correction = choose(calibration, key)
     return AsBytes(correction.file_bytes(), correction.key, correction.digest()), correction.shape
 

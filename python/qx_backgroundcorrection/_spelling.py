@@ -1,4 +1,4 @@
-"""Keys and paths between Python's texts and the library's bytes. Bytes that are no UTF-8 survive the way there and back."""
+"""Keys and paths between Python's texts and the library's bytes. Bytes that are no UTF-8 survive there and back."""
 from __future__ import annotations
 
 import os

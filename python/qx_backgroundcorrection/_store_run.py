@@ -82,8 +82,8 @@ def shrink_box(job: Job, number: int, box: Box) -> int:
 
 
 def means(pixels: Any, factors: Sequence[int], shape: Sequence[int]) -> Image:
-    """Blocks of `factors` pixels as their means, rounded half up; what is left at the ends counts as far as it goes, or,
-    where `shape` has no room for a block of its own, to the last one."""
+    """Blocks of `factors` pixels as their means, rounded half up; what is left at the ends counts as far as it goes,
+    or, where `shape` has no room for a block of its own, to the last one."""
     sums = pixels.astype(np.uint64)
     counts = np.ones((1,) * pixels.ndim, np.uint64)
     for axis, (factor, size) in enumerate(zip(factors, shape)):
@@ -98,7 +98,7 @@ def means(pixels: Any, factors: Sequence[int], shape: Sequence[int]) -> Image:
 # What there is to do
 
 def _boxes(array: Any, shape: Sequence[int], whole_frames: bool) -> Iterator[Tuple[Box, List[str]]]:
-    """The parts that tasks write, with the names of their chunks. Of `whole_frames` all chunks of a frame are one part."""
+    """The parts that tasks write, with the names of their chunks. With `whole_frames` all chunks of a frame are one."""
     chunks = array.chunks
     counts = [-(-size // chunk) for size, chunk in zip(shape, chunks)]
     outer = len(shape) - 2 if whole_frames else len(shape)
@@ -118,8 +118,8 @@ def _undone(job: Job, number: int) -> Tuple[List[Box], int]:
 
 
 def _levels(source: str) -> Tuple[Tuple[Level, ...], str]:
-    """The arrays to make: of an OME-Zarr image the one of full resolution and the lower ones, else the one there is. And
-    what the store is."""
+    """The arrays to make: of an OME-Zarr image the one of full resolution and the lower ones, else the one there is.
+    And what the store is."""
     store = DirectoryStore(source)
     if ".zarray" in store:
         return (Level("", zarr.open_array(store, mode="r").shape, ()),), "array"
@@ -158,8 +158,8 @@ def _factors(before: Level, path: str, shape: Sequence[int]) -> Tuple[int, ...]:
     for large, small in zip(before.shape, shape):
         factor = max(1, round(large / max(small, 1)))
         if len(before.shape) != len(shape) or small not in (large // factor, -(-large // factor)):
-            raise RunError(f"level {path!r} has the shape {tuple(shape)}, which is no whole part of {before.shape} before "
-                           f"it: it cannot be rebuilt")
+            raise RunError(f"level {path!r} has the shape {tuple(shape)}, which is no whole part of {before.shape} "
+                           f"before it: it cannot be rebuilt")
         factors.append(factor)
     return tuple(factors)
 
@@ -264,7 +264,7 @@ def correct_store(source: str, target: str, *, calibration: str, key: Optional[s
             else:
                 run(f"level {part.path}", shrink_box, job, [(number, box) for box in boxes])
             if _undone(job, number)[0]:
-                raise RunError(f"pieces of {unfinished} are missing after all was done: is it written to by somebody else?")
+                raise RunError(f"pieces of {unfinished} are missing in the end: does anybody else write to it?")
         if os.path.lexists(target):
             shutil.rmtree(target)
         os.rename(unfinished, target)

@@ -116,14 +116,9 @@ def correct(images: Any, *, calibration: Optional[CalibrationSource] = None, key
             check_images(images.shape, shape, rectangle)
             settings = Recipe(AsBytes(b"", "darks", ""), exposure, intensity, level, rectangle)
             settings.set_up(processor, "darks")
-        if out is None:
-            result: Image = np.empty(images.shape, np.uint16)
-        else:
-            result = out
-            if np.may_share_memory(out, images):  # the same pixels, maybe by another name
-                images = out
+        result: Image = np.empty(images.shape, np.uint16) if out is None else out
         apply_to_stack(processor, images, result)
-    return result if out is None else out
+    return result
 
 
 def travelling_darks(darks: Iterable[Image], exposure: float, intensity: float) -> AsBytes:

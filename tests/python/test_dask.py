@@ -70,6 +70,16 @@ class OneMachine(DaskTest):
             self.same(correct(images, darks=lazy_darks, dark_exposure=1, exposure=0.3, level=73, out=out), expected)
         self.same(out, expected)
 
+    def test_a_sequence_of_tiff_files(self):
+        path, _ = self.calibration()
+        images = np.array(self.images(3, 40, 30))
+        for index, image in enumerate(images):
+            self.write(f"{index}.tif", [image])
+        read = dask.delayed(lambda name: self.read(name)[0])
+        lazy = da.stack([da.from_delayed(read(f"{index}.tif"), (30, 40), np.uint16) for index in range(3)])
+        self.same(correct(lazy, calibration=path, exposure=2).compute(scheduler="threads"),
+                  self.workbench_applies(path, images))
+
     def test_images_in_memory_are_not_touched(self):
         path, _ = self.calibration()
         images = np.array(self.images(4, 40, 30))
@@ -143,9 +153,9 @@ class OneMachine(DaskTest):
     def test_dark_frames_that_changed_on_the_disk_are_read_anew(self):
         darks = zarr.open(str(self.folder / "darks.zarr"), "w", shape=(2, 3, 4), chunks=(1, 3, 4), dtype="u2")
         image = da.from_array(np.full((1, 3, 4), 1000, np.uint16))
+        result = correct(image, darks=da.from_zarr(darks), dark_exposure=1, exposure=1)
         for value in (100, 200):
             darks[:] = value
-            result = correct(image, darks=da.from_zarr(darks), dark_exposure=1, exposure=1)
             self.same(result.compute(scheduler="synchronous"), np.full((1, 3, 4), 1000 - value))
 
     def test_what_is_refused(self):

@@ -231,6 +231,8 @@ class Corrections(PythonTest):
         stack[:, 0, 0] = 65535
         expected = self.processor(stack).background()
         self.same(self.processor(iter(stack)).background(), expected)
+        halves = np.array([[[3, 4]], [[4, 6]]], np.uint16)
+        self.same(self.processor(iter(halves)).background(), self.processor(halves).background())
         self.assertTrue((self.processor(stack.mean(0).round().astype(np.uint16)).background() != expected).any(),
                         "the rounding of the sums does not show in these frames")
 
@@ -462,6 +464,7 @@ class Lives(PythonTest):
             with make() as thing:
                 self.assertFalse(thing.closed)
             self.assertTrue(thing.closed)
+            self.assertFalse(thing._finalizer.alive, "the library's object is still there")
             thing.close()
             for work in (lambda: thing.apply(np.zeros((1, 1), np.uint16)), lambda: thing.save("x"),
                          lambda: thing.apply(np.zeros((1, 1), np.uint16), np.zeros((1, 1), np.uint16))):

@@ -262,7 +262,7 @@ class Interrupted(StoreTest):
         self.stopped(signal.SIGKILL, "--threads", 1)
         lock = os.open(self.folder / "out.zarr.unfinished", os.O_RDONLY)
         self.addCleanup(os.close, lock)
-        fcntl.flock(lock, fcntl.LOCK_EX)
+        fcntl.flock(lock, fcntl.LOCK_SH)  # a run wants it alone
         self.refuses("another run is working")
 
     def test_an_older_output_stays_until_the_new_one_is_there(self):

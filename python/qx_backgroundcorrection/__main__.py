@@ -150,6 +150,10 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
         _fail(str(error))
     except (OSError, ValueError, TypeError, MemoryError) as error:
         _fail(f"{type(error).__name__}: {error}" if not str(error) else str(error))
+    except Exception as error:
+        if given.scheduler is None:
+            raise
+        _fail(f"the cluster failed, the same command goes on from here: {type(error).__name__}: {error}")
     except KeyboardInterrupt:
         print("qx_backgroundcorrection: interrupted; the same command goes on from here", file=sys.stderr)
         return 130

@@ -12,6 +12,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import unittest.mock
 
 import numpy as np
 import zarr
@@ -344,6 +345,21 @@ class Cluster(StoreTest):
         self.make(images)
         self.correct("--scheduler", self.address, "--send-calibration")
         self.same(self.result()[:], self.workbench_applies(self.path, images))
+
+    def test_a_cluster_that_fails(self):
+        self.make(np.array(self.images(1, 40, 30)))
+
+        class KilledWorker(Exception):
+            pass
+
+        def run(*arguments):
+            raise KilledWorker("thrice")
+
+        with unittest.mock.patch("qx_backgroundcorrection.__main__._runner", lambda *_: (run, lambda: None)):
+            status, _, errors = self.run_here("--scheduler", self.address)
+        self.assertEqual((status, errors), (2, "qx_backgroundcorrection: the cluster failed, the same command goes on from "
+                                               "here: KilledWorker: thrice\n"))
+        self.correct("--scheduler", self.address)
 
     def test_a_cluster_that_is_not_there(self):
         self.make(np.array(self.images(1, 40, 30)))

@@ -4,6 +4,7 @@ from __future__ import annotations
 import argparse
 import os
 import sys
+from contextlib import nullcontext, redirect_stdout
 from typing import Any, Callable, List, NoReturn, Optional, Sequence, Tuple
 
 from . import __version__
@@ -107,12 +108,11 @@ def _runner(scheduler: Optional[str], threads: Optional[int], shows_progress: bo
             if shows_progress:
                 from distributed import progress
 
-                progress(futures, notebook=False)
-                print(file=sys.stderr)
+                with client.as_current(), redirect_stdout(sys.stderr):  # where it looks, and where it draws
+                    progress(futures, notebook=False)
+                    print()
             client.gather(futures)
             return
-        from contextlib import nullcontext
-
         from dask.diagnostics import ProgressBar
         from dask.threaded import get
 

@@ -81,6 +81,15 @@ class StoreTest(PythonTest):
         self.assertIn(text, errors)
         self.assertEqual(self.contents(), before)
 
+    def shown_on_a_terminal(self, *arguments):
+        controller, terminal = pty.openpty()
+        result = subprocess.run(self.command(*arguments), cwd=self.folder, stdout=subprocess.PIPE, stderr=terminal, text=True)
+        os.close(terminal)
+        shown = os.read(controller, 65536).decode()
+        os.close(controller)
+        self.assertEqual((result.returncode, result.stdout.count("\n")), (0, 1), shown)
+        return shown
+
     def result(self, path="out.zarr"):
         return zarr.open_array(str(self.folder / path), "r")
 
@@ -346,6 +355,10 @@ class Cluster(StoreTest):
         self.correct("--scheduler", self.address, "--send-calibration")
         self.same(self.result()[:], self.workbench_applies(self.path, images))
 
+    def test_its_progress_is_shown_on_a_terminal(self):
+        self.make(np.array(self.images(3, 40, 30)))
+        self.assertIn("100% Completed", self.shown_on_a_terminal("--scheduler", self.address))
+
     def test_a_cluster_that_fails(self):
         self.make(np.array(self.images(1, 40, 30)))
 
@@ -380,13 +393,7 @@ class CommandLine(StoreTest):
 
     def test_without_a_terminal_there_is_no_progress_bar_and_on_one_there_is(self):
         self.make(np.array(self.images(3, 40, 30)))
-        controller, terminal = pty.openpty()
-        result = subprocess.run(self.command(), cwd=self.folder, stdout=subprocess.DEVNULL, stderr=terminal)
-        os.close(terminal)
-        shown = os.read(controller, 65536).decode()
-        os.close(controller)
-        self.assertEqual(result.returncode, 0)
-        self.assertIn("100% Completed", shown)
+        self.assertIn("100% Completed", self.shown_on_a_terminal())
         self.correct("--overwrite")  # which looks that nothing is written to standard error
 
 

@@ -35,6 +35,16 @@ class Texts(PythonTest):
                     if thing.__name__ in ("Processor", "Store", "Delegate"):
                         self.assertTrue(value.__doc__, f"{name}.{attribute}")
 
+    def test_modules_import_what_stands_above_them_in_the_guide(self):
+        guide = (SOURCE / "docs" / "structure.md").read_text(encoding="utf-8").split("## The Python package")[1]
+        rows = re.findall(r"^\| (`_[^|]+) \|", guide, re.M)
+        ranks = {module: rank for rank, row in enumerate(rows) for module in re.findall(r"`(\w+)`", row)}
+        ranks["_version"] = 0
+        self.assertEqual(set(ranks), {*MODULES, "__main__"})
+        for module, rank in ranks.items():
+            for other in re.findall(r"^ *from \.(\w+) import", (FOLDER / f"{module}.py").read_text(encoding="utf-8"), re.M):
+                self.assertLessEqual(ranks[other], rank, f"{module} imports {other}")
+
     def test_sources_are_of_a_size_to_be_read(self):
         for path in FOLDER.glob("*.py"):
             lines = path.read_text(encoding="utf-8").splitlines()

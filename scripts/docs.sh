@@ -10,5 +10,6 @@ QXBC_VERSION=$(sed -n 's/^#define QX_BACKGROUNDCORRECTION_VERSION_[MP][A-Z]* \([
     include/QX_BackgroundCorrection.h | paste -sd .)
 export QXBC_VERSION
 doxygen docs/Doxyfile
+cp docs/*.svg docs/*.png build/docs
 rm -rf build/docs/pages
 echo "build/docs/index.html"

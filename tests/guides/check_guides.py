@@ -20,13 +20,17 @@ from guide_blocks import SHELLS, read_blocks, without_blocks  # noqa: E402
 # Who replays which session of which page: the tests beside this one, and for sessions that want root a script.
 REPLAYED = re.compile(r"qxbc_replay\(([\w./-]+\.md) (\w+)")
 REPLAYED_BY_ROOT = {("docs/getting-started-linux.md", "packages"): "scripts/try-guides.sh"}
+# Pages and languages that a test of their own runs, and that test.
+WHOLE_PAGES = {"docs/python-tutorial.md": "tests/python/test_docs.py"}
+PYTHON_PAGES = {"docs/python.md": "tests/python/test_docs.py"}
+MEASURED_BY = re.compile(r"(?:bench|scripts)/[\w-]+\.(?:py|sh)")
 KINDS = {
     "sh": ("run", "covered by"),
     "bat": ("run", "covered by", "not run here"),
     "c": ("compiles", "file", "covered by"),
     "cpp": ("compiles", "file", "covered by"),
     "cmake": ("file", "covered by"),
-    "py": ("file", "covered by"),
+    "python": ("file", "covered by"),
     "text": ("prints", "covered by", "checked by a test", "written by", "drawing"),
     "": ("prints", "covered by", "checked by a test", "written by", "drawing"),
 }
@@ -52,7 +56,17 @@ def programs(block):
         yield from re.findall(r"\d[\d.]*\d|\d", block.text)
 
 
+def is_run_by(test, block, root):
+    return test is not None and (root / test).is_file() and \
+        block.page.name in (root / test).read_text(encoding="utf-8")
+
+
 def check_block(block, root, replayed):
+    page = block.page.relative_to(root).as_posix()
+    if is_run_by(WHOLE_PAGES.get(page), block, root):
+        return
+    if block.language == "python" and is_run_by(PYTHON_PAGES.get(page), block, root):
+        return
     kinds = KINDS.get(block.language)
     if kinds is None:
         yield f'has the language "{block.language}", which nothing here checks'
@@ -128,11 +142,14 @@ def anchors(page):
 
 
 def check_page(page, root):
+    section = ""
     for number, line in without_blocks(page):
+        section = "" if line.startswith("#") else section + line
         if re.match(r"    +[^ |*\d-]", line) and "|" not in line and not in_list(page, number):
             yield f"{page}:{number}", "is an indented block: only fenced ones can be checked"
-        if re.search(r"\d ?(?:[nµm]s|[GM]B/s)\b", line) and not page.name.startswith("performance"):
-            yield f"{page}:{number}", "tells a measured time: those stand in performance.md, which a script writes"
+        if re.search(r"\d ?(?:[nµm]s|[GM]B/s)\b", line) and not MEASURED_BY.search(section) \
+                and "performance" not in page.name:
+            yield f"{page}:{number}", "tells a measured time, and nothing before it in its section says what measures it"
         if re.search(r"!\[\s*\]\(", line):
             yield f"{page}:{number}", "shows a picture without telling those who cannot see it what is on it"
         for target in re.findall(r"\]\(([^)\s]+)\)", line):
@@ -184,6 +201,10 @@ def check(root, compiler=None):
         text = (root / script).read_text(encoding="utf-8") if (root / script).exists() else ""
         if re.search(rf"{re.escape(page)}", text) and re.search(rf"^\w+ {session}\b", text, re.M):
             replayed.add((page, session))
+    index = root / "docs/README.md"
+    for page in sorted((root / "docs").glob("*.md")) if index.exists() else ():
+        if page != index and f"({page.name})" not in index.read_text(encoding="utf-8"):
+            yield str(page), "stands in no line of docs/README.md"
     for page in pages(root):
         yield from check_page(page, root)
         for block in read_blocks(page):
@@ -249,6 +270,8 @@ def self_test():
         ("![a picture](../tests/some.sh)\n", None),
         ("A call takes 5 ns.\n", "tells a measured time"),
         ("An exposure of 5 s.\n", None),
+        ("`scripts/b.sh` measures.\n\nA call takes 5 ns.\n", "names scripts/b.sh"),
+        (block("", "python", "x = 1"), "neither run nor checked"),
         ("It is in `tests/none.cpp`.\n", "names tests/none.cpp"),
         ("It is in `tests/some.sh`.\n", None),
     ]
@@ -273,6 +296,11 @@ def self_test():
         failures += violation_of(root, guide, both, None)
         failures += violation_of(root, guide, both.replace("true", "true\ntrue", 1), "takes 6 commands")
         failures += violation_of(root, guide, five, "packages never leads")
+        (root / "docs/README.md").write_text("none\n", encoding="utf-8")
+        failures += violation_of(root, "docs/page.md", "Text.\n", "in no line of docs/README.md")
+        (root / "docs/README.md").write_text("[it](page.md)\n", encoding="utf-8")
+        failures += violation_of(root, "docs/page.md", "Text.\n", None)
+        (root / "docs/README.md").unlink()
         (root / "scripts/try-guides.sh").write_text("try docs/getting-started-linux.md\n", encoding="utf-8")
         failures += violation_of(root, guide, both, "nobody replays the session packages")
     for failure in failures:

@@ -10,6 +10,8 @@ WITH_EVERY_PROGRAM = {"libc", "libm", "libstdc++", "libgcc_s", "ld-linux-x86-64"
 
 def package_of(soname):
     """By Debian's rule for libraries: libtiff.so.6 is in libtiff6, libpng16.so.16 in libpng16-16."""
+    if soname == "libz.so.1":
+        return "zlib1g"
     name, version = soname.split(".so.")
     return name + ("-" if name[-1].isdigit() else "") + version
 

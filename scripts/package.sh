@@ -2,6 +2,7 @@
 # Builds all packages into dist/, and tries them: a consumer of each, what the binaries are hardened with, Debian's
 # rules, the checksums. The same commit gives the same bytes, on the same machine, each time.
 #   scripts/package.sh           builds
+#   QXBC_MAINTAINER="Name <address>" scripts/package.sh   with this maintainer instead of the placeholder
 #   scripts/package.sh --twice   builds a second time from nothing and compares
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -22,7 +23,8 @@ build_into() {
     mkdir -p "$folder"
     for preset in package-linux package-windows; do
         rm -rf "build/$preset"
-        patiently "configuring $preset" cmake --preset "$preset"
+        patiently "configuring $preset" cmake --preset "$preset" \
+            ${QXBC_MAINTAINER:+-D "QXBC_MAINTAINER=$QXBC_MAINTAINER"}
         patiently "building $preset" cmake --build --preset "$preset" -j "$(nproc)"
         patiently "packing $preset" cpack --config "build/$preset/CPackConfig.cmake" -B "$PWD/build/$preset/packages"
         find "build/$preset/packages" -maxdepth 1 -type f -exec cp -p {} "$folder" \;

@@ -32,7 +32,10 @@ if(WIN32)
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-windows-x64")
 else()
   string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" system)
-  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_GENERATOR TGZ)
+  if(NOT CMAKE_CROSSCOMPILING) # Debian's tools ask the system that they run on what a package is for and what it needs
+    list(APPEND CPACK_GENERATOR DEB)
+  endif()
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-${system}")
 endif()
 

@@ -33,10 +33,10 @@ TTiffReader::TTiffReader(const std::string& name) : path(name), file(std::make_u
     if (!std::filesystem::is_regular_file(status))
         throw TToolError(path, "is not a regular file");
     fileBytes = std::filesystem::file_size(path, error);
-    bytes.open(path, std::ios::binary);
+    bytes.open(std::filesystem::path(path), std::ios::binary);
     if (!bytes)
         throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
-    file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
+    file->Open(path, "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
     if (file->tiff != nullptr)
         return;
     const std::string kind = FileKind(path);

@@ -7,6 +7,9 @@ foreach(target qxbackground_commands qxbackground)
     "SHELL:-include \"${CMAKE_CURRENT_SOURCE_DIR}/base/windows/Utf8Paths.h\"")
 endforeach()
 
+# What has to be told to whoever gets the program.
+file(COPY "${QXBC_WINDOWS_LIBRARIES}/third-party-notices.txt" DESTINATION "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+
 # The library goes beside the program, to be run and tested.
 set(library_build "${PROJECT_SOURCE_DIR}/build/windows" CACHE PATH "Where the library is built that the workbench loads")
 set(library "QX_BACKGROUNDCORRECTION.dll")

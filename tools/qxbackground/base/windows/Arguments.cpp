@@ -23,6 +23,18 @@ void GiveConsoleBack()
     SetConsoleOutputCP(consoleBefore);
 }
 
+// A bar of progress moves by the control sequences of terminals, and is not to be drawn letter by letter.
+void PrepareTerminal()
+{
+    const HANDLE terminal = GetStdHandle(STD_ERROR_HANDLE);
+    DWORD mode = 0;
+    if (GetConsoleMode(terminal, &mode) == 0)
+        return;
+    SetConsoleMode(terminal, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    constexpr std::size_t kEnough = 4096;
+    std::setvbuf(stderr, nullptr, _IOFBF, kEnough);
+}
+
 // An exception of the library is none for this compiler, so that no handler of this program takes it. The library lets
 // one through when memory runs out in the middle of its work, and then only.
 LONG WINAPI EndWithOneLine(EXCEPTION_POINTERS* what)
@@ -43,6 +55,7 @@ std::vector<std::string> TakeArguments(int, char**)
     SetUnhandledExceptionFilter(EndWithOneLine);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+    PrepareTerminal();
     consoleBefore = GetConsoleOutputCP();
     if (consoleBefore != 0 && SetConsoleOutputCP(CP_UTF8) != 0)
         std::atexit(GiveConsoleBack);

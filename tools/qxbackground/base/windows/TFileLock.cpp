@@ -56,6 +56,7 @@ bool TFileLock::Lock(const std::string& name)
             throw TToolError(name, "cannot be changed, its folder takes no new file: " + SystemError(error).message());
         if (!told && waitsLong) {
             std::fprintf(stderr, "qxbackground: waiting for another process that is changing %s\n", name.c_str());
+            std::fflush(stderr);
             told = true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));

@@ -8,7 +8,7 @@ set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 1)
 set(CPACK_COMPONENTS_ALL Runtime Development)
-if(QXBC_BUILD_TOOL)
+if(QXBC_BUILD_TOOL OR QXBC_WINDOWS_WORKBENCH)
   list(APPEND CPACK_COMPONENTS_ALL Workbench)
 endif()
 # Whoever builds has a file mode creation mask; packages are to be the same without.

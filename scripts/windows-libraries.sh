@@ -1,15 +1,12 @@
 #!/usr/bin/env bash
-# Builds what the workbench for Windows is linked with: libtiff, libpng and cfitsio out of Debian's source packages, with
-# MinGW, as static libraries. zlib, and the headers that need no building, come from Debian's packages.
+# Builds what the workbench for Windows is linked with: libtiff and libpng out of Debian's source packages, with MinGW, as
+# static libraries. zlib, and the headers that need no building, come from Debian's packages.
 #
 # Prints the folder where all of it lies, under build/windows-libraries/. Its name stands for what it was built from: the
 # versions, the compiler and this script. What has been built is not built again, and needs no network.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-compiler=x86_64-w64-mingw32-gcc-posix
-archiver=x86_64-w64-mingw32-ar
 home=$root/build/windows-libraries
-utf8=$root/cmake/mingw/utf8
 mkdir -p "$home"
 
 # One at a time: two configured presets may ask at once.
@@ -21,7 +18,7 @@ debian_packages="libz-mingw-w64-dev libcli11-dev libfmt-dev nlohmann-json3-dev m
 key=$({
     # shellcheck disable=SC2086
     dpkg-query -W $debian_packages
-    cat "${BASH_SOURCE[0]}" "$utf8"/*
+    cat "${BASH_SOURCE[0]}" "$root/cmake/toolchain-mingw.cmake"
 } | sha256sum | cut -c 1-16)
 result=$home/$key
 if [ -f "$result/complete" ]; then
@@ -99,29 +96,20 @@ build() {
     say "building $package ($(cat "$work/$package/version"))"
     quietly cmake -S "$work/$package/source" -B "$work/$package/build" -G Ninja \
         -D CMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw.cmake" -D CMAKE_BUILD_TYPE=Release \
-        -D CMAKE_C_FLAGS="-O2 -DNDEBUG -fstack-protector-strong -ffile-prefix-map=$work=. $flags" \
+        -D CMAKE_C_FLAGS="-O2 -DNDEBUG -fstack-protector-strong -ffile-prefix-map=$work=." \
         -D CMAKE_INSTALL_PREFIX="$work/tree" -D CMAKE_INSTALL_LIBDIR=lib -D BUILD_SHARED_LIBS=OFF "$@"
-    quietly cmake --build "$work/$package/build" --target "$target"
+    quietly cmake --build "$work/$package/build" --target install
 }
 
-for package in tiff libpng1.6 cfitsio; do
+for package in tiff libpng1.6; do
     fetch "$package"
 done
 tree=$work/tree
 mkdir -p "$tree/include" "$tree/lib"
 
-flags='' target=install
 build tiff -D tiff-tools=OFF -D tiff-tests=OFF -D tiff-contrib=OFF -D tiff-docs=OFF -D cxx=OFF -D zlib=ON -D jpeg=OFF \
     -D old-jpeg=OFF -D jbig=OFF -D lerc=OFF -D libdeflate=OFF -D lzma=OFF -D zstd=OFF -D webp=OFF
 build libpng1.6 -D PNG_SHARED=OFF -D PNG_STATIC=ON -D PNG_EXECUTABLES=OFF -D PNG_TESTS=OFF
-
-# It opens files by narrow names.
-flags="-include $utf8/Utf8Files.h -ffile-prefix-map=$utf8=. -w" target=cfitsio
-build cfitsio -D USE_CURL=OFF -D USE_PTHREADS=ON -D TESTS=OFF -D UTILS=OFF
-find "$work/cfitsio/build" -name libcfitsio.a -exec cp {} "$tree/lib" \;
-quietly "$compiler" -O2 -Wall -Wextra -Werror -c "$utf8/Utf8Files.c" -o "$work/cfitsio/Utf8Files.o"
-quietly "$archiver" rDs "$tree/lib/libcfitsio.a" "$work/cfitsio/Utf8Files.o"
-cp "$work"/cfitsio/source/{fitsio,fitsio2,longnam}.h "$tree/include"
 
 # Headers alone, from where native builds have them, without all else that lies there.
 for folder in CLI fmt nlohmann; do
@@ -138,7 +126,6 @@ debian_version() { dpkg-query -W -f '${source:Upstream-Version}' "$1"; }
 echo "qxbackground.exe holds parts of these works. Each is used as its licence, which follows, allows." >"$notices"
 notice "libtiff $(cat "$work/tiff/version")" "$work/tiff/source/LICENSE.md"
 notice "libpng $(cat "$work/libpng1.6/version")" "$work/libpng1.6/source/LICENSE"
-notice "cfitsio $(cat "$work/cfitsio/version")" "$work/cfitsio/source/License.txt"
 notice "zlib $(debian_version libz-mingw-w64-dev)" /usr/share/doc/libz-mingw-w64-dev/copyright
 notice "CLI11 $(debian_version libcli11-dev)" /usr/share/doc/libcli11-dev/copyright
 notice "{fmt} $(debian_version libfmt-dev)" /usr/share/doc/libfmt-dev/copyright

@@ -1,6 +1,5 @@
 /* The smallest host in C, on the flat interface: one correction out of two dark frames, applied to an image of twice
- * the exposure. On Linux:    cc c_host.c -lQX_BACKGROUNDCORRECTION_C with MinGW:            gcc c_host.c
- * QX_BACKGROUNDCORRECTION_C.dll */
+ * the exposure. README.md says how it is built; with MinGW: gcc c_host.c QX_BACKGROUNDCORRECTION_C.dll */
 #include "QX_BackgroundCorrection_C.h"
 
 #include <stdio.h>

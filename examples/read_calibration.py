@@ -4,8 +4,7 @@
 As a program:  read_calibration.py FILE   lists what the file holds.
 As a module:   for correction in read_calibration(path).corrections: correction.key, correction.background, ...
 
-This reader is strict: it raises CalibrationError, with the byte offset, where a file departs from the format. (The
-library itself steps over damaged corrections.)
+It is strict: CalibrationError names the byte where a file departs from the format. (The library steps over damage.)
 """
 import struct
 import sys
@@ -46,10 +45,9 @@ class _Reader:
 
     def record(self, identifier, version, length, what):
         """The data of the next record; `length` is what its header must say."""
-        start = self.at
         found = struct.unpack("<III", self.take(12, what))
         if found != (identifier, version, length):
-            raise CalibrationError(f"byte {start}: {what} is record {found}, not {(identifier, version, length)}")
+            raise CalibrationError(f"byte {self.at - 12}: {what} is record {found}, not {identifier, version, length}")
         return self.take(length, what)
 
     def number(self, identifier, version, what):
@@ -57,12 +55,10 @@ class _Reader:
 
     def correction(self):
         # Record 62 opens a correction. It has no data, and nobody needs its length.
-        start = self.at
         if struct.unpack("<III", self.take(12, "the start of a correction"))[:2] != (62, 1):
-            raise CalibrationError(f"byte {start}: no correction starts here")
+            raise CalibrationError(f"byte {self.at - 12}: no correction starts here")
         key = self.record(63, 1, 512, "a key").split(b"\0")[0]
-        width = self.number(64, 1, "a width")
-        height = self.number(65, 1, "a height")
+        width, height = self.number(64, 1, "a width"), self.number(65, 1, "a height")
         exposure = np.frombuffer(self.record(66, 1, 4, "an exposure"), "<f4")[0]
         intensity = np.frombuffer(self.record(67, 1, 4, "an intensity"), "<f4")[0]
         pixels = self.record(68, 1, 2 * width * height, "the pixels")
@@ -77,10 +73,8 @@ def read_calibration(path):
     version = struct.unpack("<I", reader.take(4, "the structure version"))[0]
     if version not in (1, 2):
         raise CalibrationError(f"byte 26: structure version {version} is not known")
-    names = []
-    if version == 2:
-        for _ in range(reader.number(69, 2, "the number of grouping names")):
-            names.append(reader.record(70, 2, 16, "a grouping name").split(b"\0")[0])
+    count = reader.number(69, 2, "the number of grouping names") if version == 2 else 0
+    names = [reader.record(70, 2, 16, "a grouping name").split(b"\0")[0] for _ in range(count)]
     corrections = [reader.correction() for _ in range(reader.number(61, 1, "the number of corrections"))]
     if reader.at != len(reader.data):
         raise CalibrationError(f"byte {reader.at}: {len(reader.data) - reader.at} bytes follow the last correction")
@@ -96,8 +90,8 @@ def main():
         sys.exit(f"read_calibration.py: {error}")
     print(f"structure version {calibration.structure_version}, {len(calibration.corrections)} corrections")
     for correction in calibration.corrections:
-        height, width = correction.background.shape
-        print(f"  {correction.key.decode('utf-8', 'replace')}: {width} x {height}, {correction.exposure:g} s, "
+        print(f"  {correction.key.decode('utf-8', 'replace')}: {correction.background.shape[1]} x "
+              f"{correction.background.shape[0]}, {correction.exposure:g} s, "
               f"{correction.intensity:g} %, median {np.median(correction.background):g}")
 
 

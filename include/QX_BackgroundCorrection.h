@@ -32,8 +32,8 @@
 ///   folder of the host's program first; put the DLL there. Both take an absolute path as it is.
 /// - Table entries. In the Microsoft ABI slot n of the interface is entry n of the table of virtual functions; entry 0,
 ///   the destructor, takes a flag, with which 1 also frees the object. On Linux there are two destructor entries (0
-///   destroys, 1 destroys and frees), so that from slot 1 on slot n stands at entry n + 1. The delegate has no virtual
-///   destructor: its operation of index n is entry n in both ABIs.
+///   destroys, 1 destroys and frees), so that from slot 1 on slot n stands at entry n + 1. The delegate's destructor
+///   comes last: its operation of index n is entry n in both ABIs.
 /// - Types. int, unsigned int and float have 32 bits, unsigned short has 16; bool is one byte, 0 or 1.
 /// - Paths are narrow, NUL-terminated text. On Windows they are in the system's code page, as long as the C runtime
 ///   takes them, and both "\" and "/" separate folders. A store knows only "\" there: under a name with "/" it writes
@@ -86,16 +86,22 @@
 /// \name Version
 /// The version of this header. The build takes the library's version from here.
 /// @{
+
+/// Changes that a host may have to follow.
 #define QX_BACKGROUNDCORRECTION_VERSION_MAJOR 1
+/// Additions.
 #define QX_BACKGROUNDCORRECTION_VERSION_MINOR 0
+/// Corrected errors.
 #define QX_BACKGROUNDCORRECTION_VERSION_PATCH 0
 /// The three numbers as a string literal, with dots between them.
 #define QX_BACKGROUNDCORRECTION_VERSION_TEXT                                                                           \
     QX_BACKGROUNDCORRECTION_JOIN_(QX_BACKGROUNDCORRECTION_VERSION_MAJOR, QX_BACKGROUNDCORRECTION_VERSION_MINOR,        \
                                   QX_BACKGROUNDCORRECTION_VERSION_PATCH)
 /// @}
+/// \cond
 #define QX_BACKGROUNDCORRECTION_JOIN_(major, minor, patch) QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch)
 #define QX_BACKGROUNDCORRECTION_QUOTE_(major, minor, patch) #major "." #minor "." #patch
+/// \endcond
 
 #if defined(_WIN32) && !defined(_WIN64)
 #error "QX_BACKGROUNDCORRECTION is a 64-bit library: build this host for x64."
@@ -114,6 +120,8 @@ namespace QX_KRLSDK {
 /// kFirstArgumentInvalid to kSeventhArgumentInvalid say which argument was refused; one code therefore carries
 /// different texts in different operations.
 /// @{
+
+/// All went well.
 const unsigned int kSuccess = 0;
 /// The list of corrections ended early while a calibration file was being written.
 const unsigned int kListEndedWhileSaving = 271;
@@ -159,9 +167,9 @@ const unsigned int kMaximumKeyLength = 512;
 /// ApplyCorrection. Operations must not throw. They may call the object back on the same thread (the background they
 /// were given is gone once a setting or the active correction changes), but must not wait for another thread that does.
 ///
-/// The first six operations are reserved: the library never calls them. There is deliberately no virtual destructor,
-/// which would shift the operations by one slot in one compiler's tables and by two in another's. A derived class may
-/// have one: it stands behind the operations. Where -Wnon-virtual-dtor is on, give the class one or declare it final.
+/// The first six operations are reserved: the library never calls them. Nor does it call the destructor, which is there
+/// for the host. It is deliberately declared last: before the operations it would shift them by one slot in one
+/// compiler's tables and by two in another's.
 class ICorrectionDelegate {
 public:
     virtual void Reserved0() {} ///< Index 0; never called.
@@ -187,8 +195,7 @@ public:
     /// Index 8. Does whatever else the host does to an image; called when there is nothing to subtract.
     virtual unsigned int ProcessInPlace(unsigned short* image, int width, int height) = 0;
 
-protected:
-    ~ICorrectionDelegate() {}
+    virtual ~ICorrectionDelegate() {} ///< Index 9 and, but for the Microsoft ABI, 10; never called by the library.
 };
 
 /// Background correction of 16-bit images. Objects are made by the exported factories and destroyed by
@@ -421,9 +428,14 @@ protected:
 
 /// \name Types of the exported functions, for hosts that load the library at run time
 /// @{
+
+/// Type of CreateBackgroundCorrection.
 typedef QX_IBackgroundCorrection* (*CreateBackgroundCorrectionFunction)();
+/// Type of CreateBackgroundCorrectionOffline.
 typedef QX_IBackgroundCorrection* (*CreateBackgroundCorrectionOfflineFunction)(char** groupingParameters, int count);
+/// Type of DeleteBackgroundCorrection.
 typedef unsigned int (*DeleteBackgroundCorrectionFunction)(QX_IBackgroundCorrection* object);
+/// Type of GetLastBackgroundCorrectionDLLError.
 typedef const char* (*GetLastBackgroundCorrectionDLLErrorFunction)();
 /// @}
 

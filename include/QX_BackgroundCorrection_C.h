@@ -42,24 +42,24 @@ extern "C" {
  * See QX_BackgroundCorrection.h for what they mean.
  * @{
  */
-#define QXBC_SUCCESS 0u
-#define QXBC_LIST_ENDED_WHILE_SAVING 271u
-#define QXBC_FIRST_ARGUMENT_INVALID 513u
-#define QXBC_SECOND_ARGUMENT_INVALID 514u
-#define QXBC_THIRD_ARGUMENT_INVALID 515u
-#define QXBC_FOURTH_ARGUMENT_INVALID 516u
-#define QXBC_FIFTH_ARGUMENT_INVALID 517u
-#define QXBC_SIXTH_ARGUMENT_INVALID 518u
-#define QXBC_SEVENTH_ARGUMENT_INVALID 519u
-#define QXBC_FILE_NAME_INVALID 768u
-#define QXBC_FILE_NOT_ACCESSIBLE 769u
-#define QXBC_HEADER_ONLY_MODE 770u
-#define QXBC_FILE_NOT_FOUND 771u
-#define QXBC_STRUCTURE_VERSION_WRONG 772u
-#define QXBC_OPERATION_FAILED 1024u
-#define QXBC_NO_CORRECTION_ACTIVE 1280u
-#define QXBC_SHORT_READ_OR_WRITE 4294967295u
-#define QXBC_UNEXPECTED_RECORD 4294967294u
+#define QXBC_SUCCESS 0u                      /**< kSuccess */
+#define QXBC_LIST_ENDED_WHILE_SAVING 271u    /**< kListEndedWhileSaving */
+#define QXBC_FIRST_ARGUMENT_INVALID 513u     /**< kFirstArgumentInvalid */
+#define QXBC_SECOND_ARGUMENT_INVALID 514u    /**< kSecondArgumentInvalid */
+#define QXBC_THIRD_ARGUMENT_INVALID 515u     /**< kThirdArgumentInvalid */
+#define QXBC_FOURTH_ARGUMENT_INVALID 516u    /**< kFourthArgumentInvalid */
+#define QXBC_FIFTH_ARGUMENT_INVALID 517u     /**< kFifthArgumentInvalid */
+#define QXBC_SIXTH_ARGUMENT_INVALID 518u     /**< kSixthArgumentInvalid */
+#define QXBC_SEVENTH_ARGUMENT_INVALID 519u   /**< kSeventhArgumentInvalid */
+#define QXBC_FILE_NAME_INVALID 768u          /**< kFileNameInvalid */
+#define QXBC_FILE_NOT_ACCESSIBLE 769u        /**< kFileNotAccessible */
+#define QXBC_HEADER_ONLY_MODE 770u           /**< kHeaderOnlyMode */
+#define QXBC_FILE_NOT_FOUND 771u             /**< kFileNotFound */
+#define QXBC_STRUCTURE_VERSION_WRONG 772u    /**< kStructureVersionWrong */
+#define QXBC_OPERATION_FAILED 1024u          /**< kOperationFailed */
+#define QXBC_NO_CORRECTION_ACTIVE 1280u      /**< kNoCorrectionActive */
+#define QXBC_SHORT_READ_OR_WRITE 4294967295u /**< kShortReadOrWrite */
+#define QXBC_UNEXPECTED_RECORD 4294967294u   /**< kUnexpectedRecord */
 /** @} */
 
 /**
@@ -151,40 +151,59 @@ const char* QXBC_GetLastDeletionError(void);
  * there is a path. Argument codes count as in QX_BackgroundCorrection.h, where the object is no argument.
  * @{
  */
+/** See QX_IBackgroundCorrection::AddCorrection. */
 unsigned int QXBC_AddCorrection(QXBC_Object* object, const char* key, const unsigned short* const* frames,
                                 int frameCount, int width, int height, float exposureSeconds,
                                 float lightIntensityPercent);
-/** A null key deactivates. */
+/** See QX_IBackgroundCorrection::SetActiveCorrection. A null key deactivates. */
 unsigned int QXBC_SetActiveCorrection(QXBC_Object* object, const char* key);
+/** See QX_IBackgroundCorrection::GetActiveCorrectionKey. */
 const char* QXBC_GetActiveCorrectionKey(QXBC_Object* object);
+/** See QX_IBackgroundCorrection::GetCorrectionKey. */
 const char* QXBC_GetCorrectionKey(QXBC_Object* object, unsigned int index);
+/** See QX_IBackgroundCorrection::GetNumberOfCorrections. */
 unsigned int QXBC_GetNumberOfCorrections(QXBC_Object* object);
+/** See QX_IBackgroundCorrection::ClearCorrections. */
 unsigned int QXBC_ClearCorrections(QXBC_Object* object);
+/** See QX_IBackgroundCorrection::DeleteCorrection. */
 unsigned int QXBC_DeleteCorrection(QXBC_Object* object, const char* key);
+/** See QX_IBackgroundCorrection::SetCorrectionLevel. */
 unsigned int QXBC_SetCorrectionLevel(QXBC_Object* object, int percent);
+/** See QX_IBackgroundCorrection::GetCorrectionLevel. */
 int QXBC_GetCorrectionLevel(QXBC_Object* object);
+/** See QX_IBackgroundCorrection::SetExposureAndIntensity. */
 unsigned int QXBC_SetExposureAndIntensity(QXBC_Object* object, float exposureSeconds, float lightIntensityPercent);
+/** See QX_IBackgroundCorrection::GetExposureAndIntensity. */
 unsigned int QXBC_GetExposureAndIntensity(QXBC_Object* object, float* exposureSeconds, float* lightIntensityPercent);
+/** See QX_IBackgroundCorrection::GetReferenceExposureAndIntensity. */
 unsigned int QXBC_GetReferenceExposureAndIntensity(QXBC_Object* object, float* exposureSeconds,
                                                    float* lightIntensityPercent);
+/** See QX_IBackgroundCorrection::GetCorrectionStatistics. */
 unsigned int QXBC_GetCorrectionStatistics(QXBC_Object* object, unsigned short* minimum, unsigned short* maximum,
                                           unsigned short* average);
+/** See QX_IBackgroundCorrection::GetScaledCorrectionStatistics. */
 unsigned int QXBC_GetScaledCorrectionStatistics(QXBC_Object* object, unsigned short* minimum, unsigned short* maximum,
                                                 unsigned short* average);
 /**
- * Subtracts the background from an image of the region's size, in place when output is null.
- * \param delegate  null, or the host's functions; read during the call only
+ * Subtracts the background from an image of the region's size, in place when output is null. delegate is null, or the
+ * host's functions, which are read during the call only. See QX_IBackgroundCorrection::ApplyCorrection.
  */
 unsigned int QXBC_ApplyCorrection(QXBC_Object* object, unsigned short* image, int imageLength, unsigned short* output,
                                   int outputLength, const QXBC_Delegate* delegate, int useDelegate,
                                   int delegateProcessing, int delegateOption);
+/** See QX_IBackgroundCorrection::SetRegion. */
 unsigned int QXBC_SetRegion(QXBC_Object* object, int left, int top, int width, int height);
+/** See QX_IBackgroundCorrection::GetRegion. */
 unsigned int QXBC_GetRegion(QXBC_Object* object, int* left, int* top, int* width, int* height);
-/** \param source  another object of the library; null is QXBC_FIRST_ARGUMENT_INVALID */
+/** See QX_IBackgroundCorrection::ImportCorrections. A null source is QXBC_FIRST_ARGUMENT_INVALID. */
 unsigned int QXBC_ImportCorrections(QXBC_Object* object, QXBC_Object* source, int overwrite);
+/** See QX_IBackgroundCorrection::LoadFileHeaderOnly. */
 unsigned int QXBC_LoadFileHeaderOnly(QXBC_Object* object, const char* fileName);
+/** See QX_IBackgroundCorrection::LoadFile. */
 unsigned int QXBC_LoadFile(QXBC_Object* object, const char* fileName);
+/** See QX_IBackgroundCorrection::SaveFile. */
 unsigned int QXBC_SaveFile(QXBC_Object* object, const char* fileName);
+/** See QX_IBackgroundCorrection::GetLastErrorMessage. */
 const char* QXBC_GetLastErrorMessage(QXBC_Object* object);
 /** @} */
 

@@ -13,6 +13,7 @@ if [ "$level" != build ]; then
     packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(clang-format-19 valgrind python3-numpy locales)
     packages+=(mono-mcs mono-runtime) # a host in C#
+    packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi

@@ -1,5 +1,4 @@
-# Where the comfort header has libraries searched on Windows: a host and two small DLLs, built with MinGW, for the runtime
-# of the Microsoft ABI build does not have all that the header wants.
+# Where the comfort header has libraries searched on Windows: a host and two small DLLs, built with MinGW.
 find_program(QXBC_MINGW_CXX NAMES x86_64-w64-mingw32-g++-posix REQUIRED)
 set(folder "${CMAKE_CURRENT_BINARY_DIR}/loading")
 file(MAKE_DIRECTORY "${folder}/run")
@@ -18,6 +17,8 @@ add_custom_command(OUTPUT "${host}"
   COMMAND ${compile} "-I${PROJECT_SOURCE_DIR}/include" "${here}/LoadingHost.cpp" -o "${host}"
   DEPENDS LoadingHost.cpp Checks.h "${PROJECT_SOURCE_DIR}/include/QX_BackgroundCorrection.h"
     "${PROJECT_SOURCE_DIR}/include/QX_BackgroundCorrection.hpp"
+    "${PROJECT_SOURCE_DIR}/include/QX_BackgroundCorrectionModule.hpp"
+    "${PROJECT_SOURCE_DIR}/include/QX_BackgroundCorrectionTypes.hpp"
   COMMENT "Building a host with the comfort header"
   VERBATIM)
 add_custom_target(contract_loading_host ALL DEPENDS "${host}" "${folder}/needed.dll" "${folder}/needing.dll")

@@ -123,3 +123,7 @@ if(EXISTS "${prefix}/bin/qxbackground")
 elseif(WAY MATCHES "archive|deb")
   message(FATAL_ERROR "no workbench in ${prefix}/bin")
 endif()
+
+if(WAY STREQUAL "archive")
+  include("${CMAKE_CURRENT_LIST_DIR}/Examples.cmake")
+endif()

@@ -1,4 +1,5 @@
-// A host in the oldest C++ that hosts use: the public header comes first, alone, and twice. Only compiled.
+// A host in the oldest C++ that hosts use: the public header comes first, alone, and twice; its delegate is a class
+// like any other, without a word about destructors. Only compiled.
 // clang-format off: it would take one of them away
 #include "QX_BackgroundCorrection.h"
 #include "QX_BackgroundCorrection.h"
@@ -8,8 +9,6 @@ namespace {
 
 class Delegate : public QX_KRLSDK::ICorrectionDelegate {
 public:
-    virtual ~Delegate() {}
-
     virtual unsigned int SubtractInPlace(unsigned short*, const unsigned short*, int, int, bool, bool) { return 1; }
     virtual unsigned int SubtractInto(unsigned short*, const unsigned short*, const unsigned short*, int, int, bool,
                                       bool)

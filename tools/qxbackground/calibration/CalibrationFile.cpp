@@ -24,7 +24,7 @@ void LoadWhole(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path
         const TCalibrationWalk walk = RequireWhole(path);
         RefuseOtherFiles(path, walk);
         Call(path, [&] { object.Load(LibraryName(path)); });
-        if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
+        if (object.Count() != walk.corrections.size())
             throw TToolError(path, "changed while it was being read");
     });
     ThrowIfInterrupted();
@@ -41,7 +41,7 @@ void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& 
     }
     ThrowIfInterrupted();
     const TCalibrationWalk walk = WalkCalibrationFile(replaced.Temporary());
-    if (!walk.Whole() || walk.corrections.size() != object.Get().GetNumberOfCorrections())
+    if (!walk.Whole() || walk.corrections.size() != object.Count())
         throw TToolError(path, "was not written correctly (" + walk.Complaint() + "); the old file is unchanged");
     replaced.Commit();
 }

@@ -66,7 +66,7 @@ bool LoadAlone(TBackgroundCorrection& object, const std::string& path)
     } catch (const QX_KRLSDK::TBackgroundCorrectionError&) {
         return false;
     }
-    return object.Get().GetNumberOfCorrections() == 1;
+    return object.Count() == 1;
 }
 
 } // namespace
@@ -96,7 +96,7 @@ TSalvaged LoadWhatIsWhole(const TContext& context, TBackgroundCorrection& object
                              "a temporary file cannot be written: " + alone.CannotGrow().message());
         TBackgroundCorrection single = context.Library().MakeProcessor();
         bool taken = LoadAlone(single, alone.Path());
-        const unsigned before = object.Get().GetNumberOfCorrections();
+        const unsigned before = object.Count();
         if (taken) {
             try {
                 object.Import(single, false);
@@ -104,12 +104,12 @@ TSalvaged LoadWhatIsWhole(const TContext& context, TBackgroundCorrection& object
                 taken = false;
             }
         }
-        if (!taken || object.Get().GetNumberOfCorrections() == before)
+        if (!taken || object.Count() == before)
             result.losses.push_back("correction '" + Printable(correction.key) +
                                     (taken ? "': its key is there already" : "': does not load"));
         progress.Step();
     }
-    result.corrections = object.Get().GetNumberOfCorrections();
+    result.corrections = object.Count();
     if (walk.announced > result.corrections)
         result.losses.push_back(Counted(walk.announced, "correction") + " announced, " +
                                 std::to_string(result.corrections) + " saved");

@@ -81,7 +81,7 @@ std::string TScratchStore::Reason(const std::string& what) const
 void TScratchStore::SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object)
 {
     Save([&] { object.Save(LibraryName(place.base)); });
-    Commit(object.Get().GetNumberOfCorrections(), {});
+    Commit(object.Count(), {});
 }
 
 void TScratchStore::Commit(std::size_t corrections, const std::vector<std::string>& doomed)

@@ -36,7 +36,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << Counted(stack.frames.size(), "dark frame") << " of " << stack.size.Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace

@@ -26,7 +26,7 @@ void Check(TContext& context, const std::string& path)
         if (walk.Whole() && walk.structureVersion == CalibrationFormat::kUngroupedVersion) {
             QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
             Call(path, [&] { object.LoadHeaderOnly(LibraryName(path)); });
-            if (object.Get().GetNumberOfCorrections() != walk.corrections.size())
+            if (object.Count() != walk.corrections.size())
                 walk.departures.push_back({0, "the library finds another number of corrections in it"});
         }
     });

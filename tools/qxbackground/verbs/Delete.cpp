@@ -23,7 +23,7 @@ void RunDelete(const TContext& context, const TDeleteOptions& options)
     Call(options.file, [&] { object.Delete(options.key); });
     SaveReplacing(object, options.file, before);
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
-              << Counted(object.Get().GetNumberOfCorrections(), "correction") << '\n';
+              << Counted(object.Count(), "correction") << '\n';
 }
 
 } // namespace

@@ -31,11 +31,11 @@ void RunImport(const TContext& context, const TImportOptions& options)
         salvaged = LoadWhatIsWhole(context, source, options.source);
     else
         LoadWhole(source, options.source);
-    const unsigned int had = destination.Get().GetNumberOfCorrections();
+    const unsigned int had = destination.Count();
     Call(options.source, [&] { destination.Import(source, options.overwrite); });
     SaveReplacing(destination, options.destination, before);
-    const unsigned int added = destination.Get().GetNumberOfCorrections() - had;
-    const unsigned int present = source.Get().GetNumberOfCorrections() - added;
+    const unsigned int added = destination.Count() - had;
+    const unsigned int present = source.Count() - added;
     std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
               << (options.overwrite ? " overwritten" : " already there and kept") << '\n';
     if (options.salvage && salvaged.losses.empty())

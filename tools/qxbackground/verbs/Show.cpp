@@ -69,8 +69,8 @@ void RunShow(const TContext& context, const TShowOptions& options)
     statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
-    std::cout << "'" << Printable(object.Get().GetActiveCorrectionKey()) << "' in " << options.file << ": "
-              << background.size.Text() << " pixels, taken at " << conditions.Text() << "\n"
+    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << options.file << ": " << background.size.Text()
+              << " pixels, taken at " << conditions.Text() << "\n"
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
         const TStretch stretch = StretchOf(background);

@@ -73,7 +73,7 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        left = object.Get().GetNumberOfCorrections() - 1; // now, because the store may keep the key in another spelling
+        left = object.Count() - 1; // now, because the store may keep the key in another spelling
         Call(About(place, options.key), [&] { object.Delete(options.key); });
         scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
@@ -132,9 +132,9 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        const std::size_t before = object.Get().GetNumberOfCorrections();
+        const std::size_t before = object.Count();
         Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
-        added = object.Get().GetNumberOfCorrections() - before;
+        added = object.Count() - before;
         scratch.SaveAndCommit(object);
     }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added

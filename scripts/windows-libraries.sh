@@ -45,9 +45,14 @@ quietly() {
 # The sources of the same releases that this machine's packages come from, in lists of their own: the machine's are not
 # touched.
 keyring=/usr/share/keyrings/debian-archive-keyring.gpg
-apt-get indextargets --format '$(ORIGIN) $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
-    sed -n "s|^Debian \(.*\)|deb-src [signed-by=$keyring] \1|p" | sort -u >"$work/apt/sources.list"
-[ -s "$work/apt/sources.list" ] || { say "apt knows no Debian release; 'apt-get update' may be what is missing"; exit 1; }
+list_releases() {
+    apt-get indextargets --format '$(ORIGIN) $(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
+        sed -n "s|^Debian \(.*\)|deb-src [signed-by=$keyring] \1|p" | sort -u >"$work/apt/sources.list"
+    [ -s "$work/apt/sources.list" ]
+}
+# A machine that has never fetched its lists does not know whose they are.
+list_releases || { quietly $([ "$(id -u)" = 0 ] || echo sudo -n) apt-get -q update && list_releases; } ||
+    { say "apt knows no Debian release: run 'apt-get update'"; exit 1; }
 settings=(-o "Dir::Etc::sourcelist=$work/apt/sources.list" -o Dir::Etc::sourceparts=-
     -o "Dir::State::lists=$work/apt/lists" -o "Dir::Cache=$work/apt/cache" -o APT::Sandbox::User=root)
 say "fetching lists of sources"

@@ -4,7 +4,7 @@
 set -euo pipefail
 level=${1:-test}
 
-packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev nlohmann-json3-dev python3)
+packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev zlib1g-dev nlohmann-json3-dev python3)
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
@@ -12,6 +12,8 @@ if [ "$level" != build ]; then
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
     packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(clang-format-19 valgrind python3-numpy locales)
+    # Other programs that write and read the workbench's formats.
+    packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages

@@ -54,8 +54,8 @@ int main(int argumentCount, char** arguments)
             given,
             {"qxbackground", "qxbackground " QXBACKGROUND_VERSION,
              "Background correction of 16-bit camera images from the command line.\n"
-             "Pages of TIFF files are counted from 1. Exit status: 0 done, 2 refused or failed, with one line "
-             "that says why."},
+             "Pages of TIFF files are counted from 1. Exit status: 0 done; 1 some of several files failed (each "
+             "with its line) or, with check, do not load whole; 2 refused or failed, with one line that says why."},
             addVerbs);
         std::cout.flush();
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout)

@@ -28,21 +28,59 @@ TProgress::TProgress(const std::string& text, std::uint64_t steps)
 
 TProgress::~TProgress()
 {
-    if (visible && drawnPercent >= 0)
-        std::fputs("\r\033[K", stderr);
+    Clear();
 }
 
-void TProgress::Step()
+void TProgress::Reach(std::uint64_t stepsDone)
 {
     ThrowIfInterrupted();
-    ++done;
-    const int percent = static_cast<int>(done >= total ? 100 : done * 100 / total);
-    if (!visible || percent == drawnPercent)
+    done = stepsDone;
+    if (!visible)
         return;
+    const auto now = std::chrono::steady_clock::now();
+    const int percent =
+        done >= total ? 100 : static_cast<int>(static_cast<double>(done) / static_cast<double>(total) * 100);
+    // Once a second also within a percent, because the time left goes on.
+    if (percent == drawnPercent && now - drawn < std::chrono::seconds(1))
+        return;
+    drawn = now;
+    Draw(percent);
+}
+
+void TProgress::Draw(int percent)
+{
+    constexpr double kEnoughToTell = 2; // seconds
     drawnPercent = percent;
     const std::string bar(static_cast<std::size_t>(percent * kBarCharacters / 100), '#');
-    std::fputs(fmt::format("\r{} [{:<{}}] {:3} %", what, bar, kBarCharacters, percent).c_str(), stderr);
+    const double seconds = std::chrono::duration<double>(drawn - start).count();
+    std::string left;
+    if (seconds > kEnoughToTell && done > 0 && done < total)
+        left = ", " + DurationText(seconds * static_cast<double>(total - done) / static_cast<double>(done)) + " left";
+    std::fputs(fmt::format("\r{} [{:<{}}] {:3} %{}\033[K", what, bar, kBarCharacters, percent, left).c_str(), stderr);
     std::fflush(stderr);
+}
+
+void TProgress::Clear()
+{
+    if (visible && drawnPercent >= 0)
+        std::fputs("\r\033[K", stderr);
+    drawnPercent = -1;
+}
+
+void TProgress::Say(const std::string& line)
+{
+    Clear();
+    std::fputs((line + '\n').c_str(), stderr);
+}
+
+std::string DurationText(double seconds)
+{
+    const auto whole = static_cast<std::uint64_t>(seconds + 0.5);
+    if (whole < 60)
+        return fmt::format("{} s", whole);
+    if (whole < 3600)
+        return fmt::format("{} min {} s", whole / 60, whole % 60);
+    return fmt::format("{} h {} min", whole / 3600, whole % 3600 / 60);
 }
 
 } // namespace workbench

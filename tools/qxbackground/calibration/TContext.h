@@ -12,6 +12,9 @@
 
 namespace workbench {
 
+// Exit statuses besides 0 (done) and 2 (refused or failed, as a whole).
+constexpr int kSomeFailed = 1; // of several files; the others are done, or are whole
+
 // What the verbs share: which library file to load (filled from the command line before a verb runs), and the exit
 // status, for verbs whose answer is one.
 struct TContext {

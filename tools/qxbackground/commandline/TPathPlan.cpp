@@ -4,6 +4,8 @@
 #include "base/TReplacedFile.h"
 #include "base/TToolError.h"
 
+#include <algorithm>
+#include <cctype>
 #include <system_error>
 
 namespace workbench {
@@ -19,18 +21,36 @@ fs::path CanonicalFolder(const fs::path& folder)
     return error ? fs::absolute(folder, error) : canonical;
 }
 
-fs::path CanonicalTarget(const std::string& path)
+// What paths to one file have in common however they are spelled and whatever a system makes of letters: the digits and
+// signs of the name.
+std::string Signature(const fs::path& target)
 {
-    const fs::path target = TargetOf(path);
-    return CanonicalFolder(target.parent_path()) / target.filename();
+    std::string signature;
+    for (const char character : target.filename().string()) {
+        if (character > ' ' && character < 127 && std::isalpha(static_cast<unsigned char>(character)) == 0)
+            signature += character;
+    }
+    return signature;
 }
 
 } // namespace
+
+fs::path TPathPlan::CanonicalTarget(const std::string& path)
+{
+    const fs::path target = TargetOf(path);
+    fs::path& folder = folders[target.parent_path()];
+    if (folder.empty())
+        folder = CanonicalFolder(target.parent_path());
+    return folder / target.filename();
+}
 
 void TPathPlan::Add(TItem item)
 {
     item.target = CanonicalTarget(item.path);
     item.state = StateOf(item.path);
+    bySignature[Signature(item.target)].push_back(items.size());
+    if (item.state.exists)
+        byFile[{item.state.device, item.state.inode}].push_back(items.size());
     items.push_back(item);
 }
 
@@ -69,7 +89,15 @@ void TPathPlan::AddStore(const std::string& option, TPathUse use, const TStorePl
 
 void TPathPlan::RefuseShared(const TItem& written) const
 {
-    for (const TItem& item : items) {
+    // Of thousands of items only those that can be meant.
+    std::vector<std::size_t> candidates = bySignature.at(Signature(written.target));
+    if (written.state.exists) {
+        const std::vector<std::size_t>& same = byFile.at({written.state.device, written.state.inode});
+        candidates.insert(candidates.end(), same.begin(), same.end());
+    }
+    std::sort(candidates.begin(), candidates.end()); // the first one on the command line is named
+    for (const std::size_t candidate : candidates) {
+        const TItem& item = items[candidate];
         if (item.argument == written.argument ||
             !(item.state.SameFile(written.state) || SamePlace(item.target, written.target)))
             continue;

@@ -5,9 +5,13 @@
 #include "base/TFileState.h"
 #include "calibration/TStorePlace.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace workbench {
@@ -58,9 +62,15 @@ private:
     };
 
     void Add(TItem item);
+    std::filesystem::path CanonicalTarget(const std::string& path);
     void RefuseShared(const TItem& written) const;
 
     std::vector<TItem> items;
+    // Places in `items`, so that thousands of files are held against each other at once: by what no spelling of a path
+    // changes, and by the file that is there.
+    std::unordered_map<std::string, std::vector<std::size_t>> bySignature;
+    std::map<std::pair<std::uint64_t, std::uint64_t>, std::vector<std::size_t>> byFile;
+    std::map<std::filesystem::path, std::filesystem::path> folders; // canonical, by their spelling
     std::vector<TStoreItem> stores;
     std::size_t arguments = 0;
     std::vector<std::unique_ptr<TFileLock>> locks;

@@ -32,9 +32,31 @@ std::uint64_t DoubleMedian(const std::vector<std::uint64_t>& counts, std::uint64
 
 void THistogram::Add(const TImage& image)
 {
-    for (const std::uint16_t pixel : image.pixels)
-        ++counts[pixel];
-    total += image.pixels.size();
+    const std::vector<std::uint16_t>& pixels = image.pixels;
+    total += pixels.size();
+    if (pixels.size() < counts.size()) {
+        for (const std::uint16_t pixel : pixels)
+            ++counts[pixel];
+        return;
+    }
+    // Neighbours are often equal, and a count that was just written is slow to read again: they go to different tables.
+    constexpr std::size_t kTables = 4;
+    std::vector<std::uint32_t> tables(kTables * counts.size()); // a page has fewer than 2^31 pixels
+    std::uint32_t* const first = tables.data();
+    std::uint32_t* const second = first + counts.size();
+    std::uint32_t* const third = second + counts.size();
+    std::uint32_t* const fourth = third + counts.size();
+    std::size_t i = 0;
+    for (; i + kTables <= pixels.size(); i += kTables) {
+        ++first[pixels[i]];
+        ++second[pixels[i + 1]];
+        ++third[pixels[i + 2]];
+        ++fourth[pixels[i + 3]];
+    }
+    for (; i < pixels.size(); ++i)
+        ++first[pixels[i]];
+    for (std::size_t value = 0; value < counts.size(); ++value)
+        counts[value] += std::uint64_t{first[value]} + second[value] + third[value] + fourth[value];
 }
 
 std::uint16_t THistogram::Minimum() const

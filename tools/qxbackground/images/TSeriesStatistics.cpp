@@ -1,24 +1,16 @@
 #include "images/TSeriesStatistics.h"
 
+#include "images/LineMedians.h"
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
 
 namespace workbench {
 
 namespace {
-
-double MedianOf(std::vector<std::uint16_t>& values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    if (values.size() % 2 == 1)
-        return *middle;
-    return (*middle + *std::max_element(values.begin(), middle)) / 2.0;
-}
 
 double SpreadOf(const std::vector<double>& values)
 {
@@ -35,34 +27,12 @@ double SpreadOf(const std::vector<double>& values)
 
 double RowPattern(const TImage& image)
 {
-    const auto width = static_cast<std::size_t>(image.size.width);
-    const auto height = static_cast<std::size_t>(image.size.height);
-    std::vector<double> medians;
-    std::vector<std::uint16_t> line(width);
-    for (std::size_t row = 0; row < height; ++row) {
-        std::copy_n(image.pixels.data() + row * width, width, line.begin());
-        medians.push_back(MedianOf(line));
-    }
-    return SpreadOf(medians);
+    return SpreadOf(RowMedians(image));
 }
 
 double ColumnPattern(const TImage& image)
 {
-    constexpr std::size_t kColumnsAtOnce = 32; // one cache line of pixels per row
-    const auto width = static_cast<std::size_t>(image.size.width);
-    const auto height = static_cast<std::size_t>(image.size.height);
-    std::vector<double> medians;
-    std::vector<std::vector<std::uint16_t>> lines(std::min(kColumnsAtOnce, width), std::vector<std::uint16_t>(height));
-    for (std::size_t left = 0; left < width; left += kColumnsAtOnce) {
-        const std::size_t columns = std::min(kColumnsAtOnce, width - left);
-        for (std::size_t row = 0; row < height; ++row) {
-            for (std::size_t column = 0; column < columns; ++column)
-                lines[column][row] = image.pixels[row * width + left + column];
-        }
-        for (std::size_t column = 0; column < columns; ++column)
-            medians.push_back(MedianOf(lines[column]));
-    }
-    return SpreadOf(medians);
+    return SpreadOf(ColumnMedians(image));
 }
 
 void TSeriesStatistics::Add(const TImage& image)

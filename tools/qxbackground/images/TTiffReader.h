@@ -1,46 +1,39 @@
 #ifndef QXBACKGROUND_IMAGES_TTIFFREADER_H
 #define QXBACKGROUND_IMAGES_TTIFFREADER_H
 
-#include "images/TImage.h"
+#include "images/TImageReader.h"
+#include "images/TInputFile.h"
 
-#include <cstdint>
-#include <fstream>
 #include <memory>
-#include <string>
 
 namespace workbench {
 
 struct TTiffHandle;
 
-// Reads the pages of a 16-bit grayscale TIFF one after the other; one page is in memory at a time.
-// Every failure is a TToolError that names the file and the page, counted from 1.
-class TTiffReader {
+// Reads the pages of a 16-bit grayscale TIFF, in strips or tiles, of either byte order, compressed or not. A stack as
+// ImageJ writes it, whose frames follow the only page without headers of their own, is read as that many pages.
+class TTiffReader : public TImageReader {
 public:
     explicit TTiffReader(const std::string& path);
-    ~TTiffReader();
-    TTiffReader(const TTiffReader&) = delete;
-    TTiffReader& operator=(const TTiffReader&) = delete;
+    ~TTiffReader() override;
 
-    // Goes to the next page (the first one at first); false after the last. Throws unless it is 16-bit grayscale.
-    bool NextPage();
-    unsigned Page() const { return page; }
-    TSize Size() const { return size; }
-    // The pixels of the current page; `image` keeps its memory from page to page.
-    void Read(TImage& image);
+    bool NextPage() override;
+    void Read(TImage& image) override;
+    TPageMetadata Metadata() override;
 
 private:
-    [[noreturn]] void Fail(const std::string& what) const;
     void CheckFormat();
     void CheckLink();
+    void LookForStack();
+    // Where the pixels begin, when they lie in the file as in memory, one behind the other; otherwise 0.
+    std::uint64_t PlainPixels() const;
+    bool BigEndian() const;
     void ReadStrips(TImage& image);
     void ReadTiles(TImage& image);
 
-    std::string path;
-    std::ifstream bytes; // the same file, for checks that libtiff does not make
+    TInputFile bytes; // the same file, for pixels that need no libtiff, and for checks that it does not make
     std::unique_ptr<TTiffHandle> file;
-    unsigned page = 0;
-    TSize size;
-    std::uint64_t fileBytes = 0;
+    std::uint64_t stackFrames = 0; // 0 where each page has a header
 };
 
 } // namespace workbench

@@ -1,8 +1,7 @@
 #ifndef QXBACKGROUND_IMAGES_TTIFFWRITER_H
 #define QXBACKGROUND_IMAGES_TTIFFWRITER_H
 
-#include "base/TReplacedFile.h"
-#include "images/TImage.h"
+#include "images/TImageWriter.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,21 +11,22 @@ namespace workbench {
 
 struct TTiffHandle;
 
-// Writes pages of 16-bit grayscale, uncompressed. The file appears under its name only with Close; an object destroyed
-// before that leaves nothing behind.
-class TTiffWriter {
+// Writes the pages of a TIFF: uncompressed each as one strip, in one call of the system; compressed by deflate with the
+// horizontal predictor, in strips of about a megabyte.
+class TTiffWriter : public TImageWriter {
 public:
-    // `expectedBytes` of pixels decide whether the file must be a BigTIFF (above some 4 GB).
-    TTiffWriter(const std::string& path, std::uint64_t expectedBytes, TExisting existing);
-    ~TTiffWriter();
-    TTiffWriter(const TTiffWriter&) = delete;
-    TTiffWriter& operator=(const TTiffWriter&) = delete;
+    // `expectedBytes`: see CreateImage.
+    TTiffWriter(const std::string& path, bool compress, std::uint64_t expectedBytes, TExisting existing);
+    ~TTiffWriter() override;
 
-    void Write(const TImage& image);
-    void Close();
+    void Write(const TImage& image, const TPageMetadata& metadata) override;
+    void Close() override;
 
 private:
+    bool WriteStrips(const TImage& image, std::uint32_t rowsPerStrip);
+
     std::string path;
+    bool compress;
     TReplacedFile replaced;
     std::unique_ptr<TTiffHandle> file;
     unsigned page = 0;

@@ -1,7 +1,7 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
 #include "base/Wording.h"
+#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
-#include "images/TFrameStack.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -17,6 +17,7 @@ struct TBuildOptions {
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
+    TInputOptions input;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
@@ -26,15 +27,15 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
-    const TFrameStack stack = ReadFrames(options.darks);
+    const TFrameStack stack = ReadFrames(options.darks, options.input);
     Call(options.file, [&] {
-        object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+        object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                    static_cast<float>(options.conditions.exposureSeconds),
                    static_cast<float>(options.conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
-              << Counted(stack.frames.size(), "dark frame") << " of " << stack.size.Text() << " pixels ("
+              << Counted(stack.frames, "dark frame") << " of " << stack.Size().Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
 }
@@ -50,9 +51,8 @@ void AddBuildVerb(TVerb& app, const TContext& context)
         verb.add_option("file", options->file, "Calibration file: created, or added to when it exists")->required());
     verb.add_option("--key", options->key, kKeyHelp)->required();
     AddConditions(verb, "", "the dark frames", options->conditions);
-    verb.Reads(TPathKind::Image,
-               verb.add_option("darks", options->darks, "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-                   ->required());
+    AddInputOptions(verb, options->input);
+    AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
     verb.Run([&context, options] { RunBuild(context, *options); });
 }
 

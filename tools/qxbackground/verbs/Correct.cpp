@@ -1,6 +1,6 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
 #include "base/Wording.h"
-#include "images/TFrameStack.h"
+#include "batch/TFrameStack.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
@@ -18,34 +18,39 @@ struct TCorrectVerbOptions {
     TCorrectOptions correct;
 };
 
-void RunCorrect(const TContext& context, const TCorrectVerbOptions& options)
+void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     const std::string what = [&] {
-        const TFrameStack stack = ReadFrames(options.darks); // freed once the correction is built
+        const TFrameStack stack =
+            ReadFrames(options.darks, options.correct.input); // freed once the correction is built
         Call(options.darks.front(), [&] {
-            object.Add(kKey, stack.Pointers(), stack.size.width, stack.size.height,
+            object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        return Counted(stack.frames.size(), "dark frame") + " (" + options.darkConditions.Text() + ")";
+        return Counted(stack.frames, "dark frame") + " (" + options.darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(object, options.correct, what);
+    CorrectImages(context, object, options.correct, what);
 }
 
 } // namespace
 
-void AddCorrectVerb(TVerb& app, const TContext& context)
+void AddCorrectVerb(TVerb& app, TContext& context)
 {
     TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TCorrectVerbOptions>();
-    verb.Reads(TPathKind::Image,
-               verb.add_option("--dark", options->darks,
-                               "Dark frames: 16-bit grayscale TIFF; all pages of all files form the stack")
-                   ->required());
+    AddFrames(verb, "--dark", options->darks, "Dark frames; all pages of all files form the stack")->required();
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
+    verb.footer(
+        "Examples:\n"
+        "  one image:           qxbackground correct --dark dark.tif --dark-exposure 60 --dark-intensity 100 \\\n"
+        "                           --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
+        "  a night, by folders: ... --dark darks/ ... lights/ -o corrected/\n"
+        "  by a pattern:        ... 'lights/m31*.fits' -o corrected/ --name '{stem}_corrected{ext}'\n" +
+        std::string(kSomeFailedHelp));
     verb.Run([&context, options] { RunCorrect(context, *options); });
 }
 

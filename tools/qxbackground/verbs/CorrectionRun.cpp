@@ -1,24 +1,28 @@
 #include "verbs/CorrectionRun.h"
 
-#include "base/JsonText.h"
+#include "base/Interrupts.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
+#include "batch/TPageSource.h"
+#include "batch/TSeparateOutputs.h"
+#include "batch/TStatisticsSample.h"
 #include "images/Contrast.h"
+#include "images/TImageWriter.h"
 #include "images/TPicture.h"
-#include "images/TSeriesStatistics.h"
-#include "images/TTiffReader.h"
-#include "images/TTiffWriter.h"
-
-#include <nlohmann/json.hpp>
+#include "verbs/CorrectionReport.h"
 
 #include <cstdio>
-#include <iostream>
+#include <filesystem>
+#include <system_error>
 
 namespace workbench {
 
 namespace {
 
 using QX_KRLSDK::TBackgroundCorrection;
+
+// One page waits while one is corrected and one is written: more would only drive each other out of the caches.
+constexpr std::size_t kPagesAhead = 1;
 
 TBackgroundCorrection::TRegion ParseRegion(const std::string& text)
 {
@@ -42,56 +46,194 @@ void Configure(TBackgroundCorrection& object, const TCorrectOptions& options)
         Call("--region", [&] { object.SetRegion(ParseRegion(options.region)); });
 }
 
-// Looks at every page's header before any work: wrong sizes are told at once, and the number of pages is known.
-std::uint64_t CountPages(const std::vector<std::string>& inputs, const TSize& wanted)
+void RequireSize(const std::string& path, const TImageReader& reader, const TSize& wanted)
 {
-    std::uint64_t pages = 0;
-    for (const std::string& input : inputs) {
-        TTiffReader reader(input);
-        for (; reader.NextPage(); ++pages) {
-            if (reader.Size() != wanted)
-                throw TToolError(input, reader.Page(),
-                                 "is " + reader.Size().Text() + " pixels, the correction's region is " + wanted.Text());
+    if (reader.Size() != wanted)
+        throw TToolError(path, reader.Page(),
+                         "is " + reader.Size().Text() + " pixels, the correction's region is " + wanted.Text());
+}
+
+// A run, once the correction is ready. Pages are read, measured as they come, and corrected on the thread of the page
+// source; measured again and written on this one.
+class TCorrectionRun {
+public:
+    TCorrectionRun(TBackgroundCorrection& correction, const TCorrectOptions& wanted, TCorrectionReport& result)
+        : object(correction), options(wanted), report(result),
+          sample(wanted.noStatistics     ? TStatisticsSample::TExtent::None
+                 : wanted.fullStatistics ? TStatisticsSample::TExtent::All
+                                         : TStatisticsSample::TExtent::Some)
+    {}
+
+    void IntoOneFile();
+    void IntoFolder();
+
+    TImage firstBefore, firstAfter; // when there is to be a picture
+
+private:
+    TPageSteps Steps();
+    void Treat(const std::string& path, TPage& page);
+    void Measure(const TPage& page);
+    void TakeAll(TSeparateOutputs& outputs, TProgress& progress);
+
+    TBackgroundCorrection& object;
+    const TCorrectOptions& options;
+    TCorrectionReport& report;
+    TStatisticsSample sample;
+    bool isFirst = true, isFirstWritten = true;
+};
+
+void TCorrectionRun::Treat(const std::string& path, TPage& page)
+{
+    page.counts = sample.Takes(page.image.pixels.size());
+    if (page.counts) {
+        report.before.Add(page.image);
+        report.bits.Add(page.image, page.metadata);
+    }
+    if (isFirst && !options.picture.empty())
+        firstBefore = page.image;
+    isFirst = false;
+    Call(path + ": page " + std::to_string(page.number),
+         [&] { object.Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
+}
+
+void TCorrectionRun::Measure(const TPage& page)
+{
+    if (!page.failure.empty())
+        return;
+    if (page.counts)
+        report.after.Add(page.image);
+    if (isFirstWritten && !options.picture.empty())
+        firstAfter = page.image;
+    isFirstWritten = false;
+}
+
+TPageSteps TCorrectionRun::Steps()
+{
+    TPageSteps steps;
+    steps.check = [this](const std::string& path, const TImageReader& reader) {
+        RequireSize(path, reader, report.size);
+    };
+    steps.treat = [this](const std::string& path, TPage& page) { Treat(path, page); };
+    return steps;
+}
+
+void TCorrectionRun::IntoOneFile()
+{
+    // Looks at every page's header before any work: wrong sizes are told at once, and the number of pages is known.
+    TImageFormat format = TImageFormat::Tiff;
+    for (const std::string& input : options.inputs) {
+        const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
+        for (; reader->NextPage(); ++report.pages) {
+            if (report.pages == 0)
+                format = reader->Format();
+            RequireSize(input, *reader, report.size);
             ThrowIfInterrupted();
         }
     }
-    return pages;
+    const std::unique_ptr<TImageWriter> writer =
+        CreateImage(options.output, options.outputAs.FormatFor(options.output, format), options.outputAs,
+                    report.pages * report.size.Pixels() * 2, ExistingFor(options.overwrite));
+    TProgress progress("Correcting", report.pages);
+    TPageSource source(options.inputs, options.input, Steps(), kPagesAhead);
+    TPage page;
+    while (source.Take(page)) {
+        if (!page.failure.empty())
+            throw TToolError(page.failure);
+        Measure(page);
+        writer->Write(page.image, page.metadata);
+        progress.Step();
+    }
+    writer->Close();
+    report.statisticsPages = sample.Taken();
 }
 
-struct TRun {
-    std::uint64_t pages = 0;
-    TSeriesStatistics before, background, after;
-    TImage firstBefore, firstAfter, scaledBackground;
+std::uint64_t BytesOf(const std::string& path)
+{
+    std::error_code error;
+    const std::uintmax_t bytes = std::filesystem::file_size(path, error);
+    return error ? 0 : bytes;
+}
+
+// The folder of the outputs, made when it is missing and gone again when nothing came into it.
+class TOutputFolder {
+public:
+    explicit TOutputFolder(const std::string& name) : path(name)
+    {
+        std::error_code error;
+        made = std::filesystem::create_directories(path, error);
+        if (!std::filesystem::is_directory(path))
+            throw TToolError(path, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
+    }
+    ~TOutputFolder()
+    {
+        std::error_code ignored;
+        if (made)
+            std::filesystem::remove(path, ignored); // not when there is something in it
+    }
+    TOutputFolder(const TOutputFolder&) = delete;
+    TOutputFolder& operator=(const TOutputFolder&) = delete;
+
+private:
+    std::string path;
+    bool made = false;
 };
 
-void CorrectPages(TBackgroundCorrection& object, const TCorrectOptions& options, const TSize& size, TRun& run)
+void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
 {
-    TTiffWriter writer(options.output, run.pages * size.Pixels() * 2, ExistingFor(options.overwrite));
-    TProgress progress("Correcting", run.pages);
-    const auto length = static_cast<int>(size.Pixels());
-    TImage image;
-    bool first = true;
-    for (const std::string& input : options.inputs) {
-        TTiffReader reader(input);
-        while (reader.NextPage()) {
-            if (reader.Size() != size)
-                throw TToolError(input, reader.Page(), "changed while it was being read");
-            reader.Read(image);
-            if (!options.noStatistics)
-                run.before.Add(image);
-            if (first && !options.picture.empty())
-                run.firstBefore = image;
-            Call(input + ": page " + std::to_string(reader.Page()), [&] { object.Apply(image.pixels.data(), length); });
-            if (!options.noStatistics)
-                run.after.Add(image);
-            if (first && !options.picture.empty())
-                run.firstAfter = image;
-            first = false;
-            writer.Write(image);
-            progress.Step();
+    std::size_t told = 0;
+    const auto tell = [&] {
+        for (; told < outputs.Failures().size(); ++told) {
+            if (options.inputs.size() > 1) // otherwise it is what the command ends with
+                progress.Say("qxbackground: " + Printable(outputs.Failures()[told].why));
         }
+    };
+    TPageSteps steps = Steps();
+    steps.headersFirst = true;
+    TPageSource source(options.inputs, options.input, steps, kPagesAhead);
+    std::vector<std::uint64_t> bytesBefore{0};
+    for (const std::string& input : options.inputs)
+        bytesBefore.push_back(bytesBefore.back() + BytesOf(input));
+    TPage page;
+    while (source.Take(page)) {
+        Measure(page);
+        outputs.Take(page);
+        tell();
+        const std::uint64_t bytes = bytesBefore[page.file + 1] - bytesBefore[page.file];
+        progress.Reach(bytesBefore[page.file] +
+                       (page.failure.empty() ? bytes / page.pagesOfFile * page.number : bytes));
     }
-    writer.Close();
+    outputs.Finish();
+    tell();
+}
+
+void TCorrectionRun::IntoFolder()
+{
+    const TOutputFolder folder(options.output);
+    TSeparateOutputs outputs(options.outputs, options.outputAs, ExistingFor(options.overwrite));
+    std::uint64_t bytes = 0;
+    for (const std::string& input : options.inputs)
+        bytes += BytesOf(input);
+    const std::size_t all = options.inputs.size();
+    const auto soFar = [&] {
+        return std::to_string(outputs.Done().size()) + " of " + Counted(all, "file") + " had been corrected";
+    };
+    try {
+        TProgress progress("Correcting", bytes);
+        TakeAll(outputs, progress);
+    } catch (const TToolError& error) {
+        if (Interrupted())
+            throw TToolError("interrupted; " + soFar() + ", no unfinished file was left");
+        throw TToolError(std::string(error.what()) + "; " + soFar());
+    }
+    if (outputs.Done().empty())
+        throw TToolError(all == 1 ? outputs.Failures().front().why
+                                  : "none of " + Counted(all, "file") + " could be corrected (see above)");
+    for (const std::size_t file : outputs.Done())
+        report.files.push_back({options.inputs[file], options.outputs[file]});
+    for (const TSeparateOutputs::TFailure& failure : outputs.Failures())
+        report.failures.push_back({options.inputs[failure.file], failure.why});
+    report.pages = outputs.PagesDone();
+    report.statisticsPages = sample.Taken();
 }
 
 } // namespace
@@ -108,42 +250,37 @@ TImage ScaledBackground(TBackgroundCorrection& object)
     return image;
 }
 
-void CorrectImages(TBackgroundCorrection& object, const TCorrectOptions& options, const std::string& what)
+void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorrectOptions& options,
+                   const std::string& what)
 {
     Configure(object, options);
-    TRun run;
-    Call(what, [&] { run.scaledBackground = ScaledBackground(object); });
-    const TSize size = run.scaledBackground.size;
-    run.background.Add(run.scaledBackground);
-    run.pages = CountPages(options.inputs, size);
-    CorrectPages(object, options, size, run);
-
-    std::vector<std::string> legend;
-    if (!options.picture.empty())
-        WritePng(options.picture, SideBySide({&run.firstBefore, &run.scaledBackground, &run.firstAfter}, legend),
-                 ExistingFor(options.overwrite));
-
-    if (options.json) {
-        nlohmann::json report{{"output", options.output}, {"pages", run.pages}};
-        if (!options.noStatistics) {
-            report["before"] = run.before.Json();
-            report["background"] = run.background.Json();
-            report["after"] = run.after.Json();
-        }
-        std::cout << JsonText(report);
-        return;
+    TCorrectionReport report;
+    report.what = what;
+    TImage background;
+    if (options.noStatistics && options.picture.empty()) {
+        Call(what, [&] {
+            const TBackgroundCorrection::TRegion region = object.Region();
+            report.size = {region.width, region.height};
+        });
+    } else {
+        Call(what, [&] { background = ScaledBackground(object); });
+        report.size = background.size;
     }
-    std::cout << "Corrected " << Counted(run.pages, "page") << " of " << size.Text() << " pixels ("
-              << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << what << ": "
-              << options.output << '\n';
     if (!options.noStatistics)
-        std::cout << StatisticsTable({"before", "background", "after"}, {&run.before, &run.background, &run.after});
-    if (!options.picture.empty()) {
-        std::cout << "Picture of the first page: " << options.picture << '\n';
-        const char* const names[] = {"left, before:      ", "middle, background:", "right, after:      "};
-        for (std::size_t panel = 0; panel < legend.size(); ++panel)
-            std::cout << "  " << names[panel] << ' ' << legend[panel] << " ADU\n";
-    }
+        report.background.Add(background);
+
+    TCorrectionRun run(object, options, report);
+    if (options.IsBatch())
+        run.IntoFolder();
+    else
+        run.IntoOneFile();
+
+    if (!options.picture.empty())
+        WritePng(options.picture, SideBySide({&run.firstBefore, &background, &run.firstAfter}, report.legend),
+                 ExistingFor(options.overwrite));
+    PrintReport(report, options);
+    if (!report.failures.empty())
+        context.status = kSomeFailed;
 }
 
 } // namespace workbench

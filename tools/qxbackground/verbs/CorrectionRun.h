@@ -11,12 +11,16 @@ namespace workbench {
 
 // Corrects every page of the options' images with the active correction of `object` and writes them to the output,
 // then prints what was done. Sets exposure, intensity, level and region first. Pages are streamed: memory does not
-// grow with their number. Nothing appears under the output's name unless every page was corrected.
-void CorrectImages(QX_KRLSDK::TBackgroundCorrection& object, const TCorrectOptions& options, const std::string& what);
+// grow with their number. A second thread reads and corrects, ahead of this one, which writes.
+//
+// Into one file: nothing appears under its name unless every page was corrected. Into a folder: each input has an
+// output of its own there; an input that fails is told, the others are done, and the context's status becomes
+// kSomeFailed.
+void CorrectImages(TContext& context, QX_KRLSDK::TBackgroundCorrection& object, const TCorrectOptions& options,
+                   const std::string& what);
 
 // The scaled background of the active correction's region, read through the library as any host can: what is missing
 // from a white image after the correction.
-
 TImage ScaledBackground(QX_KRLSDK::TBackgroundCorrection& object);
 
 } // namespace workbench

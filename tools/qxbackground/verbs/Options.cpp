@@ -1,9 +1,14 @@
 #include "verbs/Options.h"
 
 #include "base/TToolError.h"
+#include "batch/InputFiles.h"
+#include "batch/OutputNames.h"
 #include "commandline/Limits.h"
+#include "images/TImageReader.h"
 
 #include <fmt/format.h>
+
+#include <cstdio>
 
 namespace workbench {
 
@@ -15,6 +20,10 @@ constexpr std::size_t kLongestKey = 512;
 
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
+
+const char* const kSomeFailedHelp =
+    "Into a folder: an input that fails gets one line and is counted, the others are done. Exit status: 0 all done,\n"
+    "1 some failed, 2 refused or nothing done.";
 
 std::string TConditions::Text() const
 {
@@ -32,6 +41,80 @@ void AddConditions(TVerb& verb, const std::string& prefix, const std::string& wh
         ->check(AboveZero());
 }
 
+namespace {
+
+TRawLayout ParseRaw(const std::string& text)
+{
+    TRawLayout layout;
+    unsigned long long offset = 0;
+    int used = 0, usedWithOffset = 0;
+    const int count = std::sscanf(text.c_str(), "%9dx%9d%n+%18llu%n", &layout.size.width, &layout.size.height, &used,
+                                  &offset, &usedWithOffset);
+    const auto read = static_cast<std::size_t>(count == 3 ? usedWithOffset : used);
+    if (count < 2 || read != text.size() || layout.size.width < 1 || layout.size.height < 1 ||
+        text.find_first_of(" -") != std::string::npos)
+        throw TToolError("--raw: '" + text + "' is not WIDTHxHEIGHT or WIDTHxHEIGHT+OFFSET, in pixels and bytes");
+    layout.offset = offset;
+    return layout;
+}
+
+} // namespace
+
+void AddInputOptions(TVerb& verb, TInputOptions& options)
+{
+    verb.add_option_function<std::string>(
+            "--raw", [&options](const std::string& text) { options.raw = ParseRaw(text); },
+            "Size of the frames in files without a format of their own, 16-bit little-endian pixels: WIDTHxHEIGHT, or "
+            "WIDTHxHEIGHT+OFFSET where the first OFFSET bytes are something else. A file holds as many frames as fit")
+        ->type_name("WxH[+OFFSET]");
+}
+
+void AddOutputOptions(TVerb& verb, TOutputOptions& options)
+{
+    verb.add_option_function<std::string>(
+            "--format",
+            [&options](const std::string& text) {
+                if (text != "tiff" && text != "fits")
+                    throw TToolError("--format: '" + text + "' is neither tiff nor fits");
+                options.format = text == "fits" ? TImageFormat::Fits : TImageFormat::Tiff;
+            },
+            "Format of the output: tiff or fits (default: by the output's name, .tif or .fits; else as the input)")
+        ->type_name("tiff|fits");
+    verb.add_flag("--compress", options.compress,
+                  "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does");
+}
+
+CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help)
+{
+    return verb.Reads(TPathKind::Image,
+                      verb.add_option(name, frames,
+                                      help + ". " + kReadable +
+                                          ": files, folders (their images), or quoted patterns ('light*.tif'); the "
+                                          "files of a folder or pattern in natural order, 2 before 10"),
+                      [&frames](const std::string& option, TPathPlan& plan) {
+                          frames = ExpandInputs(frames);
+                          for (const std::string& frame : frames)
+                              plan.AddFile(option, TPathUse::Reads, frame);
+                      });
+}
+
+namespace {
+
+// After the images' names stand in the options.
+void PlanOutputs(const std::string& option, TCorrectOptions& options, TPathPlan& plan)
+{
+    if (!IsFolderName(options.output) && options.name.empty()) {
+        plan.AddFile(option, TPathUse::Creates, options.output);
+        return;
+    }
+    options.outputs = OutputNames(options.inputs, options.output, options.name.empty() ? kNamesKept : options.name,
+                                  options.input, options.outputAs);
+    for (const std::string& output : options.outputs)
+        plan.AddFileInNewFolder(option, TPathUse::Creates, output);
+}
+
+} // namespace
+
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
 {
     AddConditions(verb, "", "the images", options.conditions);
@@ -41,19 +124,30 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     verb.add_option("--region", options.region,
                     "Part of the dark frames that the images show: left,top,width,height in pixels "
                     "(default: all of it). Images must have exactly this size");
-    verb.Reads(TPathKind::Image, verb.add_option("images", options.inputs,
-                                                 "Images to correct: 16-bit grayscale TIFF; every page is corrected")
-                                     ->required());
+    AddInputOptions(verb, options.input);
+    AddFrames(verb, "images", options.inputs, "Images to correct; every page is corrected")->required();
     verb.Creates(TPathKind::Image,
-                 verb.add_option("-o,--output", options.output, "Corrected pages, in order: one 16-bit grayscale TIFF")
+                 verb.add_option("-o,--output", options.output,
+                                 "A folder (that is there, or with / at its end: it is made then), for one output per "
+                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or FITS")
                      ->required(),
-                 options.overwrite);
+                 options.overwrite,
+                 [&options](const std::string& option, TPathPlan& plan) { PlanOutputs(option, options, plan); });
+    verb.add_option("--name", options.name,
+                    "What the outputs in the folder are called: {stem} and {ext} of the input's name, its {number}. "
+                    "Default: {stem}{ext}, the names are kept");
     verb.Creates(TPathKind::Picture,
                  verb.add_option("--picture", options.picture,
                                  "Also write a PNG of the first page: before, background and after side by side"),
                  options.overwrite);
+    AddOutputOptions(verb, options.outputAs);
     verb.add_flag("--json", options.json, "Print the statistics as JSON");
-    verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    CLI::Option* const none =
+        verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
+    verb.add_flag("--full-statistics", options.fullStatistics,
+                  "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
+                  "40th page, since they take longer than correcting")
+        ->excludes(none);
 }
 
 void CheckKey(const std::string& key)

@@ -2,6 +2,8 @@
 #define QXBACKGROUND_VERBS_OPTIONS_H
 
 #include "commandline/TVerb.h"
+#include "images/TInputOptions.h"
+#include "images/TOutputOptions.h"
 
 #include <string>
 #include <vector>
@@ -19,23 +21,40 @@ struct TConditions {
 // Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
 void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
 
+// How frames are read, for every verb that reads some: --raw.
+void AddInputOptions(TVerb& verb, TInputOptions& options);
+// How images are written, for every verb that writes some: --format, --compress.
+void AddOutputOptions(TVerb& verb, TOutputOptions& options);
+
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {
     TConditions conditions;
     int levelPercent = 100;
     std::string region; // L,T,W,H
     std::vector<std::string> inputs;
-    std::string output;
+    std::string output;               // a file for all pages, or a folder
+    std::string name;                 // pattern of the outputs' names in that folder; empty: names are kept
+    std::vector<std::string> outputs; // in the folder, one for each input; filled before the verb runs
     std::string picture;
+    TInputOptions input; // of the dark frames as well, where the verb reads some
+    TOutputOptions outputAs;
     bool overwrite = false;
     bool json = false;
     bool noStatistics = false;
+    bool fullStatistics = false;
+
+    bool IsBatch() const { return !outputs.empty(); }
 };
+// An argument that names frames: files, folders or patterns, in whose place the files stand before the verb runs.
+CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help);
+
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 
 // Throws TToolError when the key is empty or so long that the library's files would cut it.
 void CheckKey(const std::string& key);
 extern const char* const kKeyHelp;
+// For the verbs that write into folders.
+extern const char* const kSomeFailedHelp;
 
 } // namespace workbench
 

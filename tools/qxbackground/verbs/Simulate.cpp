@@ -4,7 +4,7 @@
 #include "base/TToolError.h"
 #include "camera/TCamera.h"
 #include "commandline/Limits.h"
-#include "images/TTiffWriter.h"
+#include "images/TImageWriter.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -28,6 +28,9 @@ struct TSimulateOptions {
     unsigned lights = 1;
     std::vector<double> exposures{1, 2};
     bool overwrite = false;
+    TOutputOptions outputAs;
+
+    TImageFormat Format() const { return outputAs.format.value_or(TImageFormat::Tiff); }
 };
 
 std::string Number(double value)
@@ -56,7 +59,7 @@ struct TSimulatedFile {
 
 std::vector<TSimulatedFile> FilesOf(const TSimulateOptions& options, double exposure)
 {
-    const std::string suffix = "_" + Number(exposure) + "s.tif";
+    const std::string suffix = "_" + Number(exposure) + (options.Format() == TImageFormat::Fits ? "s.fits" : "s.tif");
     return {{"dark" + suffix, options.frames},
             {"light" + suffix, options.lights},
             {"truth_scene" + suffix, 1},
@@ -120,18 +123,22 @@ void RunSimulate(const TSimulateOptions& options)
     const std::uint64_t frameBytes = options.camera.size.Pixels() * 2;
     TProgress progress("Simulating", options.exposures.size() * (options.frames + options.lights + 2));
     std::vector<std::string> files;
+    TPageMetadata metadata;
     const auto write = [&](const TSimulatedFile& file, auto&& take) {
         if (file.pages == 0)
             return;
-        TTiffWriter writer(PathOf(options, file.name), file.pages * frameBytes, ExistingFor(options.overwrite));
+        const std::unique_ptr<TImageWriter> writer =
+            CreateImage(PathOf(options, file.name), options.Format(), options.outputAs, file.pages * frameBytes,
+                        ExistingFor(options.overwrite));
         for (unsigned frame = 0; frame < file.pages; ++frame) {
-            writer.Write(take(frame));
+            writer->Write(take(frame), metadata);
             progress.Step();
         }
-        writer.Close();
+        writer->Close();
         files.push_back(file.name);
     };
     for (const double exposure : options.exposures) {
+        metadata.exposureSeconds = exposure;
         const std::vector<TSimulatedFile> wanted = FilesOf(options, exposure);
         write(wanted[0], [&](unsigned n) { return camera.Take(exposure, n, false); });
         write(wanted[1], [&](unsigned n) { return camera.Take(exposure, n, true); });
@@ -193,6 +200,7 @@ void AddSimulateVerb(TVerb& app)
     verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s")
         ->check(Between(0.0, 1e6))
         ->capture_default_str();
+    AddOutputOptions(verb, options->outputAs);
     verb.Run([options] { RunSimulate(*options); });
 }
 

@@ -1,7 +1,8 @@
 // qxbackground statistics: what the correcting verbs print about their images, of any files.
 #include "base/JsonText.h"
+#include "images/TImageReader.h"
 #include "images/TSeriesStatistics.h"
-#include "images/TTiffReader.h"
+#include "images/TSignificantBits.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 struct TStatisticsOptions {
     std::vector<std::string> files;
+    TInputOptions input;
     bool json = false;
 };
 
@@ -24,17 +26,22 @@ void RunStatistics(const TStatisticsOptions& options)
     nlohmann::json report = nlohmann::json::array();
     for (const std::string& path : options.files) {
         TSeriesStatistics statistics;
-        TTiffReader reader(path);
+        TSignificantBits bits;
+        const std::unique_ptr<TImageReader> reader = OpenImage(path, options.input);
         TImage image;
-        while (reader.NextPage()) {
-            reader.Read(image);
+        while (reader->NextPage()) {
+            reader->Read(image);
             statistics.Add(image);
+            bits.Add(image, reader->Metadata());
         }
         if (options.json) {
             report.push_back(statistics.Json());
             report.back()["file"] = path;
+            report.back()["bits"] = {{"used", bits.Used()}, {"alwaysZeroBelow", bits.LeftAlignedBy()}};
         } else {
-            std::cout << path << ", pages: " << reader.Page() << '\n' << StatisticsTable({"all pages"}, {&statistics});
+            std::cout << path << ", pages: " << reader->Page() << '\n'
+                      << (bits.Text().empty() ? "" : "  " + bits.Text() + "\n")
+                      << StatisticsTable({"all pages"}, {&statistics});
         }
     }
     if (options.json)
@@ -47,9 +54,8 @@ void AddStatisticsVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TStatisticsOptions>();
-    verb.Reads(TPathKind::Image,
-               verb.add_option("files", options->files, "16-bit grayscale TIFF; all pages of a file count together")
-                   ->required());
+    AddFrames(verb, "files", options->files, "Images; all pages of a file count together")->required();
+    AddInputOptions(verb, options->input);
     verb.add_flag("--json", options->json, "Print as JSON");
     verb.Run([options] { RunStatistics(*options); });
 }

@@ -103,7 +103,7 @@ struct TStoreApplyOptions {
     TCorrectOptions correct;
 };
 
-void ApplyFromStore(const TContext& context, const TStoreApplyOptions& options)
+void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
@@ -116,7 +116,7 @@ void ApplyFromStore(const TContext& context, const TStoreApplyOptions& options)
         CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
         Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
     });
-    CorrectImages(object, options.correct, "'" + Printable(options.key) + "' of " + file);
+    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file);
 }
 
 } // namespace
@@ -139,7 +139,7 @@ void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
         ->allow_extra_args(false);
 }
 
-void AddStoreVerb(TVerb& app, const TContext& context)
+void AddStoreVerb(TVerb& app, TContext& context)
 {
     TVerb& store = app.AddVerb("store", "Work with an offline store: one calibration file per group");
     store.footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
@@ -160,6 +160,7 @@ void AddStoreVerb(TVerb& app, const TContext& context)
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
         AddCorrectOptions(verb, options->correct);
+        verb.footer(kSomeFailedHelp);
         verb.Run([&context, options] { ApplyFromStore(context, *options); });
     }
 }

@@ -1,12 +1,12 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
 #include "base/Names.h"
 #include "base/Wording.h"
+#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
-#include "images/TFrameStack.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
@@ -33,6 +33,7 @@ struct TStoreAddOptions {
     std::string key;
     TConditions conditions;
     std::vector<std::string> darks;
+    TInputOptions input;
 };
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
@@ -40,20 +41,20 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
-    const TFrameStack stack = ReadFrames(options.darks);
+    const TFrameStack stack = ReadFrames(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
         Call(About(place, options.key), [&] {
-            object.Add(options.key, stack.Pointers(), stack.size.width, stack.size.height,
+            object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.conditions.exposureSeconds),
                        static_cast<float>(options.conditions.lightIntensityPercent));
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames.size(), "dark frame")
-              << " of " << stack.size.Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames, "dark frame") << " of "
+              << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
 }
 
@@ -211,9 +212,8 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
-        verb.Reads(TPathKind::Image, verb.add_option("darks", options->darks,
-                                                     "Dark frames: 16-bit grayscale TIFF; all pages form the stack")
-                                         ->required());
+        AddInputOptions(verb, options->input);
+        AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {

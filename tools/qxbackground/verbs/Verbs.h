@@ -8,16 +8,16 @@
 namespace workbench {
 
 // Each adds one verb to the command line. The verb runs while the command line is parsed, with `context` filled.
-void AddCorrectVerb(TVerb& app, const TContext& context);
+void AddCorrectVerb(TVerb& app, TContext& context);
 void AddSimulateVerb(TVerb& app);
 void AddBuildVerb(TVerb& app, const TContext& context);
 void AddListVerb(TVerb& app, const TContext& context);
 void AddShowVerb(TVerb& app, const TContext& context);
-void AddApplyVerb(TVerb& app, const TContext& context);
+void AddApplyVerb(TVerb& app, TContext& context);
 void AddImportVerb(TVerb& app, const TContext& context);
 void AddDeleteVerb(TVerb& app, const TContext& context);
 void AddCheckVerb(TVerb& app, TContext& context);
-void AddStoreVerb(TVerb& app, const TContext& context);
+void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
 
 } // namespace workbench

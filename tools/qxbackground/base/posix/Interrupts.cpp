@@ -5,6 +5,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <utility>
 
 namespace workbench {
 
@@ -48,6 +49,21 @@ void CatchInterrupts()
 bool Interrupted()
 {
     return interrupted != 0;
+}
+
+std::thread ThreadWithoutInterrupts(std::function<void()> work)
+{
+    // A thread begins with the signals blocked that its maker has blocked.
+    sigset_t interrupts, before;
+    sigemptyset(&interrupts);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        sigaddset(&interrupts, signal);
+    pthread_sigmask(SIG_BLOCK, &interrupts, &before);
+    struct TRestore {
+        const sigset_t& mask;
+        ~TRestore() { pthread_sigmask(SIG_SETMASK, &mask, nullptr); }
+    } const restore{before};
+    return std::thread(std::move(work));
 }
 
 void RemoveWhenKilled(const std::string& path)

@@ -1,0 +1,140 @@
+"""Stacks of any length: averaged frame by frame to the bits of the library's own average, in the memory of a few frames;
+and the statistics of long runs."""
+import json
+import os
+import subprocess
+import sys
+import unittest
+
+import numpy as np
+
+import support
+from support import TOOL, ToolTest
+
+CONDITIONS = ["--exposure", 1, "--intensity", 100]
+CORRECT = ["correct", "--dark-exposure", 1, "--dark-intensity", 100, *CONDITIONS]
+
+
+class Averages(ToolTest):
+    SIZE = (23, 17)
+
+    def assert_as_the_library(self, frames):
+        """White images show the whole correction."""
+        white = [np.full(self.SIZE[::-1], 65535, np.uint16)]
+        self.write("white.tif", white)
+        expected = self.library_corrects(frames, (1, 100), white, (1, 100))
+        half = len(frames) // 2
+        darks = [self.write("d1.tif", frames[:half])] if half else []
+        darks.append(self.write("d2.tif", frames[half:]))
+        self.tool(*CORRECT, "--dark", *darks, "--overwrite", "-o", "o.tif", "white.tif")
+        self.assert_same_pages(self.read("o.tif"), expected)
+        return darks
+
+    def test_equal_the_librarys_for_every_small_number_of_frames(self):
+        for count in list(range(1, 12)) + [16, 31]:
+            with self.subTest(frames=count):
+                self.assert_as_the_library(self.images(count, *self.SIZE))
+
+    def test_equal_where_halves_are_rounded(self):
+        for count in (2, 4, 6, 8):
+            with self.subTest(frames=count):
+                self.assert_as_the_library(self.images(count, *self.SIZE, low=1000, high=1002))
+
+    def test_equal_where_sums_lose_bits(self):
+        """Above 2^24 a single-precision sum does, and the order of the frames then counts."""
+        for count in (255, 256, 257, 300, 517, 1030):
+            for low in (65000, 65535) if count > 500 else (0, 65000):
+                with self.subTest(frames=count, low=low):
+                    self.assert_as_the_library(self.images(count, *self.SIZE, low=low))
+
+    def test_the_order_counts_and_is_kept(self):
+        frames = self.images(600, *self.SIZE, low=60000)
+        one = [np.sort(frames, axis=0)[i] for i in range(600)]
+        self.assert_as_the_library(one)
+        rising = self.read("o.tif")
+        self.assert_as_the_library(one[::-1])
+        self.assertFalse(np.array_equal(rising[0], self.read("o.tif")[0]), "these frames do not show the order")
+
+    def test_a_file_and_a_store_hold_the_same(self):
+        frames = self.images(301, *self.SIZE, low=60000)
+        darks = self.assert_as_the_library(frames)
+        expected = self.read("o.tif")
+        self.assertIn("from 301 dark frames of 23 x 17", self.tool("build", "c.qxb", "--key", "k", *CONDITIONS, *darks))
+        self.tool("apply", "c.qxb", "--key", "k", *CONDITIONS, "white.tif", "-o", "file.tif")
+        self.assertIn("from 301 dark frames of 23 x 17",
+                      self.tool("store", "add", "s", "--group", "A", "--key", "A,1", *CONDITIONS, *darks))
+        self.tool("store", "apply", "s", "--group", "A", "--key", "A,1", *CONDITIONS, "white.tif", "-o", "store.tif")
+        self.assert_same_pages(self.read("file.tif"), expected)
+        self.assert_same_pages(self.read("store.tif"), expected)
+
+    def test_what_the_library_refuses_is_still_said(self):
+        self.write("d.tif", self.images(2, *self.SIZE))
+        self.tool("build", "c.qxb", "--key", "k", *CONDITIONS, "d.tif")
+        self.refused("build", "c.qxb", "--key", "K", *CONDITIONS, "d.tif", says=["not unique", "[code"])
+
+
+class Memory(ToolTest):
+    def peak_kilobytes(self, *arguments):
+        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL);"
+                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+        result = subprocess.run([sys.executable, "-c", code, TOOL, *map(str, arguments)], cwd=self.folder, check=True,
+                                capture_output=True, text=True,
+                                env={**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"})
+        return int(result.stdout)
+
+    def test_does_not_grow_with_the_number_of_frames(self):
+        page = self.images(1, 256, 256)
+        self.write("few.tif", page * 8)
+        self.write("many.tif", page * 400)  # 50 MB
+        few = self.peak_kilobytes("build", "c.qxb", "--key", "few", *CONDITIONS, "few.tif")
+        many = self.peak_kilobytes("build", "c.qxb", "--key", "many", *CONDITIONS, "many.tif")
+        self.assertLess(many, few + 6000)
+
+
+class Statistics(ToolTest):
+    def test_medians_of_lines_are_exact_whatever_their_shape(self):
+        shapes = [(1, 1), (1, 2), (2, 1), (7, 130), (130, 7), (64, 65), (3, 70001), (70001, 2)]
+        for height, width in shapes:
+            for low, high in ((0, 65536), (65530, 65536), (1000, 1040)):
+                with self.subTest(shape=(height, width), low=low):
+                    page = self.random.integers(low, high, (height, width)).astype(np.uint16)
+                    self.write("i.tif", [page])
+                    report = json.loads(self.tool("statistics", "i.tif", "--json"))[0]
+                    self.assertAlmostEqual(report["rowPattern"], np.median(page, axis=1).std(), places=6)
+                    self.assertAlmostEqual(report["columnPattern"], np.median(page, axis=0).std(), places=6)
+                    self.assertAlmostEqual(report["median"], np.median(page), places=6)
+
+    def test_columns_that_differ_much_from_their_neighbours(self):
+        page = self.random.integers(1000, 1040, (40, 300)).astype(np.uint16)
+        page[:, 70:90] += 30000
+        page[:, 200] = 65535
+        page[:, 290] = 0
+        self.write("i.tif", [page])
+        report = json.loads(self.tool("statistics", "i.tif", "--json"))[0]
+        self.assertAlmostEqual(report["columnPattern"], np.median(page, axis=0).std(), places=6)
+
+    def test_of_a_long_run_some_pages_count(self):
+        pages = self.images(45, 500, 500)
+        self.write("i.tif", pages)
+        self.write("d.tif", self.images(1, 500, 500))
+        counted = [page for i, page in enumerate(pages) if i < 16 or i % 40 == 0]  # 16 pages are 4 million pixels
+        correct = [*CORRECT, "--dark", "d.tif", "--overwrite", "-o", "o.tif", "i.tif"]
+        self.assertIn("Statistics of 17 of these pages", self.tool(*correct))
+        for more, expected in (([], counted), (["--full-statistics"], pages)):
+            report = json.loads(self.tool(*correct, "--json", *more))
+            self.assertEqual((report["pages"], report["statisticsPages"]), (45, len(expected)))
+            values = np.concatenate(expected)
+            self.assertEqual(report["before"]["median"], np.median(values))
+            self.assertEqual(report["before"]["pixels"], values.size)
+            self.assertAlmostEqual(report["before"]["rowPattern"],
+                                   np.mean([np.median(p, axis=1).std() for p in expected]), places=6)
+        self.assertNotIn("Statistics of", self.tool(*correct, "--full-statistics"))
+
+    def test_none_are_made_where_none_are_asked_for(self):
+        self.write("d.tif", self.images(1, 20, 20))
+        report = json.loads(self.tool(*CORRECT, "--dark", "d.tif", "--no-statistics", "--json", "-o", "o.tif", "d.tif"))
+        self.assertEqual(report, {"output": "o.tif", "pages": 1})
+
+
+if __name__ == "__main__":
+    support.main()

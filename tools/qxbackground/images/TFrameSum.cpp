@@ -1,0 +1,54 @@
+#include "images/TFrameSum.h"
+
+namespace workbench {
+
+namespace {
+
+// To the sums, in their order. A template, so that compilers keep a sum in a register from frame to frame.
+template <std::size_t kFrames> void AddTogether(float* __restrict sums, const TImage* const* frames, std::size_t pixels)
+{
+    const std::uint16_t* frame[kFrames];
+    for (std::size_t k = 0; k < kFrames; ++k)
+        frame[k] = frames[k]->pixels.data();
+    for (std::size_t i = 0; i < pixels; ++i) {
+        float sum = sums[i];
+        for (std::size_t k = 0; k < kFrames; ++k)
+            sum += static_cast<float>(frame[k][i]);
+        sums[i] = sum;
+    }
+}
+
+} // namespace
+
+void TFrameSum::Add(const std::vector<const TImage*>& frames)
+{
+    for (std::size_t done = 0; done < frames.size();) {
+        const TImage* const* const next = frames.data() + done;
+        const std::size_t left = frames.size() - done;
+        if (left >= 4)
+            AddTogether<4>(sums.data(), next, sums.size());
+        else if (left >= 2)
+            AddTogether<2>(sums.data(), next, sums.size());
+        else
+            AddTogether<1>(sums.data(), next, sums.size());
+        done += left >= 4 ? 4 : left >= 2 ? 2 : 1;
+    }
+    count += frames.size();
+}
+
+TImage TFrameSum::Average() const
+{
+    TImage average;
+    average.size = size;
+    average.pixels.resize(sums.size());
+    const auto divisor = static_cast<float>(count);
+    for (std::size_t i = 0; i < sums.size(); ++i) {
+        const float mean = sums[i] / divisor;
+        // Twice the mean is exact; its whole part tells whether the half is reached.
+        const std::int32_t halves = static_cast<std::int32_t>(mean + mean);
+        average.pixels[i] = static_cast<std::uint16_t>((halves + 1) >> 1);
+    }
+    return average;
+}
+
+} // namespace workbench

@@ -1,0 +1,33 @@
+#ifndef QXBACKGROUND_IMAGES_TFRAMESUM_H
+#define QXBACKGROUND_IMAGES_TFRAMESUM_H
+
+#include "images/TImage.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace workbench {
+
+// Averages any number of frames in the memory of a few, to the bits that the library's own average of the whole stack
+// has: single-precision sums in the order of the frames, which lose low bits above 2^24, divided in single precision
+// and rounded half up. A "correction of one frame" that the library then makes of the average is the average.
+class TFrameSum {
+public:
+    explicit TFrameSum(TSize frameSize) : size(frameSize), sums(frameSize.Pixels()) {}
+
+    // Adds frames of this size, the first one first. Up to four are added in one pass over the sums, which costs as
+    // much as reading the frames.
+    void Add(const std::vector<const TImage*>& frames);
+    std::uint64_t Frames() const { return count; }
+    // Of at least one frame.
+    TImage Average() const;
+
+private:
+    TSize size;
+    std::vector<float> sums;
+    std::uint64_t count = 0;
+};
+
+} // namespace workbench
+
+#endif

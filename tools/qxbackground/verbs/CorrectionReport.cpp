@@ -1,0 +1,70 @@
+// What the correcting verbs print when they are done.
+#include "verbs/CorrectionReport.h"
+
+#include "base/JsonText.h"
+#include "base/Wording.h"
+
+#include <nlohmann/json.hpp>
+
+#include <iostream>
+
+namespace workbench {
+
+namespace {
+
+nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions& options)
+{
+    nlohmann::json json{{"output", options.output}, {"pages", report.pages}};
+    if (options.IsBatch()) {
+        json["files"] = nlohmann::json::array();
+        for (const TCorrectionReport::TFile& file : report.files)
+            json["files"].push_back({{"input", file.input}, {"output", file.output}});
+        json["failures"] = nlohmann::json::array();
+        for (const TCorrectionReport::TFailure& failure : report.failures)
+            json["failures"].push_back({{"input", failure.input}, {"why", failure.why}});
+    }
+    if (!options.noStatistics) {
+        json["statisticsPages"] = report.statisticsPages;
+        json["before"] = report.before.Json();
+        json["background"] = report.background.Json();
+        json["after"] = report.after.Json();
+        json["bits"] = {{"used", report.bits.Used()}, {"alwaysZeroBelow", report.bits.LeftAlignedBy()}};
+    }
+    return json;
+}
+
+} // namespace
+
+void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options)
+{
+    if (options.json) {
+        std::cout << JsonText(ReportJson(report, options));
+        return;
+    }
+    std::cout << "Corrected ";
+    if (options.IsBatch()) {
+        const std::size_t all = report.files.size() + report.failures.size();
+        std::cout << (report.failures.empty() ? std::string() : std::to_string(report.files.size()) + " of ")
+                  << Counted(all, "file") << ", ";
+    }
+    std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels ("
+              << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << report.what << ": "
+              << options.output << '\n';
+    if (!options.noStatistics) {
+        if (report.statisticsPages < report.pages)
+            std::cout << "Statistics of " << report.statisticsPages
+                      << " of these pages, evenly spread (--full-statistics: of all)\n";
+        if (!report.bits.Text().empty())
+            std::cout << "The images: " << report.bits.Text() << '\n';
+        std::cout << StatisticsTable({"before", "background", "after"},
+                                     {&report.before, &report.background, &report.after});
+    }
+    if (!options.picture.empty()) {
+        std::cout << "Picture of the first page: " << options.picture << '\n';
+        const char* const names[] = {"left, before:      ", "middle, background:", "right, after:      "};
+        for (std::size_t panel = 0; panel < report.legend.size(); ++panel)
+            std::cout << "  " << names[panel] << ' ' << report.legend[panel] << " ADU\n";
+    }
+}
+
+} // namespace workbench

@@ -1,0 +1,39 @@
+#ifndef QXBACKGROUND_VERBS_CORRECTIONREPORT_H
+#define QXBACKGROUND_VERBS_CORRECTIONREPORT_H
+
+#include "images/TImage.h"
+#include "images/TSeriesStatistics.h"
+#include "images/TSignificantBits.h"
+#include "verbs/Options.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// What a correcting run did.
+struct TCorrectionReport {
+    struct TFile {
+        std::string input, output;
+    };
+    struct TFailure {
+        std::string input, why;
+    };
+
+    std::string what; // the correction, in words
+    TSize size;
+    std::uint64_t pages = 0;           // corrected and written
+    std::uint64_t statisticsPages = 0; // of them in the statistics
+    std::vector<TFile> files;          // one for each input that is done; none where all pages went into one file
+    std::vector<TFailure> failures;    // of inputs that are not
+    TSeriesStatistics before, background, after;
+    TSignificantBits bits;           // of the images before
+    std::vector<std::string> legend; // of the picture
+};
+
+void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);
+
+} // namespace workbench
+
+#endif

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <mutex>
 #include <set>
+#include <utility>
 
 namespace workbench {
 
@@ -49,6 +50,11 @@ void CatchInterrupts()
 bool Interrupted()
 {
     return interrupted;
+}
+
+std::thread ThreadWithoutInterrupts(std::function<void()> work)
+{
+    return std::thread(std::move(work)); // interrupts have a thread of their own
 }
 
 void RemoveWhenKilled(const std::string& path)

@@ -78,7 +78,7 @@ for preset in "${presets[@]}"; do
         build/linux-tsan/bin/qxbc_thread_tests --gtest_brief=1
         build/linux-tsan/bin/qxbc_lock_tests --gtest_brief=1
     elif [ -n "$quick" ]; then
-        run_tests "$preset" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|.*_find_violations|Large/)'
+        run_tests "$preset" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|python[.]zarr|.*_find_violations|Large/)'
     else
         run_tests "$preset"
     fi

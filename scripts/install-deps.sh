@@ -14,6 +14,8 @@ if [ "$level" != build ]; then
     packages+=(clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
+    packages+=(python3-dask python3-distributed python3-zarr mypy) # the Python package's tests
+    packages+=(python3-pip python3-venv python3-setuptools python3-wheel python3-matplotlib)
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
@@ -21,6 +23,9 @@ if [ "$level" != build ]; then
 fi
 
 missing=()
+[ "$level" = build ] || packages+=(doxygen) # the site of guides and reference
+# Level docs is that site alone, and the empty Debian in which the guides are tried.
+[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 for package in "${packages[@]}"; do
     dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
 done

@@ -11,6 +11,9 @@ set(CPACK_COMPONENTS_ALL Runtime Development)
 if(QXBC_BUILD_TOOL OR QXBC_WINDOWS_WORKBENCH)
   list(APPEND CPACK_COMPONENTS_ALL Workbench)
 endif()
+if(NOT WIN32)
+  list(APPEND CPACK_COMPONENTS_ALL Python)
+endif()
 # Whoever builds has a file mode creation mask; packages are to be the same without.
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -56,5 +59,15 @@ set(CPACK_DEBIAN_WORKBENCH_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_WORKBENCH_PACKAGE_DEPENDS "${same_version}")
 set(CPACK_COMPONENT_WORKBENCH_DESCRIPTION "Corrects images in files, and makes, lists and checks calibration files and
 offline stores, by the library that host applications load.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-qx-backgroundcorrection)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3:any (>= 3.9), python3-numpy, ${same_version}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-dask, python3-distributed, python3-zarr")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The library for numpy and dask arrays in Python 3, and calibration files as
+numpy arrays.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${CMAKE_CURRENT_LIST_DIR}/debian/python/postinst;${CMAKE_CURRENT_LIST_DIR}/debian/python/prerm")
 
 include(CPack)

@@ -54,7 +54,7 @@ if(WAY STREQUAL "installed")
 elseif(WAY STREQUAL "archive")
   unpack(TGZ .tar.gz 1)
 elseif(WAY STREQUAL "deb")
-  unpack(DEB .deb 3)
+  unpack(DEB .deb 4)
   find_program(lintian lintian)
   if(lintian)
     run("${lintian}" --allow-root --fail-on error ${packages})
@@ -126,4 +126,17 @@ endif()
 
 if(WAY STREQUAL "archive")
   include("${CMAKE_CURRENT_LIST_DIR}/Examples.cmake")
+endif()
+
+# The Python package, with the library that lies beside it.
+find_program(python NAMES python3 HINTS /usr/bin REQUIRED)
+file(WRITE "${SCRATCH}/python.py" "
+import numpy, importlib.metadata, qx_backgroundcorrection as package
+image = numpy.full((2, 3), 7, numpy.uint16)
+print(package.correct(image, darks=image, dark_exposure=7, exposure=1).sum(), package.__version__,
+      importlib.metadata.version('qx_backgroundcorrection'), package.library_path())")
+run("${CMAKE_COMMAND}" -E env --unset=QX_BACKGROUNDCORRECTION_LIBRARY
+  "PYTHONPATH=${prefix}/lib/python3/dist-packages" "${python}" -B "${SCRATCH}/python.py")
+if(NOT output MATCHES "^36 ${modversion} ${modversion} ${prefix}/lib/libQX_BACKGROUNDCORRECTION_C.so\n$")
+  message(FATAL_ERROR "the Python package says: ${output}")
 endif()

@@ -51,7 +51,9 @@ run_tests() {
 }
 
 say "Packages"
-scripts/install-deps.sh test
+level=test
+[[ " ${presets[*]} " != *" linux-arm64 "* ]] || level=more
+scripts/install-deps.sh "$level"
 done_with "packages"
 
 say "Formatting"

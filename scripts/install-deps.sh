@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
+# every time. Usage: scripts/install-deps.sh [build|test|more]   (each includes those before it; test-more.sh wants more)
 set -euo pipefail
 level=${1:-test}
 
@@ -20,6 +20,9 @@ if [ "$level" != build ]; then
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
+fi
+if [ "$level" = more ]; then
+    packages+=(g++-aarch64-linux-gnu qemu-user) # preset linux-arm64
 fi
 
 missing=()

@@ -34,7 +34,7 @@ function(qxbc_tool_test_under_wine name)
   set_tests_properties("tool.${name}" PROPERTIES
     SKIP_RETURN_CODE 77
     TIMEOUT 600
-    ENVIRONMENT "LC_ALL=C.UTF-8;QX_UNDER_WINE=1;QXBACKGROUND=${CMAKE_CURRENT_BINARY_DIR}/qxbackground;QX_TEST_HOST=${CMAKE_CURRENT_BINARY_DIR}/tool_test_host;QX_COMPANION=${CMAKE_CURRENT_BINARY_DIR}/tool_test_companion;QX_WORKBENCH=$<TARGET_FILE:qxbackground>;QX_THROWING_LIBRARY=$<TARGET_FILE:tool_test_throwing_library>;QX_LIBRARY=$<TARGET_FILE_DIR:qxbackground>/QX_BACKGROUNDCORRECTION.dll;QX_NATIVE_WORKBENCH=${PROJECT_SOURCE_DIR}/build/linux/bin/qxbackground;QX_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+    ENVIRONMENT "LC_ALL=C.UTF-8;QX_UNDER_WINE=1;QXBACKGROUND=${CMAKE_CURRENT_BINARY_DIR}/qxbackground;QX_TEST_HOST=${CMAKE_CURRENT_BINARY_DIR}/tool_test_host;QX_COMPANION=${CMAKE_CURRENT_BINARY_DIR}/tool_test_companion;QX_WORKBENCH=$<TARGET_FILE:qxbackground>;QX_THROWING_LIBRARY=$<TARGET_FILE:tool_test_throwing_library>;QX_LIBRARY=$<TARGET_FILE_DIR:qxbackground>/QX_BACKGROUNDCORRECTION.dll;QX_NATIVE_WORKBENCH=${PROJECT_SOURCE_DIR}/build/linux/bin/qxbackground;QX_POOR_FOLDER_LIBRARY=none;QX_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
 endfunction()
 qxbc_tool_test_under_wine(windows)
 qxbc_tool_test_under_wine(correct CorrectedPixels Refusals)

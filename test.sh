@@ -14,7 +14,7 @@ quick= everything=
 presets=("$@")
 if [ $# = 0 ]; then
     everything=yes
-    presets=(linux linux-asan linux-tsan windows windows-tests)
+    presets=(linux linux-asan linux-tsan windows windows-tests windows-tool)
 elif [ "$*" = quick ]; then
     quick=yes
     presets=(linux windows)

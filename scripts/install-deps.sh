@@ -10,6 +10,7 @@ if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
+    packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)

@@ -41,7 +41,7 @@ std::string Number(double value)
 void WriteText(const std::string& path, const std::string& text, TExisting existing)
 {
     TReplacedFile replaced(path, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
+    std::ofstream file(std::filesystem::path(replaced.Temporary()), std::ios::binary);
     file << text;
     file.close();
     if (!file)

@@ -6,10 +6,10 @@
 #include "kernels/ForcedInstructionSet.h"
 #include "kernels/Kernels.h"
 #include "support/RandomImages.h"
+#include "support/ScopedRounding.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestObject.h"
 
-#include <cfenv>
 #include <cmath>
 #include <vector>
 
@@ -35,19 +35,6 @@ private:
     std::uint64_t value = 0xCBF29CE484222325u;
 };
 
-constexpr int kModes[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
-
-class TScopedRounding {
-public:
-    explicit TScopedRounding(int mode) : before(std::fegetround()) { std::fesetround(mode); }
-    ~TScopedRounding() { std::fesetround(before); }
-    TScopedRounding(const TScopedRounding&) = delete;
-    TScopedRounding& operator=(const TScopedRounding&) = delete;
-
-private:
-    int before;
-};
-
 // Factors of every size, and what is none.
 std::vector<float> Factors(TRandomImages& random)
 {
@@ -66,7 +53,7 @@ QXBC_FOR_EVERY_INSTRUCTION_SET(Checksums);
 TEST_P(Checksums, OfScaledPixels)
 {
     TChecksum sum;
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         TRandomImages random(11);
         const Literal::TImage image = random.Image(4099, 1);
         for (const float factor : Factors(random)) {
@@ -84,7 +71,7 @@ TEST_P(Checksums, OfScaledPixels)
 TEST_P(Checksums, OfAverages)
 {
     TChecksum sum;
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         TRandomImages random(12);
         for (const int frameCount : {1, 2, 3, 5, 10, 29, 256, 257, 300}) {
             const std::vector<Literal::TImage> stack = random.Stack(frameCount, 1021, 1, frameCount > 256 ? 60000 : 0);
@@ -167,7 +154,7 @@ TEST(ChecksumsOfTheInterface, OfBackgroundsCodesAndFiles)
 {
     const TTemporaryFolder folder;
     TChecksum sum;
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         UseObject(sum, mode, folder.File("file"));
     }
     EXPECT_EQ(sum.Value(), 0xB6E584AE151B8619u);

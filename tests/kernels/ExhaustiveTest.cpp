@@ -33,6 +33,16 @@ TPixels AllValues()
     return values;
 }
 
+// Not std::equal: it ends in the C runtime's memcmp, and Wine's takes most of the time there is.
+bool AreEqual(const TPixels& pixels, const std::uint16_t* expected)
+{
+    unsigned int difference = 0;
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        difference |= static_cast<unsigned int>(pixels[i] ^ expected[i]);
+    }
+    return difference == 0;
+}
+
 // Sets the processor's rounding mode for a scope.
 class TScopedRounding {
 public:
@@ -55,14 +65,14 @@ TEST_P(ExhaustiveKernels, SubtractsAllPairs)
     ramp.insert(ramp.end(), image.begin(), image.end());
     for (std::uint32_t value = 0; value < 65536; value += kEvery) {
         std::fill(background.begin(), background.end(), static_cast<std::uint16_t>(value));
-        const auto expected = ramp.begin() + (65536 - value);
+        const std::uint16_t* const expected = ramp.data() + (65536 - value);
         for (const TWay way : kEveryWay) {
             ForceWay(way);
             Kernels::SubtractInto(output.data(), image.data(), background.data(), output.size());
-            ASSERT_TRUE(std::equal(output.begin(), output.end(), expected)) << value << way;
+            ASSERT_TRUE(AreEqual(output, expected)) << value << way;
             output = image;
             Kernels::SubtractInPlace(output.data(), background.data(), output.size());
-            ASSERT_TRUE(std::equal(output.begin(), output.end(), expected)) << value << " in place";
+            ASSERT_TRUE(AreEqual(output, expected)) << value << " in place";
         }
     }
 }
@@ -142,7 +152,7 @@ TEST_P(ExhaustiveScaling, ScalesAllValuesByManyFactors)
                 const TScopedRounding rounding(mode);
                 Kernels::Scale(output.data(), pixels.data(), pixels.size(), factors[i]);
             }
-            ASSERT_TRUE(output == expected) << "factor " << factors[i] << way;
+            ASSERT_TRUE(AreEqual(output, expected.data())) << "factor " << factors[i] << way;
         }
     }
     Kernels::chosenTable.store(nullptr);
@@ -189,7 +199,7 @@ TEST_P(ExhaustiveKernels, AveragesAllPairs)
             expected[i] = static_cast<std::uint16_t>((i + value + 1) / 2);
         }
         Kernels::Average(output.data(), frames, 2, output.size(), nullptr);
-        ASSERT_TRUE(output == expected) << value;
+        ASSERT_TRUE(AreEqual(output, expected.data())) << value;
     }
 }
 

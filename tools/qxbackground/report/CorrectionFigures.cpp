@@ -18,9 +18,9 @@ double Percent(std::uint64_t part, std::uint64_t whole)
 
 } // namespace
 
-void TCorrectionFigures::Check(const std::string& name, double value)
+void TCorrectionFigures::Check(const std::string& name, double value, const std::string& details)
 {
-    json["checks"].push_back(CheckJson(name, value, mark));
+    json["checks"].push_back(CheckJson(name, value, mark, details));
 }
 
 TCorrectionFigures FiguresOf(TCorrectionSet& set, std::size_t index, const TImage& stored, std::size_t pictureText)

@@ -23,7 +23,7 @@ struct TCorrectionFigures {
     {
         return static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent);
     }
-    void Check(const std::string& name, double value);
+    void Check(const std::string& name, double value, const std::string& details = {});
 };
 
 // `stored` are the pixels of the correction, which is active. Its picture has at most `pictureText` characters;

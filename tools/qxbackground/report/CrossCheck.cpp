@@ -175,12 +175,18 @@ nlohmann::json CrossCheck(TCorrectionSet& set, std::vector<TCorrectionFigures>& 
         }
     }
     for (std::size_t index = 0; index < count; ++index) {
-        double worst = 0;
+        const TPair* worst = nullptr;
         for (const TPair& pair : pairs) {
-            if (pair.from == index)
-                worst = std::max(worst, pair.timesLimit);
+            if (pair.from == index && (worst == nullptr || pair.timesLimit > worst->timesLimit))
+                worst = &pair;
         }
-        figures[index].Check("scaling", worst);
+        figures[index].Check("scaling", worst == nullptr ? 0 : worst->timesLimit,
+                             worst == nullptr
+                                 ? std::string()
+                                 : fmt::format("Scaled to '{}' it leaves {:.3g} ADU, above the limit of {:.3g} ADU: a "
+                                               "correction of its own is needed there (see the cross-check).",
+                                               Printable(set.Keys()[worst->to]), worst->residual.mean,
+                                               ScalingLimits(figures[worst->to].mean).look));
     }
     const std::vector<TFitted> fits = FitLines(figures);
     return {{"fits", FitsJson(fits)},

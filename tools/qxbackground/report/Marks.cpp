@@ -57,7 +57,7 @@ nlohmann::json ThresholdsJson()
     return json;
 }
 
-nlohmann::json CheckJson(const std::string& name, double value, TMark& worst)
+nlohmann::json CheckJson(const std::string& name, double value, TMark& worst, const std::string& details)
 {
     const std::vector<TThreshold>& all = CorrectionThresholds();
     const TThreshold& threshold =
@@ -65,10 +65,12 @@ nlohmann::json CheckJson(const std::string& name, double value, TMark& worst)
     const TMark mark = value > threshold.bad ? TMark::Bad : value > threshold.look ? TMark::Look : TMark::Good;
     worst = std::max(worst, mark);
     std::string reason;
-    if (mark != TMark::Good && *threshold.unit == '\0')
-        reason = fmt::format("{}: {}", threshold.label, threshold.why);
+    if (mark != TMark::Good && !details.empty())
+        reason = details;
+    else if (mark != TMark::Good && *threshold.unit == '\0')
+        reason = fmt::format("{}: {}.", threshold.label, threshold.why);
     else if (mark != TMark::Good)
-        reason = fmt::format("{}: {:.3g} {}, above {:g}: {}", threshold.label, value, threshold.unit,
+        reason = fmt::format("{}: {:.3g} {}, above {:g}: {}.", threshold.label, value, threshold.unit,
                              mark == TMark::Bad ? threshold.bad : threshold.look, threshold.why);
     return {{"name", name}, {"value", value}, {"mark", MarkText(mark)}, {"reason", reason}};
 }

@@ -24,8 +24,8 @@ struct TThreshold {
 const std::vector<TThreshold>& CorrectionThresholds();
 nlohmann::json ThresholdsJson();
 
-// One answered question, with its reason in words.
-nlohmann::json CheckJson(const std::string& name, double value, TMark& worst);
+// One answered question, with its reason in words: `details`, or else what the question's threshold says.
+nlohmann::json CheckJson(const std::string& name, double value, TMark& worst, const std::string& details = {});
 
 // How far a correction that was scaled to other conditions may be off, in ADU.
 struct TScalingLimits {

@@ -66,7 +66,7 @@ qx.againstSection = (one, number, report) => {
         qx.make("label", { for: `${id}-level` }, "Level in percent"), level, levelText),
       qx.make("figcaption", {}, (one.picture.step > 1 ? `Every ${one.picture.step}th pixel in both directions. ` : "Every pixel. ")
         + "Corrected in this page, with the library's own rounding.")),
-    qx.scroll(`Figures of ${name}`, qx.table("All pixels, level 100 %", ["", "before", "after"], [
+    qx.scroll(`Figures of ${name}`, qx.table("All pixels, level 100 %", ["figure", "before", "after"], [
       ["median, ADU", one.before.median, one.after.median], ["mean, ADU", one.before.mean, one.after.mean],
       ["spread, ADU", one.before.spread, one.after.spread], ["minimum, ADU", one.before.minimum, one.after.minimum],
       ["maximum, ADU", one.before.maximum, one.after.maximum],

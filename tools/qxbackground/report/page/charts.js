@@ -31,7 +31,7 @@ qx.drawCharts = () => {
 
 qx.axis = (title, more = {}) => ({ title: { display: true, text: title }, ...more });
 
-qx.lines = (series, xTitle, yTitle, more = {}) => ({
+qx.lines = (series, xTitle, yTitle, xMore = {}) => ({
   type: "line",
   data: {
     datasets: series.map(({ label, points }, at) => ({
@@ -40,10 +40,9 @@ qx.lines = (series, xTitle, yTitle, more = {}) => ({
     })),
   },
   options: {
-    scales: { x: { type: "linear", ...qx.axis(xTitle) }, y: qx.axis(yTitle) },
+    scales: { x: { type: "linear", ...qx.axis(xTitle, xMore) }, y: qx.axis(yTitle) },
     plugins: { legend: { display: series.length > 1, labels: { boxHeight: 2 } } },
     interaction: { mode: "nearest", axis: "x", intersect: false },
-    ...more,
   },
 });
 

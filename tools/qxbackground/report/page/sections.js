@@ -40,7 +40,7 @@ qx.summarySection = (report) => {
   body.append(...rows.map((row) => row.element));
   section.append(qx.scroll("Summary of all corrections", qx.make("table", { id: "summary-table" },
     qx.make("caption", {}, "Values in ADU; the library's own minimum, average (truncated) and maximum. Press a title to sort."),
-    qx.make("thead", {}, qx.make("tr", {}, ...heads, qx.make("th", { scope: "col" }, "Why"))), body)));
+    qx.make("thead", {}, qx.make("tr", {}, ...heads, qx.make("th", { scope: "col", class: "text" }, "Why"))), body)));
   const limit = (value, unit) => value === null ? "–" : `${qx.number(value)} ${unit}`;
   section.append(qx.make("details", {}, qx.make("summary", {}, "What the marks mean, and from which value on"),
     qx.scroll("Thresholds", qx.table("A correction's mark is the worst of these", ["Question", "look above", "bad above", "Why"],
@@ -119,7 +119,7 @@ qx.correctionSection = (one, number) => {
     ready.push(viewer.ready);
     grid.append(viewer);
   }
-  const charts = qx.make("div");
+  const charts = qx.make("div", { class: "stack" });
   let logarithmic = false;
   const histogram = qx.chart(`Histogram of '${one.key}': median ${qx.number(s.median)} ADU, spread ${qx.number(s.spread)} ADU`,
     () => qx.histogramChart(one.histogram, logarithmic));
@@ -134,7 +134,7 @@ qx.correctionSection = (one, number) => {
   const range = (profile) => `${qx.number(Math.min(...profile.values))} to ${qx.number(Math.max(...profile.values))} ADU`;
   charts.append(qx.make("figure", {}, qx.chart(`Profiles of '${one.key}': rows ${range(one.profiles.rows)}, columns ${range(one.profiles.columns)}`,
     () => qx.lines([{ label: "mean of each row", points: points(one.profiles.rows) },
-      { label: "mean of each column", points: points(one.profiles.columns) }], "row or column", "ADU")),
+      { label: "mean of each column", points: points(one.profiles.columns) }], "row or column", "ADU", { max: Math.max(one.width, one.height) - 1 })),
     qx.make("figcaption", {}, `Row and column profile; pattern (spread of the medians): rows ${qx.number(s.rowPattern)}, columns ${qx.number(s.columnPattern)} ADU.`)));
   grid.append(charts);
   section.append(grid);
@@ -152,12 +152,12 @@ qx.darksSection = (darks) => {
   const camera = darks.camera;
   section.append(qx.make("h2", { id: "darks-title" }, "The dark frames"));
   if (camera.note) section.append(qx.make("p", {}, camera.note));
-  section.append(qx.scroll("Camera", qx.table("The camera, from pairs of frames and from how level and noise grow with exposure", ["", "value"], [
+  section.append(qx.scroll("Camera", qx.table("The camera, from pairs of frames and from how level and noise grow with exposure", ["figure", "value"], [
     ["read noise", qx.withError(camera.readNoiseElectrons, "e⁻")], ["read noise", qx.withError(camera.readNoiseAdu, "ADU")],
     ["dark current", qx.withError(camera.darkCurrentElectronsPerSecond, "e⁻/s")], ["dark current", qx.withError(camera.darkCurrentAduPerSecond, "ADU/s")],
     ["electrons per ADU", qx.withError(camera.electronsPerAdu, "e⁻/ADU")], ["offset", qx.withError(camera.offset, "ADU")]])));
   const name = (stack) => stack.exposureSeconds === null ? "exposure not known" : `${qx.number(qx.single(stack.exposureSeconds))} s`;
-  section.append(qx.scroll("Stacks", qx.table("Stacks of equal exposure", ["", "frames", "level", "noise of a pixel", "drift, ADU per frame", "frames that are off"],
+  section.append(qx.scroll("Stacks", qx.table("Stacks of equal exposure", ["exposure", "frames", "level", "noise of a pixel", "drift, ADU per frame", "frames that are off"],
     darks.stacks.map((stack) => [name(stack), stack.frames, qx.withError(stack.level, "ADU"), qx.withError(stack.noise, "ADU"),
       stack.drift ? `${qx.number(stack.drift.aduPerFrame)}${stack.drift.error === null ? "" : ` ± ${qx.number(Number(stack.drift.error.toPrecision(2)))}`}` : "–",
       stack.off.length]))));

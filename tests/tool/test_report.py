@@ -2,6 +2,8 @@
 import csv
 import io
 import json
+import os
+import subprocess
 import unittest
 
 import numpy as np
@@ -261,6 +263,16 @@ class Files(ReportTest):
         self.refused("report", "c.qxb", "--against", "wide.tif", "--key", "none", "--json", says=["no correction 'none'"])
         self.write("d.tif", [np.zeros((4, 6), np.uint16)])
         self.refused("report", "c.qxb", "--darks", "d.tif", "--dark-exposure", 1, 2, "--json", says=["2 exposure times"])
+
+    def test_built_without_the_page(self):
+        before = self.contents()
+        def run(*arguments):
+            return subprocess.run([os.environ["QX_WITHOUT_PAGE"], "--library", os.environ["QX_LIBRARY"], "report", "c.qxb",
+                                   *arguments], cwd=self.folder, capture_output=True, text=True)
+        result = run("-o", "r.html")
+        self.assertEqual((result.returncode, result.stderr.count("\n"), self.contents()), (2, 1, before))
+        self.assertIn("libjs-chart.js", result.stderr)
+        self.assertEqual(len(json.loads(run("--json").stdout)["corrections"]), 2)
 
     def test_ten_corrections_stay_below_five_megabytes(self):
         # Noise hardly shrinks, so that this is the worst that there can be.

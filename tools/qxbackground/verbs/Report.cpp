@@ -92,7 +92,7 @@ void AddReportVerb(TVerb& app, const TContext& context)
         verb.add_option("source", request.source, "Calibration file, or a store's base name or group file")->required(),
         [options](const std::string& name, TPathPlan& plan) {
             const TReportRequest& wanted = options->request;
-            if (wanted.groups.empty() && IsCalibrationFile(wanted.source))
+            if (IsCalibrationFile(wanted.source))
                 plan.AddFile(name, TPathUse::Reads, wanted.source);
             else
                 plan.AddStore(name, TPathUse::Reads, FindStore(wanted.source, wanted.groups));

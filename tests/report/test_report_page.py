@@ -102,10 +102,10 @@ class Page(ToolTest):
             (row) => [...row.cells].map((cell) => cell.textContent))""")
         for row, one in zip(rows, found["corrections"]):
             s = one["statistics"]
-            self.assertEqual([row[0], row[1], *map(float, row[4:7]), *map(float, row[8:10])],
+            self.assertEqual([row[0], row[1], *map(float, row[5:8]), *map(float, row[9:11])],
                              [one["key"], one["mark"], s["minimum"], s["average"], s["maximum"], one["unusual"]["hot"],
                               one["unusual"]["dead"]])
-            self.assertEqual(row[10], " ".join(c["reason"] for c in one["checks"] if c["reason"]) or "–")
+            self.assertEqual(row[2], " ".join(c["reason"] for c in one["checks"] if c["reason"]) or "–")
         cell = self.js("""document.querySelector('#cross td[data-from="0"][data-to="1"]').firstChild.textContent""")
         mean = found["scaling"]["cross"][0][1]["mean"]
         self.assertAlmostEqual(float(cell.replace("−", "-")), mean, delta=abs(mean) * 5e-4)
@@ -200,7 +200,7 @@ class Page(ToolTest):
         for order in (["first", "<b>second"], ["<b>second", "first"]):
             self.browser.key("Enter", 13, "\r")
             self.assertEqual(self.js(keys), order)
-        self.assertEqual(self.js("document.querySelectorAll('#summary-table thead th')[2].getAttribute('aria-sort')"),
+        self.assertEqual(self.js("document.querySelectorAll('#summary-table thead th')[3].getAttribute('aria-sort')"),
                          "descending")
 
     def test_logarithmic_histogram(self):

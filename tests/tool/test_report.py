@@ -182,10 +182,20 @@ class Camera(ReportTest):
         self.write("moved.tif", frames)
         stack = self.report("c.qxb", "--darks", "moved.tif")["darks"]["stacks"][0]
         self.assertEqual(stack["off"], [5])
+        self.assertIn("moved.tif: page 6.", stack["remarks"][-1])
         self.write("moved.tif", frames[:5])
         stack = self.report("c.qxb", "--darks", "moved.tif")["darks"]["stacks"][0]
         self.assertAlmostEqual(stack["drift"]["aduPerFrame"], 1, delta=0.05)
         self.assertEqual(stack["off"], [])
+        self.assertRegex(" ".join(stack["remarks"]), r"^The level drifts by 4 ADU")
+        steady = self.report("c.qxb", "--darks", "dark_1s.tif")["darks"]["stacks"][0]
+        self.assertEqual((steady["off"], steady["remarks"]), ([], []))
+
+    def test_drifting_frames_make_the_whole_worth_a_look(self):
+        self.tool("build", "one.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "dark_1s.tif")
+        self.write("moved.tif", [p + np.uint16(n) for n, p in enumerate(self.read("dark_1s.tif"))])
+        self.assertEqual(self.report("one.qxb", "--darks", "dark_1s.tif")["mark"], "good")
+        self.assertEqual(self.report("one.qxb", "--darks", "moved.tif")["mark"], "look")
 
     def test_the_sentence_names_the_offset(self):
         sentences = self.report("c.qxb")["scaling"]["sentences"]

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <tuple>
 
 namespace workbench {
 
@@ -135,8 +136,9 @@ nlohmann::json SentencesJson(std::vector<TPair> pairs, const TCorrectionSet& set
             : fmt::format("Of {} ways to scale one correction to another's conditions {} are safe, {} need a look, {} "
                           "are bad.",
                           pairs.size(), good, look, bad));
-    std::stable_sort(pairs.begin(), pairs.end(),
-                     [](const TPair& one, const TPair& other) { return one.timesLimit > other.timesLimit; });
+    std::sort(pairs.begin(), pairs.end(), [](const TPair& one, const TPair& other) {
+        return std::tie(other.timesLimit, one.to, one.from) < std::tie(one.timesLimit, other.to, other.from);
+    });
     for (std::size_t at = 0; at < std::min(kMost, pairs.size()) && pairs[at].mark != TMark::Good; ++at)
         sentences.push_back(Sentence(pairs[at], set, figures, fits));
     return sentences;

@@ -27,6 +27,31 @@ nlohmann::json FigureJson(double value, double error)
     return {{"value", value}, {"error", error}};
 }
 
+// What a person should look at before these frames are used.
+std::vector<std::string> Remarks(const TDarkStack& stack)
+{
+    std::vector<std::string> remarks;
+    const std::optional<TLineFit> drift = stack.Drift();
+    if (drift && drift->slopeError) {
+        constexpr double kLeastAdu = 1, kBeyond = 3; // in all, and in standard errors
+        const double inAll = drift->slope * static_cast<double>(stack.Frames() - 1);
+        if (std::abs(inAll) > kLeastAdu && std::abs(drift->slope) > kBeyond * *drift->slopeError)
+            remarks.push_back(
+                fmt::format("The level drifts by {:.2g} ADU from the first frame to the last, more than {:g} "
+                            "ADU: had the camera reached its temperature?",
+                            inAll, kLeastAdu));
+    }
+    const std::vector<std::size_t> off = stack.FramesThatAreOff();
+    std::string names;
+    for (const std::size_t frame : off)
+        names += (names.empty() ? "" : ", ") + stack.Names()[frame];
+    if (!off.empty())
+        remarks.push_back(fmt::format("Off by more than {:.2g} ADU, better left out: {}.", stack.Limit(), names));
+    if (stack.Frames() == 1)
+        remarks.push_back("One frame alone tells no noise, and brings all of its own into every image.");
+    return remarks;
+}
+
 nlohmann::json StackJson(const TDarkStack& stack, double exposure)
 {
     nlohmann::json json{{"exposureSeconds", exposure > 0 ? nlohmann::json(exposure) : nlohmann::json()},
@@ -36,6 +61,7 @@ nlohmann::json StackJson(const TDarkStack& stack, double exposure)
                         {"names", stack.Names()},
                         {"off", stack.FramesThatAreOff()},
                         {"offLimit", stack.Limit()},
+                        {"remarks", Remarks(stack)},
                         {"noise", nullptr},
                         {"drift", nullptr},
                         {"enough", nullptr}};

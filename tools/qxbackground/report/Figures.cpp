@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <tuple>
 
 namespace workbench {
 
@@ -80,8 +81,9 @@ double NeighbourNoise(const TImage& image)
 
 void Keep(std::vector<TUnusualPixel>& kept)
 {
-    std::stable_sort(kept.begin(), kept.end(), [](const TUnusualPixel& one, const TUnusualPixel& other) {
-        return std::abs(one.difference) > std::abs(other.difference);
+    std::sort(kept.begin(), kept.end(), [](const TUnusualPixel& one, const TUnusualPixel& other) {
+        const int first = std::abs(one.difference), second = std::abs(other.difference);
+        return std::tie(second, one.y, one.x) < std::tie(first, other.y, other.x);
     });
     if (kept.size() > kMostPositions)
         kept.resize(kMostPositions);

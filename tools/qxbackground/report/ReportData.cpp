@@ -80,6 +80,11 @@ nlohmann::json MakeReport(const TContext& context, const TReportRequest& request
         ReadStoreSteadily(FindStore(request.source, request.groups), take);
     if (!request.darks.empty())
         report["darks"] = DarkFigures(request.darks, request.against.input, request.darkExposureSeconds);
+    for (const nlohmann::json& stack :
+         report["darks"].is_null() ? nlohmann::json::array() : report["darks"]["stacks"]) {
+        if (!stack["remarks"].empty() && report["mark"] == MarkText(TMark::Good))
+            report["mark"] = MarkText(TMark::Look);
+    }
     return report;
 }
 

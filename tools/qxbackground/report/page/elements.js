@@ -39,7 +39,8 @@ qx.table = (caption, head, rows, rowHeads = true) => {
   return qx.make("table", {}, qx.make("caption", {}, caption),
     qx.make("thead", {}, qx.make("tr", {}, ...head.map((text) => qx.make("th", { scope: "col" }, text)))),
     qx.make("tbody", {}, ...rows.map((row) => qx.make("tr", {}, ...row.map((value, at) =>
-      qx.make(at === 0 && rowHeads ? "th" : "td", at === 0 && rowHeads ? { scope: "row" } : {}, cell(value)))))));
+      qx.make(at === 0 && rowHeads ? "th" : "td", at === 0 && rowHeads ? { scope: "row" } :
+        { class: typeof value === "string" && value.length > 40 ? "text" : null }, cell(value)))))));
 };
 
 qx.save = (name, type, text) => {

@@ -11,7 +11,9 @@ qx.summarySection = (report) => {
                   bad: "Something is wrong with this calibration." };
   section.append(qx.make("h2", { id: "summary-title" }, "Summary"),
     qx.make("p", {}, qx.mark(report.mark), " ", words[report.mark],
-      ` Of ${report.corrections.length} corrections ${marks.good} are good, ${marks.look} need a look, ${marks.bad} are bad.`));
+      ` Corrections: ${marks.good} good, ${marks.look} to be looked at, ${marks.bad} bad.`));
+  const remarks = (report.darks ? report.darks.stacks : []).reduce((sum, stack) => sum + stack.remarks.length, 0);
+  if (remarks > 0) section.append(qx.make("p", {}, qx.mark("look"), " ", qx.make("a", { href: "#darks" }, `The dark frames: ${remarks} to be looked at.`)));
   const columns = [
     ["Correction", (one) => one.key], ["Mark", (one) => ["good", "look", "bad"].indexOf(one.mark)],
     ["Exposure, s", (one) => qx.single(one.exposureSeconds)], ["Intensity, %", (one) => qx.single(one.lightIntensityPercent)],
@@ -22,8 +24,8 @@ qx.summarySection = (report) => {
   const rows = report.corrections.map((one, at) => ({ one, at, element: qx.make("tr", {},
     qx.make("th", { scope: "row" }, qx.make("a", { href: `#correction-${at}` }, one.key)),
     qx.make("td", {}, qx.mark(one.mark)),
-    ...columns.slice(2).map(([, value]) => qx.make("td", {}, qx.number(value(one)))),
-    qx.make("td", { class: "text" }, qx.reasons(one).join(" ") || "–")) }));
+    qx.make("td", { class: "text" }, qx.reasons(one).join(" ") || "–"),
+    ...columns.slice(2).map(([, value]) => qx.make("td", {}, qx.number(value(one))))) }));
   const heads = columns.map(([title, value]) => {
     const head = qx.make("th", { scope: "col", "aria-sort": "none" });
     head.append(qx.make("button", { type: "button", onclick: () => {
@@ -37,10 +39,11 @@ qx.summarySection = (report) => {
     } }, title));
     return head;
   });
+  const why = qx.make("th", { scope: "col", class: "text" }, "Why");
   body.append(...rows.map((row) => row.element));
   section.append(qx.scroll("Summary of all corrections", qx.make("table", { id: "summary-table" },
     qx.make("caption", {}, "Values in ADU; the library's own minimum, average (truncated) and maximum. Press a title to sort."),
-    qx.make("thead", {}, qx.make("tr", {}, ...heads, qx.make("th", { scope: "col", class: "text" }, "Why"))), body)));
+    qx.make("thead", {}, qx.make("tr", {}, ...heads.slice(0, 2), why, ...heads.slice(2))), body)));
   const limit = (value, unit) => value === null ? "–" : `${qx.number(value)} ${unit}`;
   section.append(qx.make("details", {}, qx.make("summary", {}, "What the marks mean, and from which value on"),
     qx.scroll("Thresholds", qx.table("A correction's mark is the worst of these", ["Question", "look above", "bad above", "Why"],
@@ -72,7 +75,7 @@ qx.scalingSection = (report) => {
           ...keys.map((_, to) => cell(from, to))))))));
   }
   const grid = qx.make("div", { class: "grid" });
-  for (const fit of fits) {
+  for (const fit of keys.length > 1 ? fits : []) {
     const points = fit.corrections.map((index) => {
       const one = report.corrections[index];
       return { x: qx.single(one.exposureSeconds * one.lightIntensityPercent), y: one.statistics.mean, key: one.key };
@@ -95,7 +98,7 @@ qx.scalingSection = (report) => {
     });
     grid.append(qx.make("figure", {}, chart, qx.make("figcaption", { class: "fit" }, `${fit.width} × ${fit.height}: ${text}`)));
   }
-  section.append(qx.make("h3", {}, "Background against exposure × intensity"), grid);
+  if (keys.length > 1) section.append(qx.make("h3", {}, "Background against exposure × intensity"), grid);
   return section;
 };
 
@@ -152,7 +155,7 @@ qx.darksSection = (darks) => {
   const camera = darks.camera;
   section.append(qx.make("h2", { id: "darks-title" }, "The dark frames"));
   if (camera.note) section.append(qx.make("p", {}, camera.note));
-  section.append(qx.scroll("Camera", qx.table("The camera, from pairs of frames and from how level and noise grow with exposure", ["figure", "value"], [
+  if (camera.offset) section.append(qx.scroll("Camera", qx.table("The camera, from pairs of frames and from how level and noise grow with exposure", ["figure", "value"], [
     ["read noise", qx.withError(camera.readNoiseElectrons, "e⁻")], ["read noise", qx.withError(camera.readNoiseAdu, "ADU")],
     ["dark current", qx.withError(camera.darkCurrentElectronsPerSecond, "e⁻/s")], ["dark current", qx.withError(camera.darkCurrentAduPerSecond, "ADU/s")],
     ["electrons per ADU", qx.withError(camera.electronsPerAdu, "e⁻/ADU")], ["offset", qx.withError(camera.offset, "ADU")]])));
@@ -161,6 +164,8 @@ qx.darksSection = (darks) => {
     darks.stacks.map((stack) => [name(stack), stack.frames, qx.withError(stack.level, "ADU"), qx.withError(stack.noise, "ADU"),
       stack.drift ? `${qx.number(stack.drift.aduPerFrame)}${stack.drift.error === null ? "" : ` ± ${qx.number(Number(stack.drift.error.toPrecision(2)))}`}` : "–",
       stack.off.length]))));
+  for (const stack of darks.stacks)
+    for (const remark of stack.remarks) section.append(qx.make("p", { class: "remark" }, qx.mark("look"), ` ${name(stack)}: ${remark}`));
   const grid = qx.make("div", { class: "grid" });
   for (const stack of darks.stacks) {
     const label = `Level of the ${stack.frames} dark frames of ${name(stack)}, from ${qx.number(Math.min(...stack.levels))} to ${qx.number(Math.max(...stack.levels))} ADU`;
@@ -171,8 +176,7 @@ qx.darksSection = (darks) => {
     }, "12rem"));
     const enough = stack.enough;
     figure.append(qx.make("figcaption", {}, `${name(stack)}: ` + (enough ? `${stack.frames} frames leave ${qx.number(enough.remainingAdu)} ADU of noise in the correction and add `
-      + `${qx.number(enough.addedPercent)} % to an image's own; ${enough.framesForFivePercent} add less than 5 %. From ${enough.framesToRounding} on more change nothing, because pixels are whole ADU. ` : "one frame tells no noise. ")
-      + (stack.off.length ? `Off by more than ${qx.number(stack.offLimit)} ADU: ${stack.off.map((at) => stack.names[at]).join(", ")}.` : "No frame is off.")));
+      + `${qx.number(enough.addedPercent)} % to an image's own; ${enough.framesForFivePercent} add less than 5 %. From ${enough.framesToRounding} on more change nothing, because pixels are whole ADU. ` : "") + (stack.off.length ? "" : "No frame is off.")));
     grid.append(figure);
   }
   section.append(grid);

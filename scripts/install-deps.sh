@@ -5,6 +5,7 @@ set -euo pipefail
 level=${1:-test}
 
 packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev zlib1g-dev nlohmann-json3-dev python3)
+packages+=(libjs-chart.js) # goes into the page of "qxbackground report"
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
@@ -19,6 +20,8 @@ if [ "$level" != build ]; then
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
+    packages+=(chromium) # the page of "qxbackground report" is tried in it
+    command -v npm >/dev/null || packages+=(npm) # brings axe-core, which looks for faults in that page
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
 if [ "$level" = more ]; then

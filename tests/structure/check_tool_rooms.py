@@ -21,7 +21,8 @@ MAY_INCLUDE = {
     "calibration": {"base"},
     "camera": {"base", "images"},
     "commandline": {"base", "calibration"},
-    "verbs": {"base", "images", "batch", "calibration", "camera", "commandline"},
+    "report": {"base", "images", "calibration"},
+    "verbs": {"base", "images", "batch", "calibration", "camera", "commandline", "report"},
 }
 # Of the library's sources, the constants of the calibration file; all else goes through its public headers.
 FROM_OUTSIDE = re.compile(r"QX_BackgroundCorrection\.hpp|file/CalibrationFormat\.h")

@@ -47,6 +47,7 @@ int main(int argumentCount, char** arguments)
         AddStoreVerb(app, context);
         AddSimulateVerb(app);
         AddStatisticsVerb(app);
+        AddReportVerb(app, context);
     };
     CatchInterrupts();
     try {

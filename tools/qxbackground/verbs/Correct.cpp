@@ -1,7 +1,7 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
 #include "base/Wording.h"
-#include "batch/TFrameStack.h"
 #include "verbs/CorrectionRun.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Verbs.h"
 
 #include <memory>
@@ -13,7 +13,7 @@ namespace {
 constexpr char kKey[] = "dark";
 
 struct TCorrectVerbOptions {
-    std::vector<std::string> darks;
+    TDarkOptions darks;
     TConditions darkConditions;
     TCorrectOptions correct;
 };
@@ -21,18 +21,19 @@ struct TCorrectVerbOptions {
 void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    TRunNotes notes;
     const std::string what = [&] {
-        const TFrameStack stack =
-            ReadFrames(options.darks, options.correct.input); // freed once the correction is built
-        Call(options.darks.front(), [&] {
+        const TFrameStack stack = ReadDarks(options.darks, options.correct.input); // freed once the correction is built
+        Call(options.darks.files.front(), [&] {
             object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        return Counted(stack.frames, "dark frame") + " (" + options.darkConditions.Text() + ")";
+        notes = {stack.notes, stack.warnings};
+        return DarksText(stack, options.darks) + " (" + options.darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(context, object, options.correct, what);
+    CorrectImages(context, object, options.correct, what, notes);
 }
 
 } // namespace
@@ -41,7 +42,8 @@ void AddCorrectVerb(TVerb& app, TContext& context)
 {
     TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TCorrectVerbOptions>();
-    AddFrames(verb, "--dark", options->darks, "Dark frames; all pages of all files form the stack")->required();
+    AddFrames(verb, "--dark", options->darks.files, "Dark frames; all pages of all files form the stack")->required();
+    AddDarkOptions(verb, options->darks);
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
     AddCorrectOptions(verb, options->correct);
     verb.footer(

@@ -3,6 +3,7 @@
 
 #include "base/JsonText.h"
 #include "base/Wording.h"
+#include "verbs/DarkFrames.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +16,10 @@ namespace {
 nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     nlohmann::json json{{"output", options.output}, {"pages", report.pages}};
+    if (!report.notes.empty())
+        json["notes"] = report.notes;
+    if (!report.warnings.empty())
+        json["warnings"] = report.warnings;
     if (options.IsBatch()) {
         json["files"] = nlohmann::json::array();
         for (const TCorrectionReport::TFile& file : report.files)
@@ -39,6 +44,7 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
 {
     if (options.json) {
         std::cout << JsonText(ReportJson(report, options));
+        PrintWarnings(report.warnings);
         return;
     }
     std::cout << "Corrected ";
@@ -50,6 +56,7 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
     std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels ("
               << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << report.what << ": "
               << options.output << '\n';
+    PrintNotes(report.notes);
     if (!options.noStatistics) {
         if (report.statisticsPages < report.pages)
             std::cout << "Statistics of " << report.statisticsPages
@@ -65,6 +72,7 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
         for (std::size_t panel = 0; panel < report.legend.size(); ++panel)
             std::cout << "  " << names[panel] << ' ' << report.legend[panel] << " ADU\n";
     }
+    PrintWarnings(report.warnings);
 }
 
 } // namespace workbench

@@ -22,6 +22,7 @@ struct TCorrectionReport {
     };
 
     std::string what; // the correction, in words
+    std::vector<std::string> notes, warnings;
     TSize size;
     std::uint64_t pages = 0;           // corrected and written
     std::uint64_t statisticsPages = 0; // of them in the statistics

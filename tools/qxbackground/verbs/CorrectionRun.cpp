@@ -251,11 +251,13 @@ TImage ScaledBackground(TBackgroundCorrection& object)
 }
 
 void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what)
+                   const std::string& what, const TRunNotes& notes)
 {
     Configure(object, options);
     TCorrectionReport report;
     report.what = what;
+    report.notes = notes.notes;
+    report.warnings = notes.warnings;
     TImage background;
     if (options.noStatistics && options.picture.empty()) {
         Call(what, [&] {

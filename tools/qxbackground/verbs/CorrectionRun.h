@@ -6,8 +6,14 @@
 #include "verbs/Options.h"
 
 #include <string>
+#include <vector>
 
 namespace workbench {
+
+// What is known of the correction before the run: told with what the run has to say.
+struct TRunNotes {
+    std::vector<std::string> notes, warnings;
+};
 
 // Corrects every page of the options' images with the active correction of `object` and writes them to the output,
 // then prints what was done. Sets exposure, intensity, level and region first. Pages are streamed: memory does not
@@ -17,7 +23,7 @@ namespace workbench {
 // output of its own there; an input that fails is told, the others are done, and the context's status becomes
 // kSomeFailed.
 void CorrectImages(TContext& context, QX_KRLSDK::TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what);
+                   const std::string& what, const TRunNotes& notes = {});
 
 // The scaled background of the active correction's region, read through the library as any host can: what is missing
 // from a white image after the correction.

@@ -44,6 +44,7 @@ int main(int argumentCount, char** arguments)
         AddStoreVerb(app, context);
         AddSimulateVerb(app);
         AddStatisticsVerb(app);
+        AddHotPixelsVerb(app);
     };
     CatchInterrupts();
     try {

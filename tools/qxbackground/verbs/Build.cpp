@@ -55,6 +55,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddConditions(verb, "", "the dark frames", options->conditions);
     AddInputOptions(verb, options->input);
     AddDarkOptions(verb, options->darks);
+    AddBiasOption(verb, options->darks.bias);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
     verb.Run([&context, options] { RunBuild(context, *options); });
 }

@@ -5,6 +5,7 @@
 #include "base/Wording.h"
 #include "verbs/DarkFrames.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <iostream>
@@ -40,11 +41,30 @@ nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions
 
 } // namespace
 
+void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor)
+{
+    if (factor > 1.00001)
+        report.warnings.push_back(fmt::format("the background is scaled up by {:.4g}, and its noise{} with it; dark "
+                                              "frames of the images' own exposure, or "
+                                              "a longer one, need no guess",
+                                              factor,
+                                              options.bias.empty() ? ", and the camera's offset (see --bias)," : ""));
+    const auto zeros = [](const TSeriesStatistics& series) {
+        return static_cast<double>(series.Histogram().CountOf(0));
+    };
+    const auto all = static_cast<double>(report.after.Histogram().Count());
+    const double percent = all > 0 ? 100 * (zeros(report.after) - zeros(report.before)) / all : 0;
+    if (percent > options.clippedPercent)
+        report.warnings.push_back(
+            fmt::format("{:.3g} % of the pixels were cut off at zero: {}", percent,
+                        percent > 50 ? "does the correction belong to these images?"
+                                     : "what lay below is lost, and the mean is too high; --pedestal keeps it"));
+}
+
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     if (options.json) {
         std::cout << JsonText(ReportJson(report, options));
-        PrintWarnings(report.warnings);
         return;
     }
     std::cout << "Corrected ";

@@ -33,6 +33,9 @@ struct TCorrectionReport {
     std::vector<std::string> legend; // of the picture
 };
 
+// Adds lines about what does not look right: a background that is scaled up by `factor`, a result that is cut off.
+void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
+
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);
 
 } // namespace workbench

@@ -3,17 +3,12 @@
 
 #include "calibration/TContext.h"
 #include "images/TImage.h"
+#include "verbs/CorrectionSetup.h"
 #include "verbs/Options.h"
 
 #include <string>
-#include <vector>
 
 namespace workbench {
-
-// What is known of the correction before the run: told with what the run has to say.
-struct TRunNotes {
-    std::vector<std::string> notes, warnings;
-};
 
 // Corrects every page of the options' images with the active correction of `object` and writes them to the output,
 // then prints what was done. Sets exposure, intensity, level and region first. Pages are streamed: memory does not
@@ -23,7 +18,7 @@ struct TRunNotes {
 // output of its own there; an input that fails is told, the others are done, and the context's status becomes
 // kSomeFailed.
 void CorrectImages(TContext& context, QX_KRLSDK::TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what, const TRunNotes& notes = {});
+                   const std::string& what, const TCorrectionSetup& setup);
 
 // The scaled background of the active correction's region, read through the library as any host can: what is missing
 // from a white image after the correction.

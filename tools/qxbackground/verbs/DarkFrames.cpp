@@ -4,11 +4,15 @@
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "stacks/CombineFrames.h"
+#include "stacks/TRefinement.h"
 
-#include <cstdio>
 #include <iostream>
 
 namespace workbench {
+
+const char* const kHotSigmaHelp =
+    "How far a pixel must lie from the median of its neighbours to be called hot or dead, "
+    "in units of the spread that all pixels have around theirs";
 
 void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 {
@@ -38,7 +42,31 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
 {
-    return CombineFrames(options.files, input, options.stack, "dark frames");
+    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames");
+    if (!options.bias.empty()) {
+        const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
+        SubtractBias(stack.average, bias.average);
+        stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
+        stack.notes.push_back("Bias subtracted from the dark frames: the average of " +
+                              Counted(bias.frames, "bias frame"));
+    }
+    return stack;
+}
+
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size)
+{
+    TFrameStack bias = CombineFrames(files, input, {}, "bias frames");
+    if (bias.Size() != size)
+        throw TToolError(files.front(),
+                         "the bias frames are " + bias.Size().Text() + " pixels, the dark frames " + size.Text());
+    return bias;
+}
+
+void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings)
+{
+    if (found.Pixels().size() * 50 > found.Size().Pixels())
+        warnings.push_back("more than 2 % of all pixels are called hot or dead (" + found.Counts() +
+                           "): are these dark frames? A higher sigma finds fewer");
 }
 
 std::string DarksText(const TFrameStack& stack, const TDarkOptions& options)
@@ -54,9 +82,8 @@ void PrintNotes(const std::vector<std::string>& notes)
 
 void PrintWarnings(const std::vector<std::string>& warnings)
 {
-    std::cout << std::flush;
     for (const std::string& warning : warnings)
-        std::fprintf(stderr, "qxbackground: warning: %s\n", Printable(warning).c_str());
+        std::cout << "Warning: " << Printable(warning) << '\n';
 }
 
 } // namespace workbench

@@ -215,6 +215,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);
+        AddBiasOption(verb, options->darks.bias);
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }

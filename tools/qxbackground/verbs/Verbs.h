@@ -19,6 +19,7 @@ void AddDeleteVerb(TVerb& app, const TContext& context);
 void AddCheckVerb(TVerb& app, TContext& context);
 void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
+void AddHotPixelsVerb(TVerb& app);
 
 } // namespace workbench
 

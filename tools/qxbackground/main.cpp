@@ -48,6 +48,7 @@ int main(int argumentCount, char** arguments)
         AddSimulateVerb(app);
         AddStatisticsVerb(app);
         AddReportVerb(app, context);
+        AddHotPixelsVerb(app);
     };
     CatchInterrupts();
     try {

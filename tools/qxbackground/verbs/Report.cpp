@@ -1,6 +1,6 @@
 // qxbackground report: whether a calibration is good, and for which images, as one page.
 #include "base/JsonText.h"
-#include "base/TReplacedFile.h"
+#include "base/TextFile.h"
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "report/ReportData.h"
@@ -25,17 +25,6 @@ struct TReportOptions {
     bool overwrite = false;
 };
 
-void WriteWhole(const std::string& path, const std::string& text, TExisting existing)
-{
-    TReplacedFile replaced(path, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
-    file << text;
-    file.close();
-    if (!file)
-        throw TToolError(path, "cannot be written: " + replaced.Reason("unknown error"));
-    replaced.Commit();
-}
-
 // The page's data are one line: nobody reads them there.
 std::string Compact(const nlohmann::json& json)
 {
@@ -52,9 +41,9 @@ void RunReport(const TContext& context, TReportOptions& options)
     options.request.toolVersion = QXBACKGROUND_VERSION;
     nlohmann::json report = MakeReport(context, options.request);
     if (!options.page.empty())
-        WriteWhole(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
+        WriteText(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
     if (!options.table.empty())
-        WriteWhole(options.table, ReportCsv(report), ExistingFor(options.overwrite));
+        WriteText(options.table, ReportCsv(report), ExistingFor(options.overwrite));
     if (options.json) {
         for (nlohmann::json& one : report["corrections"]) {
             one.erase("picture");

@@ -116,7 +116,8 @@ void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
         CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
         Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
     });
-    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file);
+    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,
+                  ReadSetup(options.correct, SizeOf(object)));
 }
 
 } // namespace

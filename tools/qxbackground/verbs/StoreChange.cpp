@@ -1,12 +1,12 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
 #include "base/Names.h"
 #include "base/Wording.h"
-#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
@@ -32,7 +32,7 @@ struct TStoreAddOptions {
     TStoreOptions store;
     std::string key;
     TConditions conditions;
-    std::vector<std::string> darks;
+    TDarkOptions darks;
     TInputOptions input;
 };
 
@@ -41,7 +41,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
-    const TFrameStack stack = ReadFrames(options.darks, options.input);
+    const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
@@ -53,9 +53,11 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames, "dark frame") << " of "
+    std::cout << "Added '" << Printable(options.key) << "' from " << DarksText(stack, options.darks) << " of "
               << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
+    PrintNotes(stack.notes);
+    PrintWarnings(stack.warnings);
 }
 
 struct TStoreKeyOptions {
@@ -213,7 +215,9 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
-        AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
+        AddDarkOptions(verb, options->darks);
+        AddBiasOption(verb, options->darks.bias);
+        AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {

@@ -56,7 +56,7 @@ double PairVariance(const TImage& one, const TImage& other, int limit)
     const std::uint64_t total = std::accumulate(counts.begin(), counts.end(), std::uint64_t{0});
     if (total == 0)
         return 0;
-    const auto rank = [&counts](std::uint64_t wanted, auto&& at) {
+    const auto rank = [](std::uint64_t wanted, auto&& at) {
         std::uint64_t seen = 0;
         for (int i = 0;; ++i) {
             seen += at(i);

@@ -32,11 +32,11 @@ class Demo(ScriptTest):
     def test_its_commands_can_be_pasted_and_do_the_same_again(self):
         (self.folder / "one").mkdir()
         (self.folder / "two & ' three").mkdir()
-        shown = self.run_shell(f"'{SCRIPTS}/demo-steps.sh' '{Path(TOOL).parent}' one")
+        shown = self.run_shell(f"'{SCRIPTS}/demo-steps.sh' '{Path(TOOL).parent}' one", SOURCE_DATE_EPOCH="1000000000")
         self.assertEqual(shown.returncode, 0, shown.stderr)
         commands = self.commands(shown.stdout)
         self.assertGreater(commands.count("qxbackground "), 15)
-        pasted = self.run_shell("set -e\n" + commands, self.folder / "two & ' three")
+        pasted = self.run_shell("set -e\n" + commands, self.folder / "two & ' three", SOURCE_DATE_EPOCH="1000000000")
         self.assertEqual(pasted.returncode, 0, pasted.stderr)
 
         def files(folder):

@@ -88,7 +88,7 @@ nlohmann::json MakeReport(const TContext& context, const TReportRequest& request
     if (IsCalibrationFile(request.source))
         take();
     else
-        ReadStoreSteadily(FindStore(request.source, request.groups), take);
+        ReadStoreSteadily(StoreOf(request.source, request.groups), take);
     if (!request.darks.empty())
         report["darks"] = DarkFigures(request.darks, request.against.input, request.darkExposureSeconds);
     for (const nlohmann::json& stack :

@@ -10,6 +10,12 @@ absolute_sample_data
 cd "$(dirname "$0")"
 note_foreign_folder
 
+# What was compiled before, here or in another checkout, is not compiled again.
+if command -v ccache >/dev/null; then
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
+fi
+
 quick= everything=
 presets=("$@")
 if [ $# = 0 ]; then

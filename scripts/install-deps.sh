@@ -12,7 +12,7 @@ if [ "$level" != build ]; then
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
     packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
-    packages+=(clang-format-19 valgrind python3-numpy locales)
+    packages+=(ccache clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
     packages+=(python3-dask python3-distributed python3-zarr mypy) # the Python package's tests

@@ -75,6 +75,14 @@ class CrossCheck(ReportTest):
         self.assertEqual(found["scaling"]["cross"], [[None, None], [None, None]])
         self.assertEqual(len(found["scaling"]["fits"]), 2)
 
+    def test_of_many_corrections_some_are_compared(self):
+        image = np.full((1, 1), 50, np.uint16)
+        self.calibration([(f"k{n}", n + 1, 100, image) for n in range(100)])
+        cross = self.report("c.qxb")["scaling"]["cross"]
+        for to in range(100):
+            compared = [n for n in range(100) if cross[n][to]]
+            self.assertEqual(compared, [n for n in range(100) if n % 2 == to % 2 and n != to])
+
     def test_of_a_store_is_that_of_a_file(self):
         for key in self.CONDITIONS:
             (self.folder / f"s_Gain_{key}").write_bytes(
@@ -130,6 +138,13 @@ class Marks(ReportTest):
         self.assertEqual({tuple(p[:3]) for p in unusual["hotPixels"]},
                          {(x, y, 900) for x in (20, 21) for y in (10, 11)})
         self.assertEqual(unusual["deadPixels"][0][:3], [63, 40, 5])
+
+    def test_a_pixel_between_two_hot_ones_is_not_dead(self):
+        image = self.normal()
+        image[30, 20] = image[30, 26] = 900
+        self.calibration([("k", 1, 100, image)])
+        unusual = self.report("c.qxb")["corrections"][0]["unusual"]
+        self.assertEqual((unusual["hot"], unusual["dead"]), (2, 0))
 
     def test_a_gradient_is_nothing_unusual(self):
         image = np.add.outer(np.arange(64) * 40, np.arange(64) * 25).astype(np.uint16) + self.normal()
@@ -241,7 +256,7 @@ class Files(ReportTest):
         self.write("d.tif", self.images(2, 6, 4))
         found = self.report("c.qxb", "--darks", "d.tif", "--against", "d.tif")
         self.assertEqual((found["format"], found["version"]), ("qxbackground-report", 1))
-        self.assertEqual(set(found), {"format", "version", "tool", "made", "thresholds", "darks", "source", "scaling",
+        self.assertEqual(set(found), {"format", "version", "tool", "thresholds", "darks", "source", "scaling",
                                       "against", "corrections", "mark"})
         described = (support.SOURCE / "docs" / "report.md").read_text()
 

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <fstream>
 #include <random>
 #include <system_error>
 
@@ -179,6 +180,17 @@ void TReplacedFile::Commit()
     }
     if (error)
         throw TToolError(name, "cannot be written: " + error.message());
+}
+
+void WriteTextFile(const std::string& name, const std::string& text, TExisting existing)
+{
+    TReplacedFile replaced(name, existing);
+    std::ofstream file(replaced.Temporary(), std::ios::binary);
+    file << text;
+    file.close();
+    if (!file)
+        throw TToolError(name, "cannot be written: " + replaced.Reason("unknown error"));
+    replaced.Commit();
 }
 
 } // namespace workbench

@@ -62,6 +62,9 @@ private:
     TNewFile file;
 };
 
+// Writes a whole file of text. Throws TToolError.
+void WriteTextFile(const std::string& name, const std::string& text, TExisting existing);
+
 } // namespace workbench
 
 #endif

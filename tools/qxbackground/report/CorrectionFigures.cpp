@@ -71,11 +71,16 @@ TCorrectionFigures FiguresOf(TCorrectionSet& set, std::size_t index, const TImag
         json["picture"]["black"] = black;
         json["picture"]["white"] = std::max(white, black + 1);
         if (whole.step > 1) { // single pixels are to be seen somewhere: around the hottest one
-            constexpr int kSide = 160;
             const bool some = !unusual.hottest.empty();
-            json["detail"] =
-                PictureJson(stored, SampleAround(stored.size, some ? unusual.hottest[0].x : stored.size.width / 2,
-                                                 some ? unusual.hottest[0].y : stored.size.height / 2, kSide));
+            const int x = some ? unusual.hottest[0].x : stored.size.width / 2;
+            const int y = some ? unusual.hottest[0].y : stored.size.height / 2;
+            for (int side = 160; side >= 20; side /= 2) {
+                nlohmann::json detail = PictureJson(stored, SampleAround(stored.size, x, y, side));
+                if (detail["data"].get_ref<const std::string&>().size() > pictureText / 2)
+                    continue;
+                json["detail"] = std::move(detail);
+                break;
+            }
         }
     }
     return figures;

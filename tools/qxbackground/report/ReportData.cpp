@@ -5,12 +5,9 @@
 #include "report/CrossCheck.h"
 #include "report/DarkStacks.h"
 
-#include <fmt/chrono.h>
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
 
 namespace workbench {
 
@@ -58,14 +55,11 @@ std::string Field(const std::string& text)
 
 nlohmann::json MakeReport(const TContext& context, const TReportRequest& request)
 {
-    nlohmann::json report{
-        {"format", "qxbackground-report"},
-        {"version", kShape},
-        {"tool", "qxbackground " + request.toolVersion},
-        {"made", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}",
-                             fmt::gmtime(std::chrono::system_clock::to_time_t(std::chrono::system_clock::now())))},
-        {"thresholds", ThresholdsJson()},
-        {"darks", nullptr}};
+    nlohmann::json report{{"format", "qxbackground-report"},
+                          {"version", kShape},
+                          {"tool", "qxbackground " + request.toolVersion},
+                          {"thresholds", ThresholdsJson()},
+                          {"darks", nullptr}};
     const auto take = [&] {
         TCorrectionSet set(context, request.source, request.groups);
         report["source"] = {{"path", request.source},
@@ -77,7 +71,7 @@ nlohmann::json MakeReport(const TContext& context, const TReportRequest& request
     if (IsCalibrationFile(request.source))
         take();
     else
-        ReadStoreSteadily(FindStore(request.source, request.groups), take);
+        ReadStoreSteadily(StoreOf(request.source, request.groups), take);
     if (!request.darks.empty())
         report["darks"] = DarkFigures(request.darks, request.against.input, request.darkExposureSeconds);
     for (const nlohmann::json& stack :

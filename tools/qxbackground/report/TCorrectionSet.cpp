@@ -30,8 +30,18 @@ bool IsCalibrationFile(const std::string& path)
            WalkCalibrationFile(path).structureVersion != CalibrationFormat::kGroupedVersion;
 }
 
+TStorePlace StoreOf(const std::string& path, const std::vector<std::string>& groups)
+{
+    std::error_code error;
+    if (groups.empty() && !std::filesystem::exists(path, error))
+        throw TToolError(path,
+                         "there is no such calibration file or group file; a store's base name needs its grouping "
+                         "names (--group)");
+    return FindStore(path, groups);
+}
+
 TCorrectionSet::TCorrectionSet(const TContext& context, const std::string& name, const std::vector<std::string>& groups)
-    : path(name), store(IsCalibrationFile(name) ? std::optional<TStorePlace>() : FindStore(name, groups)),
+    : path(name), store(IsCalibrationFile(name) ? std::optional<TStorePlace>() : StoreOf(name, groups)),
       object(MakeObject(context, store))
 {
     if (store) {

@@ -49,6 +49,8 @@ private:
 
 // Whether the path is one calibration file, no store.
 bool IsCalibrationFile(const std::string& path);
+// The store that it is otherwise. Throws TToolError, see FindStore; also where nothing of that name is there.
+TStorePlace StoreOf(const std::string& path, const std::vector<std::string>& groups);
 
 } // namespace workbench
 

@@ -5,12 +5,12 @@
 #include "commandline/Limits.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
+#include "report/TCorrectionSet.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -24,17 +24,6 @@ struct TReportOptions {
     bool json = false;
     bool overwrite = false;
 };
-
-void WriteWhole(const std::string& path, const std::string& text, TExisting existing)
-{
-    TReplacedFile replaced(path, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
-    file << text;
-    file.close();
-    if (!file)
-        throw TToolError(path, "cannot be written: " + replaced.Reason("unknown error"));
-    replaced.Commit();
-}
 
 // The page's data are one line: nobody reads them there.
 std::string Compact(const nlohmann::json& json)
@@ -52,9 +41,9 @@ void RunReport(const TContext& context, TReportOptions& options)
     options.request.toolVersion = QXBACKGROUND_VERSION;
     nlohmann::json report = MakeReport(context, options.request);
     if (!options.page.empty())
-        WriteWhole(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
+        WriteTextFile(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
     if (!options.table.empty())
-        WriteWhole(options.table, ReportCsv(report), ExistingFor(options.overwrite));
+        WriteTextFile(options.table, ReportCsv(report), ExistingFor(options.overwrite));
     if (options.json) {
         for (nlohmann::json& one : report["corrections"]) {
             one.erase("picture");
@@ -95,7 +84,7 @@ void AddReportVerb(TVerb& app, const TContext& context)
             if (IsCalibrationFile(wanted.source))
                 plan.AddFile(name, TPathUse::Reads, wanted.source);
             else
-                plan.AddStore(name, TPathUse::Reads, FindStore(wanted.source, wanted.groups));
+                plan.AddStore(name, TPathUse::Reads, StoreOf(wanted.source, wanted.groups));
         });
     verb.add_option("--group", request.groups,
                     "A grouping name of the store; one --group for each, in their order. Not needed with a file's name")

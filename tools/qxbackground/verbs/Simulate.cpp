@@ -1,6 +1,7 @@
 // qxbackground simulate: frames of a camera whose true scene and background are known.
 #include "base/JsonText.h"
 #include "base/TProgress.h"
+#include "base/TReplacedFile.h"
 #include "base/TToolError.h"
 #include "camera/TCamera.h"
 #include "commandline/Limits.h"
@@ -12,7 +13,6 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <set>
@@ -36,17 +36,6 @@ struct TSimulateOptions {
 std::string Number(double value)
 {
     return fmt::format("{:g}", value);
-}
-
-void WriteText(const std::string& path, const std::string& text, TExisting existing)
-{
-    TReplacedFile replaced(path, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
-    file << text;
-    file.close();
-    if (!file)
-        throw TToolError(path, "cannot be written: " + replaced.Reason("unknown error"));
-    replaced.Commit();
 }
 
 constexpr char kDescriptionName[] = "simulation.json";
@@ -145,7 +134,7 @@ void RunSimulate(const TSimulateOptions& options)
         write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
         write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteText(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
+    WriteTextFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)

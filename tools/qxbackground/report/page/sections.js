@@ -58,7 +58,9 @@ qx.scalingSection = (report) => {
   const { fits, cross, sentences, limits } = report.scaling;
   const keys = report.corrections.map((one) => one.key);
   section.append(...sentences.map((text, at) => qx.make("p", { class: "sentence" }, at === 0 ? qx.make("strong", {}, text) : text)));
-  if (keys.length > 1) {
+  // A larger table nobody overlooks, and browsers take long for it.
+  if (keys.length > 64) section.append(qx.make("p", {}, "The errors of all pairs stand in the figures (JSON)."));
+  else if (keys.length > 1) {
     const cell = (from, to) => {
       const found = cross[from][to];
       if (!found) return qx.make("td", { class: "cell faint" }, from === to ? "itself" : "other size");

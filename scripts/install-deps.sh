@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
+# every time. Usage: scripts/install-deps.sh [build|test|more]   (each includes those before it; test-more.sh wants more)
 set -euo pipefail
 level=${1:-test}
 
@@ -11,9 +11,12 @@ if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
+    packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
+    packages+=(python3-dask python3-distributed python3-zarr mypy) # the Python package's tests
+    packages+=(python3-pip python3-venv python3-setuptools python3-wheel python3-matplotlib)
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
@@ -21,8 +24,14 @@ if [ "$level" != build ]; then
     command -v npm >/dev/null || packages+=(npm) # brings axe-core, which looks for faults in that page
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
 fi
+if [ "$level" = more ]; then
+    packages+=(g++-aarch64-linux-gnu qemu-user) # preset linux-arm64
+fi
 
 missing=()
+[ "$level" = build ] || packages+=(doxygen) # the site of guides and reference
+# Level docs is that site alone, and the empty Debian in which the guides are tried.
+[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 for package in "${packages[@]}"; do
     dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
 done

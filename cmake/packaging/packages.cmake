@@ -1,15 +1,27 @@
 # CPack: on Linux one archive, and a Debian package for each component; for Windows one ZIP. scripts/package.sh packs.
+
+# Who answers for the packages. Debian wants a name and an address in each; the default is a placeholder, an address that
+# cannot exist. Whoever distributes packages changes it here, or gives it with -D QXBC_MAINTAINER="Name <address>"
+# (scripts/package.sh takes it from the environment variable of that name). It is written nowhere else.
+set(QXBC_MAINTAINER "QX_KRLSDK <backgroundcorrection@qx-krlsdk.invalid>" CACHE STRING
+  "Name and address of the maintainer that packages name: Name <address>")
+if(NOT QXBC_MAINTAINER MATCHES "^[^<>@]*[^<>@ ] <[^<>@ ]+@[^<>@ ]+>$")
+  message(FATAL_ERROR "QXBC_MAINTAINER is \"${QXBC_MAINTAINER}\"; it has to be: Name <address>")
+endif()
+
 set(CPACK_PACKAGE_NAME qx-backgroundcorrection)
 set(CPACK_PACKAGE_VENDOR "QX_KRLSDK")
-set(CPACK_PACKAGE_CONTACT "QX_KRLSDK <backgroundcorrection@qx-krlsdk.invalid>" CACHE STRING
-  "Name and address that Debian packages give as their maintainer")
+set(CPACK_PACKAGE_CONTACT "${QXBC_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 1)
 set(CPACK_COMPONENTS_ALL Runtime Development)
-if(QXBC_BUILD_TOOL)
+if(QXBC_BUILD_TOOL OR QXBC_WINDOWS_WORKBENCH)
   list(APPEND CPACK_COMPONENTS_ALL Workbench)
+endif()
+if(NOT WIN32)
+  list(APPEND CPACK_COMPONENTS_ALL Python)
 endif()
 # Whoever builds has a file mode creation mask; packages are to be the same without.
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -23,7 +35,10 @@ if(WIN32)
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-windows-x64")
 else()
   string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" system)
-  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_GENERATOR TGZ)
+  if(NOT CMAKE_CROSSCOMPILING) # Debian's tools ask the system that they run on what a package is for and what it needs
+    list(APPEND CPACK_GENERATOR DEB)
+  endif()
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-${system}")
 endif()
 
@@ -56,5 +71,15 @@ set(CPACK_DEBIAN_WORKBENCH_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_WORKBENCH_PACKAGE_DEPENDS "${same_version}")
 set(CPACK_COMPONENT_WORKBENCH_DESCRIPTION "Corrects images in files, and makes, lists and checks calibration files and
 offline stores, by the library that host applications load.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-qx-backgroundcorrection)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3:any (>= 3.9), python3-numpy, ${same_version}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-dask, python3-distributed, python3-zarr")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "The library for numpy and dask arrays in Python 3, and calibration files as
+numpy arrays.")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${CMAKE_CURRENT_LIST_DIR}/debian/python/postinst;${CMAKE_CURRENT_LIST_DIR}/debian/python/prerm")
 
 include(CPack)

@@ -3,49 +3,10 @@
 #   installed                   cmake --install
 #   archive, deb                packages: made of BUILD, or taken from the folder PACKAGES
 #   subdirectory, fetchcontent  the sources
-function(run)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-  if(NOT result EQUAL 0)
-    list(JOIN ARGN " " command)
-    message(FATAL_ERROR "${command}\n${output}")
-  endif()
-  set(output "${output}" PARENT_SCOPE)
-endfunction()
-
-function(expect_one found what)
-  list(LENGTH found count)
-  if(NOT count EQUAL ${ARGN})
-    message(FATAL_ERROR "${count} ${what} instead of ${ARGN}: ${found}")
-  endif()
-endfunction()
-
-# Unpacks the packages of a generator and sets "prefix" to the folder that has lib, include and so on.
-function(unpack generator suffix count)
-  if(NOT PACKAGES)
-    set(PACKAGES "${SCRATCH}/packages")
-    run("${CMAKE_COMMAND}" -E chdir "${SCRATCH}" "${CMAKE_CPACK_COMMAND}" --config "${BUILD}/CPackConfig.cmake"
-      -G ${generator} -B "${PACKAGES}")
-  endif()
-  file(GLOB packages "${PACKAGES}/*${suffix}")
-  expect_one("${packages}" "packages *${suffix}" ${count})
-  file(MAKE_DIRECTORY "${SCRATCH}/unpacked")
-  foreach(package IN LISTS packages)
-    if(generator STREQUAL "DEB")
-      run(dpkg-deb -x "${package}" "${SCRATCH}/unpacked")
-    else()
-      file(ARCHIVE_EXTRACT INPUT "${package}" DESTINATION "${SCRATCH}/unpacked")
-    endif()
-  endforeach()
-  file(GLOB prefix "${SCRATCH}/unpacked/*")
-  expect_one("${prefix}" "folders" 1)
-  set(prefix "${prefix}" PARENT_SCOPE)
-  set(packages "${packages}" PARENT_SCOPE)
-endfunction()
+include("${CMAKE_CURRENT_LIST_DIR}/Unpacking.cmake")
 
 file(REMOVE_RECURSE "${SCRATCH}")
 file(MAKE_DIRECTORY "${SCRATCH}")
-get_filename_component(CMAKE_BIN "${CMAKE_COMMAND}" DIRECTORY)
-set(CMAKE_CPACK_COMMAND "${CMAKE_BIN}/cpack")
 set(prefix)
 if(WAY STREQUAL "installed")
   run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${SCRATCH}/first")
@@ -54,7 +15,17 @@ if(WAY STREQUAL "installed")
 elseif(WAY STREQUAL "archive")
   unpack(TGZ .tar.gz 1)
 elseif(WAY STREQUAL "deb")
-  unpack(DEB .deb 3)
+  unpack(DEB .deb 4)
+  # Each names who answers for it, as the build was told.
+  file(STRINGS "${BUILD}/CMakeCache.txt" maintainer REGEX "^QXBC_MAINTAINER:")
+  string(REGEX REPLACE "^[^=]*=" "" maintainer "${maintainer}")
+  foreach(package IN LISTS packages)
+    run(dpkg-deb --field "${package}" Maintainer)
+    string(STRIP "${output}" output)
+    if(NOT maintainer OR NOT output STREQUAL maintainer)
+      message(FATAL_ERROR "${package} names ${output} as its maintainer, not ${maintainer}")
+    endif()
+  endforeach()
   find_program(lintian lintian)
   if(lintian)
     run("${lintian}" --allow-root --fail-on error ${packages})
@@ -66,12 +37,15 @@ endif()
 
 run("${CMAKE_COMMAND}" -S "${CMAKE_CURRENT_LIST_DIR}/consumer" -B "${SCRATCH}/build" -G Ninja
   "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DWAY=${WAY}" "-DLIBRARY_SOURCE=${SOURCE}"
-  "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF" "-DCMAKE_PREFIX_PATH=${prefix}" "-DPREFIX=${prefix}")
+  "-DCMAKE_FIND_USE_CMAKE_SYSTEM_PATH=OFF" "-DCMAKE_PREFIX_PATH=${prefix}" "-DPACKAGE_FOLDER=${prefix}")
 run("${CMAKE_COMMAND}" --build "${SCRATCH}/build")
 run("${SCRATCH}/build/consumer")
+expect_corrected("${output}")
 if(NOT prefix)
   return()
 endif()
+run("${SCRATCH}/build/c_consumer")
+expect_corrected("${output}")
 
 # Nothing that is installed may know where it was built or installed first.
 file(GLOB_RECURSE texts "${prefix}/*.cmake" "${prefix}/*.pc")
@@ -86,21 +60,17 @@ foreach(file IN LISTS texts binaries)
   endforeach()
 endforeach()
 
-find_program(pkg_config NAMES pkg-config pkgconf REQUIRED)
+# By pkg-config, which describes each of the two libraries.
 file(GLOB_RECURSE description "${prefix}/*.pc")
-expect_one("${description}" "descriptions for pkg-config" 1)
-get_filename_component(folder "${description}" DIRECTORY)
-set(ENV{PKG_CONFIG_LIBDIR} "${folder}")
-set(ENV{PKG_CONFIG_ALLOW_SYSTEM_CFLAGS} 1)
-foreach(what modversion cflags libs variable=libdir)
-  string(REGEX REPLACE ".*=" "" name "${what}")
-  execute_process(COMMAND "${pkg_config}" --${what} qx_backgroundcorrection
-    OUTPUT_VARIABLE ${name} OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+expect_one("${description}" "descriptions for pkg-config" 2)
+foreach(host "qx_backgroundcorrection;${COMPILER};${CMAKE_CURRENT_LIST_DIR}/consumer/Consumer.cpp"
+    "qx_backgroundcorrection_c;cc;${prefix}/share/doc/qx-backgroundcorrection/examples/c_host.c")
+  list(POP_FRONT host name)
+  ask_pkg_config(${name} "${description}")
+  run(${host} "-DPACKAGE_VERSION=\"${modversion}\"" -o "${SCRATCH}/${name}" ${cflags} ${libs} "-Wl,-rpath,${libdir}")
+  run("${SCRATCH}/${name}")
+  expect_corrected("${output}")
 endforeach()
-separate_arguments(flags UNIX_COMMAND "${cflags} ${libs} -Wl,-rpath,${libdir}")
-run("${COMPILER}" "-DPACKAGE_VERSION=\"${modversion}\"" "${CMAKE_CURRENT_LIST_DIR}/consumer/Consumer.cpp"
-  -o "${SCRATCH}/by-pkg-config" ${flags})
-run("${SCRATCH}/by-pkg-config")
 
 # The newest changes are those of this version.
 file(GLOB_RECURSE changes "${prefix}/*CHANGELOG.md")
@@ -126,4 +96,17 @@ endif()
 
 if(WAY STREQUAL "archive")
   include("${CMAKE_CURRENT_LIST_DIR}/Examples.cmake")
+endif()
+
+# The Python package, with the library that lies beside it.
+find_program(python NAMES python3 HINTS /usr/bin REQUIRED)
+file(WRITE "${SCRATCH}/python.py" "
+import numpy, importlib.metadata, qx_backgroundcorrection as package
+image = numpy.full((2, 3), 7, numpy.uint16)
+print(package.correct(image, darks=image, dark_exposure=7, exposure=1).sum(), package.__version__,
+      importlib.metadata.version('qx_backgroundcorrection'), package.library_path())")
+run("${CMAKE_COMMAND}" -E env --unset=QX_BACKGROUNDCORRECTION_LIBRARY
+  "PYTHONPATH=${prefix}/lib/python3/dist-packages" "${python}" -B "${SCRATCH}/python.py")
+if(NOT output MATCHES "^36 ${modversion} ${modversion} ${prefix}/lib/libQX_BACKGROUNDCORRECTION_C.so\n$")
+  message(FATAL_ERROR "the Python package says: ${output}")
 endif()

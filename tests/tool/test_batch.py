@@ -225,7 +225,7 @@ class Failures(BatchTest):
         self.assertEqual(result.returncode, 2)
         self.assertIn("none of 2 files could be corrected", result.stderr.splitlines()[-1])
         self.assertEqual(result.stderr.count("\n"), 3)
-        self.assertFalse((self.folder / "new/out").exists())
+        self.assertFalse((self.folder / "new").exists())
         self.refused(*CORRECT, "wide.tif", "-o", "out/", says=["wide.tif: page 1"])
 
     def test_one_output_for_all_is_all_or_nothing(self):

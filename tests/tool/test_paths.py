@@ -45,8 +45,8 @@ class Scene:
         place = file = name
         correction = (OLD_KEY.encode(), 1, 100, IMAGE)
         if kind == "library":
-            place = file = f"./{name}"
-            shutil.copy(os.environ["QX_LIBRARY"], self.folder / name)
+            place = file = f"./{name}" + os.path.splitext(os.environ["QX_LIBRARY"])[1]
+            shutil.copy(os.environ["QX_LIBRARY"], self.folder / file)
         elif kind == "store":
             file = f"{name}_A_1_B_2"
             if use != "creates":
@@ -57,6 +57,8 @@ class Scene:
             pass
         elif kind == "image":
             support.write_tiff(self.folder / name, [IMAGE])
+        elif kind == "pixels":
+            (self.folder / name).write_text("size 6 4\n1 1 hot\n")
         elif kind in ("calibration", "calibration or store"):
             (self.folder / name).write_bytes(file_bytes([correction]))
         else:
@@ -78,10 +80,10 @@ class Scene:
                 words = []
                 named += [word for group in GROUPS for word in ("--group", group)]
                 continue
-            elif not option["required"]:
-                continue
             elif name == "--key":
                 words = [NEW_KEY if builds else OLD_KEY]
+            elif not option["required"]:
+                continue
             elif option["type"] == "number":
                 words = ["1"]
             else:

@@ -270,7 +270,7 @@ class Files(ReportTest):
         self.write("d.tif", self.images(2, 6, 4))
         found = self.report("c.qxb", "--darks", "d.tif", "--against", "d.tif")
         self.assertEqual((found["format"], found["version"]), ("qxbackground-report", 1))
-        self.assertEqual(set(found), {"format", "version", "tool", "thresholds", "darks", "source", "scaling",
+        self.assertEqual(set(found), {"format", "version", "tool", "made", "thresholds", "darks", "source", "scaling",
                                       "against", "corrections", "mark"})
         described = (support.SOURCE / "docs" / "report.md").read_text()
 

@@ -1,11 +1,11 @@
 #include "base/TReplacedFile.h"
 
+#include "base/Names.h"
 #include "base/TFileLock.h"
 #include "base/TToolError.h"
 
 #include <fmt/format.h>
 
-#include <fstream>
 #include <random>
 #include <system_error>
 
@@ -77,6 +77,8 @@ void RefuseUnwritable(const std::string& name)
     const fs::path target = TargetOf(name);
     if (target.filename().empty())
         throw TToolError(name.empty() ? "''" : name, "is not a file name");
+    if (const std::string refusal = NameRefusal(target); !refusal.empty())
+        throw TToolError(name, refusal + "; choose another name");
     const fs::file_status status = fs::status(target, error);
     if (fs::exists(status) && !fs::is_regular_file(status))
         throw TToolError(name, fs::is_directory(status) ? "is a folder" : "exists and is not a regular file");
@@ -180,17 +182,6 @@ void TReplacedFile::Commit()
     }
     if (error)
         throw TToolError(name, "cannot be written: " + error.message());
-}
-
-void WriteTextFile(const std::string& name, const std::string& text, TExisting existing)
-{
-    TReplacedFile replaced(name, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
-    file << text;
-    file.close();
-    if (!file)
-        throw TToolError(name, "cannot be written: " + replaced.Reason("unknown error"));
-    replaced.Commit();
 }
 
 } // namespace workbench

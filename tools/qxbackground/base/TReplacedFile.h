@@ -62,9 +62,6 @@ private:
     TNewFile file;
 };
 
-// Writes a whole file of text. Throws TToolError.
-void WriteTextFile(const std::string& name, const std::string& text, TExisting existing);
-
 } // namespace workbench
 
 #endif

@@ -45,35 +45,43 @@ private:
 
 } // namespace
 
-TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options)
+void EachFrame(const std::vector<std::string>& paths, const TInputOptions& options, const std::string& what,
+               const std::function<void(TPage&)>& take)
 {
     constexpr std::size_t kAhead = 2;
-    std::optional<TFrameSum> sum;
-    {
-        TProgress progress("Reading dark frames", paths.size());
-        TFrameGroup group;
-        TSize size;
-        TPageSource source(paths, options, {}, kAhead);
-        TPage page;
-        while (source.Take(page)) {
-            if (!page.failure.empty())
-                throw TToolError(page.failure);
-            if (!sum) {
-                size = page.image.size;
-                sum.emplace(size);
-            }
-            if (page.image.size != size)
-                throw TToolError(paths[page.file], page.number,
-                                 "is " + page.image.size.Text() + " pixels, the frames before it are " + size.Text());
-            progress.Reach(page.file);
-            if (group.Take(page))
-                group.AddTo(*sum);
-        }
-        if (!sum)
-            throw TToolError(paths.empty() ? std::string("no dark frames") : paths.front() + ": holds no image");
-        group.AddTo(*sum);
+    TProgress progress("Reading " + what, paths.size());
+    std::optional<TSize> size;
+    TPageSource source(paths, options, {}, kAhead);
+    TPage page;
+    while (source.Take(page)) {
+        if (!page.failure.empty())
+            throw TToolError(page.failure);
+        if (!size)
+            size = page.image.size;
+        if (page.image.size != *size)
+            throw TToolError(paths[page.file], page.number,
+                             "is " + page.image.size.Text() + " pixels, the frames before it are " + size->Text());
+        progress.Reach(page.file);
+        take(page);
     }
-    return {sum->Frames(), sum->Average()};
+    if (!size)
+        throw TToolError(paths.empty() ? "no " + what : paths.front() + ": holds no image");
+}
+
+TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options,
+                       const std::function<void(const TPage&)>& watch, const std::string& what)
+{
+    std::optional<TFrameSum> sum;
+    TFrameGroup group;
+    EachFrame(paths, options, what, [&](TPage& page) {
+        if (!sum)
+            sum.emplace(page.image.size);
+        watch(page);
+        if (group.Take(page))
+            group.AddTo(*sum);
+    });
+    group.AddTo(*sum);
+    return {sum->Frames(), sum->Average(), {}, {}};
 }
 
 } // namespace workbench

@@ -1,10 +1,12 @@
 #ifndef QXBACKGROUND_BATCH_TFRAMESTACK_H
 #define QXBACKGROUND_BATCH_TFRAMESTACK_H
 
+#include "batch/TPage.h"
 #include "images/TImage.h"
 #include "images/TInputOptions.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,13 +18,21 @@ namespace workbench {
 struct TFrameStack {
     std::uint64_t frames = 0;
     TImage average;
+    std::vector<std::string> notes;    // what was done, one line each
+    std::vector<std::string> warnings; // what does not look right, one line each
 
     TSize Size() const { return average.size; }
     std::vector<const std::uint16_t*> Pointers() const { return {average.pixels.data()}; }
 };
 
-// Throws TToolError naming the file and page that cannot be read or has another size than the first page.
-TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options);
+// Hands over every page of every file, in order; `what` they are, "dark frames", is for messages. Throws TToolError
+// naming the file and page that cannot be read or has another size than the first page, or when there is none at all.
+void EachFrame(const std::vector<std::string>& paths, const TInputOptions& options, const std::string& what,
+               const std::function<void(TPage&)>& take);
+
+// Their average; `watch` sees every page. Throws as EachFrame does.
+TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options,
+                       const std::function<void(const TPage&)>& watch, const std::string& what);
 
 } // namespace workbench
 

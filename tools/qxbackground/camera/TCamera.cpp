@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t kColumnsPerBank = 8;
 
 // Which random sequence a thing is drawn from: adding frames or exposures leaves all others as they were.
-enum class TPurpose : std::uint64_t { Columns = 1, Dark = 2, Scene = 3, Frame = 4 };
+enum class TPurpose : std::uint64_t { Columns = 1, Dark = 2, Scene = 3, Frame = 4, Rays = 5 };
 
 std::uint64_t SeedFor(std::uint64_t seed, TPurpose purpose, std::uint64_t detail = 0, std::uint64_t frame = 0)
 {
@@ -30,9 +30,9 @@ std::uint64_t BitsOf(double value)
     return bits;
 }
 
-std::uint16_t ToAdu(double value)
+std::uint16_t ToAdu(double value, int bits = 16)
 {
-    return static_cast<std::uint16_t>(std::floor(std::clamp(value, 0.0, 65535.0) + 0.5));
+    return static_cast<std::uint16_t>(std::floor(std::clamp(value, 0.0, static_cast<double>((1 << bits) - 1)) + 0.5));
 }
 
 } // namespace
@@ -60,7 +60,7 @@ TCamera::TCamera(const TCameraSettings& given) : settings(given)
         for (std::size_t column = 0; column < width; ++column) {
             const double toRight = static_cast<double>(column + 1) / static_cast<double>(width);
             const double toBottom = static_cast<double>(row + 1) / static_cast<double>(height);
-            const double glow = 1 + toRight * toRight * toBottom * toBottom;
+            const double glow = 1 + settings.glow * (toRight * toRight * toBottom * toBottom);
             double current = settings.darkElectronsPerSecond * glow * darkOfColumn[column];
             current *= 1 + settings.darkPixelSpread * dark.Normal();
             if (dark.Uniform() < settings.hotPixelFraction) {
@@ -93,17 +93,42 @@ TImage TCamera::Blank() const
     return {settings.size, std::vector<std::uint16_t>(settings.size.Pixels())};
 }
 
+// Electrons of each pixel.
+std::vector<double> TCamera::Rays(double exposureSeconds, unsigned frame) const
+{
+    TRandom random(SeedFor(settings.seed, TPurpose::Rays, BitsOf(exposureSeconds), frame));
+    std::vector<double> charge(settings.size.Pixels());
+    for (double rays = random.Poisson(settings.cosmicRaysPerSecond * exposureSeconds); rays > 0; --rays) {
+        double x = random.Uniform() * settings.size.width, y = random.Uniform() * settings.size.height;
+        const double stepX = 2 * random.Uniform() - 1, stepY = 2 * random.Uniform() - 1;
+        const double electrons = 2000 + 20000 * random.Uniform();
+        for (double length = 2 + 12 * random.Uniform(); length > 0; --length, x += stepX, y += stepY) {
+            if (x >= 0 && y >= 0 && x < settings.size.width && y < settings.size.height)
+                charge[static_cast<std::size_t>(y) * static_cast<std::size_t>(settings.size.width) +
+                       static_cast<std::size_t>(x)] += electrons;
+        }
+    }
+    return charge;
+}
+
 TImage TCamera::Take(double exposureSeconds, unsigned frame, bool lit) const
 {
     TRandom random(SeedFor(settings.seed, TPurpose::Frame, BitsOf(exposureSeconds) ^ (lit ? 1u : 0u), frame));
     TImage image = Blank();
     const std::size_t width = offsetOfColumn.size();
+    const bool isHit = !lit && settings.cosmicRaysPerSecond > 0;
+    const std::vector<double> rays = isHit ? Rays(exposureSeconds, frame) : std::vector<double>();
+    constexpr unsigned kFramesOfDrift = 10;
+    const double drift = lit ? 0 : settings.driftAdu * (2.0 * (frame % kFramesOfDrift) / (kFramesOfDrift - 1) - 1);
     for (std::size_t pixel = 0; pixel < image.pixels.size(); ++pixel) {
         double charge = random.Poisson(darkCurrent[pixel] * exposureSeconds);
         if (lit)
             charge += random.Poisson(scene[pixel] * exposureSeconds);
         charge += settings.readNoiseElectrons * random.Normal();
-        image.pixels[pixel] = ToAdu(offsetOfColumn[pixel % width] + charge / settings.gainElectronsPerAdu);
+        if (isHit)
+            charge += rays[pixel];
+        image.pixels[pixel] =
+            ToAdu(offsetOfColumn[pixel % width] + drift + charge / settings.gainElectronsPerAdu, settings.bits);
     }
     return image;
 }

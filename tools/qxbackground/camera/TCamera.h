@@ -15,8 +15,9 @@ namespace workbench {
 //
 // The dark current of a pixel is the sensor's mean, times a glow that doubles it towards one corner, times a spread
 // between banks of eight columns (each with a readout of its own) and between pixels; hot pixels have twenty and more
-// times as much. The offset and its column pattern do not grow with exposure. The scene is a flat sky with stars.
-// Light intensity is 100 % throughout.
+// times as much. Dark frames may be hit by cosmic rays, tracks of a few pixels, and their level may drift, through the
+// camera's own level once in ten frames. The offset and its column pattern do not grow with exposure. The scene is a
+// flat sky with stars. Light intensity is 100 % throughout.
 struct TCameraSettings {
     std::uint64_t seed = 1;
     TSize size{512, 512};
@@ -30,6 +31,10 @@ struct TCameraSettings {
     double readNoiseElectrons = 6;
     double skyElectronsPerSecond = 500;
     int stars = 60;
+    double glow = 1;                // how much of the dark current it adds in the corner
+    double cosmicRaysPerSecond = 0; // mean number in dark frames
+    double driftAdu = 0;            // of the level of dark frames: from so much below to so much above
+    int bits = 16;                  // values are cut to 0 ... 2^bits - 1
 };
 
 class TCamera {
@@ -47,6 +52,7 @@ public:
 
 private:
     TImage Blank() const;
+    std::vector<double> Rays(double exposureSeconds, unsigned frame) const;
 
     TCameraSettings settings;
     std::vector<double> offsetOfColumn; // ADU

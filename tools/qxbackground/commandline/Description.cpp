@@ -40,6 +40,8 @@ const char* KindText(TPathKind kind)
         return "folder";
     case TPathKind::Library:
         return "library";
+    case TPathKind::PixelList:
+        return "pixels";
     }
     return "";
 }

@@ -251,6 +251,7 @@ std::vector<std::string> CardsOf(const TPageMetadata& metadata)
     }
     if (metadata.cards.empty() && !isHeader)
         AddComments(metadata.description, cards);
+    cards.insert(cards.end(), metadata.record.begin(), metadata.record.end());
     return cards;
 }
 

@@ -1,5 +1,7 @@
 #include "images/TFrameSum.h"
 
+#include "base/LargeMemory.h"
+
 namespace workbench {
 
 namespace {
@@ -19,6 +21,11 @@ template <std::size_t kFrames> void AddTogether(float* __restrict sums, const TI
 }
 
 } // namespace
+
+TFrameSum::TFrameSum(TSize frameSize) : size(frameSize)
+{
+    ResizeLarge(sums, size.Pixels());
+}
 
 void TFrameSum::Add(const std::vector<const TImage*>& frames)
 {
@@ -40,7 +47,7 @@ TImage TFrameSum::Average() const
 {
     TImage average;
     average.size = size;
-    average.pixels.resize(sums.size());
+    ResizeLarge(average.pixels, sums.size());
     const auto divisor = static_cast<float>(count);
     for (std::size_t i = 0; i < sums.size(); ++i) {
         const float mean = sums[i] / divisor;

@@ -13,7 +13,7 @@ namespace workbench {
 // and rounded half up. A "correction of one frame" that the library then makes of the average is the average.
 class TFrameSum {
 public:
-    explicit TFrameSum(TSize frameSize) : size(frameSize), sums(frameSize.Pixels()) {}
+    explicit TFrameSum(TSize frameSize);
 
     // Adds frames of this size, the first one first. Up to four are added in one pass over the sums, which costs as
     // much as reading the frames.

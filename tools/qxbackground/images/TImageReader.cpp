@@ -1,6 +1,7 @@
 #include "images/TImageReader.h"
 
 #include "base/FileKind.h"
+#include "base/LargeMemory.h"
 #include "base/TToolError.h"
 #include "images/TFitsReader.h"
 #include "images/TInputFile.h"
@@ -39,7 +40,7 @@ void TImageReader::Prepare(TImage& image) const
 {
     try {
         image.size = size;
-        image.pixels.resize(size.Pixels());
+        ResizeLarge(image.pixels, size.Pixels());
     } catch (const std::bad_alloc&) {
         Fail("there is not enough memory for " + size.Text() + " pixels");
     }

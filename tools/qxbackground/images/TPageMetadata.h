@@ -35,6 +35,8 @@ struct TPageMetadata {
 
     // FITS: each as it stands in the file, 80 characters.
     std::vector<std::string> cards;
+    // What was done to the page here, as cards. In a TIFF they stand behind the description.
+    std::vector<std::string> record;
     // Where the page is one of a cube's planes: which one, from 1, of how many. A FITS writer keeps cubes together.
     int plane = 0, planes = 0;
 };

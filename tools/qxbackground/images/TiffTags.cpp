@@ -100,8 +100,13 @@ void WriteTiffTags(TIFF* tiff, const TPageMetadata& metadata)
         if (!(metadata.*known.place).empty())
             TIFFSetField(tiff, known.tag, (metadata.*known.place).c_str());
     }
-    if (metadata.description.empty() && !metadata.cards.empty())
-        TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, DescriptionOf(CardsOf(metadata)).c_str());
+    std::string description = metadata.description;
+    if (description.empty() && !metadata.cards.empty())
+        description = DescriptionOf(CardsOf(metadata));
+    else if (!metadata.record.empty())
+        description += (description.empty() || description.back() == '\n' ? "" : "\n") + DescriptionOf(metadata.record);
+    if (!description.empty())
+        TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, description.c_str());
     if (metadata.resolution) {
         TIFFSetField(tiff, TIFFTAG_XRESOLUTION, metadata.resolution->x);
         TIFFSetField(tiff, TIFFTAG_YRESOLUTION, metadata.resolution->y);

@@ -1,7 +1,7 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
 #include "base/Wording.h"
-#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
@@ -16,7 +16,7 @@ struct TBuildOptions {
     std::string file;
     std::string key;
     TConditions conditions;
-    std::vector<std::string> darks;
+    TDarkOptions darks;
     TInputOptions input;
 };
 
@@ -27,7 +27,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
-    const TFrameStack stack = ReadFrames(options.darks, options.input);
+    const TFrameStack stack = ReadDarks(options.darks, options.input);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                    static_cast<float>(options.conditions.exposureSeconds),
@@ -35,9 +35,11 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     });
     SaveReplacing(object, options.file, before);
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
-              << Counted(stack.frames, "dark frame") << " of " << stack.Size().Text() << " pixels ("
+              << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
+    PrintNotes(stack.notes);
+    PrintWarnings(stack.warnings);
 }
 
 } // namespace
@@ -52,7 +54,9 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     verb.add_option("--key", options->key, kKeyHelp)->required();
     AddConditions(verb, "", "the dark frames", options->conditions);
     AddInputOptions(verb, options->input);
-    AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
+    AddDarkOptions(verb, options->darks);
+    AddBiasOption(verb, options->darks.bias);
+    AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
     verb.Run([&context, options] { RunBuild(context, *options); });
 }
 

@@ -1,10 +1,12 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
 #include "base/Wording.h"
-#include "batch/TFrameStack.h"
+#include "commandline/Limits.h"
 #include "verbs/CorrectionRun.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Verbs.h"
 
 #include <memory>
+#include <utility>
 
 namespace workbench {
 
@@ -13,26 +15,42 @@ namespace {
 constexpr char kKey[] = "dark";
 
 struct TCorrectVerbOptions {
-    std::vector<std::string> darks;
+    TDarkOptions darks;
     TConditions darkConditions;
+    bool unfiltered = false;
+    std::string hotSigma; // as it was given; empty: hot pixels stay
     TCorrectOptions correct;
 };
 
 void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    TCorrectionSetup setup;
     const std::string what = [&] {
-        const TFrameStack stack =
-            ReadFrames(options.darks, options.correct.input); // freed once the correction is built
-        Call(options.darks.front(), [&] {
+        TFrameStack stack = ReadDarks(options.darks, options.correct.input); // freed once the correction is built
+        setup = ReadSetup(options.correct, stack.Size());
+        if (!options.correct.bias.empty())
+            SubtractBias(stack.average, setup.refinement.bias);
+        TRefinement& refinement = setup.refinement;
+        if (!options.hotSigma.empty()) {
+            refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma));
+            WarnOfManyHotPixels(refinement.hotPixels, setup.warnings);
+        }
+        if (!options.darks.stack.IsPlain())
+            refinement.history.push_back("Dark frames combined: " + DarksText(stack, options.darks));
+        Call(options.darks.files.front(), [&] {
             object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        return Counted(stack.frames, "dark frame") + " (" + options.darkConditions.Text() + ")";
+        if (options.unfiltered)
+            setup.unfilteredDark = std::move(stack.average);
+        setup.notes.insert(setup.notes.begin(), stack.notes.begin(), stack.notes.end());
+        setup.warnings.insert(setup.warnings.begin(), stack.warnings.begin(), stack.warnings.end());
+        return DarksText(stack, options.darks) + " (" + options.darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(context, object, options.correct, what);
+    CorrectImages(context, object, options.correct, what, setup);
 }
 
 } // namespace
@@ -41,9 +59,21 @@ void AddCorrectVerb(TVerb& app, TContext& context)
 {
     TVerb& verb = app.AddVerb("correct", "Build a correction from dark frames and apply it to images");
     const auto options = std::make_shared<TCorrectVerbOptions>();
-    AddFrames(verb, "--dark", options->darks, "Dark frames; all pages of all files form the stack")->required();
+    AddFrames(verb, "--dark", options->darks.files, "Dark frames; all pages of all files form the stack")->required();
+    AddDarkOptions(verb, options->darks);
     AddConditions(verb, "dark-", "the dark frames", options->darkConditions);
+    CLI::Option* const repair =
+        verb.add_flag(
+                "--repair-hot{5}", options->hotSigma,
+                "Replace hot and dead pixels, found in the dark frames, by the median of their good neighbours, after "
+                "the correction: the median filter takes them out of it. =SIGMA (5 when left out): how far a pixel "
+                "must stand out; see 'hotpixels'")
+            ->check(Between(1, 1000));
+    verb.add_flag("--unfiltered", options->unfiltered,
+                  "Subtract the dark frames as they are, pixel by pixel. Without it the library's 3 x 3 median filter "
+                  "smooths them, which is less noisy but leaves what differs from pixel to pixel in the image");
     AddCorrectOptions(verb, options->correct);
+    repair->excludes(verb.get_option("--hot-list"));
     verb.footer(
         "Examples:\n"
         "  one image:           qxbackground correct --dark dark.tif --dark-exposure 60 --dark-intensity 100 \\\n"

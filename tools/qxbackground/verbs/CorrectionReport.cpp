@@ -3,7 +3,9 @@
 
 #include "base/JsonText.h"
 #include "base/Wording.h"
+#include "verbs/DarkFrames.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <iostream>
@@ -15,6 +17,10 @@ namespace {
 nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     nlohmann::json json{{"output", options.output}, {"pages", report.pages}};
+    if (!report.notes.empty())
+        json["notes"] = report.notes;
+    if (!report.warnings.empty())
+        json["warnings"] = report.warnings;
     if (options.IsBatch()) {
         json["files"] = nlohmann::json::array();
         for (const TCorrectionReport::TFile& file : report.files)
@@ -35,6 +41,26 @@ nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions
 
 } // namespace
 
+void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor)
+{
+    if (factor > 1.00001)
+        report.warnings.push_back(fmt::format("the background is scaled up by {:.4g}, and its noise{} with it; dark "
+                                              "frames of the images' own exposure, or "
+                                              "a longer one, need no guess",
+                                              factor,
+                                              options.bias.empty() ? ", and the camera's offset (see --bias)," : ""));
+    const auto zeros = [](const TSeriesStatistics& series) {
+        return static_cast<double>(series.Histogram().CountOf(0));
+    };
+    const auto all = static_cast<double>(report.after.Histogram().Count());
+    const double percent = all > 0 ? 100 * (zeros(report.after) - zeros(report.before)) / all : 0;
+    if (percent > options.clippedPercent)
+        report.warnings.push_back(
+            fmt::format("{:.3g} % of the pixels were cut off at zero: {}", percent,
+                        percent > 50 ? "does the correction belong to these images?"
+                                     : "what lay below is lost, and the mean is too high; --pedestal keeps it"));
+}
+
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     if (options.json) {
@@ -50,6 +76,7 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
     std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels ("
               << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << report.what << ": "
               << options.output << '\n';
+    PrintNotes(report.notes);
     if (!options.noStatistics) {
         if (report.statisticsPages < report.pages)
             std::cout << "Statistics of " << report.statisticsPages
@@ -65,6 +92,7 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
         for (std::size_t panel = 0; panel < report.legend.size(); ++panel)
             std::cout << "  " << names[panel] << ' ' << report.legend[panel] << " ADU\n";
     }
+    PrintWarnings(report.warnings);
 }
 
 } // namespace workbench

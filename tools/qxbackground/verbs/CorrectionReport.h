@@ -22,6 +22,7 @@ struct TCorrectionReport {
     };
 
     std::string what; // the correction, in words
+    std::vector<std::string> notes, warnings;
     TSize size;
     std::uint64_t pages = 0;           // corrected and written
     std::uint64_t statisticsPages = 0; // of them in the statistics
@@ -31,6 +32,9 @@ struct TCorrectionReport {
     TSignificantBits bits;           // of the images before
     std::vector<std::string> legend; // of the picture
 };
+
+// Adds lines about what does not look right: a background that is scaled up by `factor`, a result that is cut off.
+void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
 
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);
 

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace workbench {
 
@@ -46,19 +47,13 @@ void Configure(TBackgroundCorrection& object, const TCorrectOptions& options)
         Call("--region", [&] { object.SetRegion(ParseRegion(options.region)); });
 }
 
-void RequireSize(const std::string& path, const TImageReader& reader, const TSize& wanted)
-{
-    if (reader.Size() != wanted)
-        throw TToolError(path, reader.Page(),
-                         "is " + reader.Size().Text() + " pixels, the correction's region is " + wanted.Text());
-}
-
 // A run, once the correction is ready. Pages are read, measured as they come, and corrected on the thread of the page
 // source; measured again and written on this one.
 class TCorrectionRun {
 public:
-    TCorrectionRun(TBackgroundCorrection& correction, const TCorrectOptions& wanted, TCorrectionReport& result)
-        : object(correction), options(wanted), report(result),
+    TCorrectionRun(TBackgroundCorrection& correction, const TCorrectOptions& wanted, TCorrectionReport& result,
+                   const TRefinement& also)
+        : object(correction), options(wanted), report(result), refinement(also),
           sample(wanted.noStatistics     ? TStatisticsSample::TExtent::None
                  : wanted.fullStatistics ? TStatisticsSample::TExtent::All
                                          : TStatisticsSample::TExtent::Some)
@@ -78,6 +73,7 @@ private:
     TBackgroundCorrection& object;
     const TCorrectOptions& options;
     TCorrectionReport& report;
+    TRefinement refinement; // of the region
     TStatisticsSample sample;
     bool isFirst = true, isFirstWritten = true;
 };
@@ -92,8 +88,11 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
     if (isFirst && !options.picture.empty())
         firstBefore = page.image;
     isFirst = false;
+    refinement.Before(page.image);
     Call(path + ": page " + std::to_string(page.number),
          [&] { object.Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
+    refinement.After(page.image);
+    refinement.RecordIn(page.metadata);
 }
 
 void TCorrectionRun::Measure(const TPage& page)
@@ -154,28 +153,31 @@ std::uint64_t BytesOf(const std::string& path)
     return error ? 0 : bytes;
 }
 
-// The folder of the outputs, made when it is missing and gone again when nothing came into it.
+// The folder of the outputs, made when it is missing, with those it lies in; gone again when nothing came into it.
 class TOutputFolder {
 public:
     explicit TOutputFolder(const std::string& name) : path(name)
     {
         std::error_code error;
-        made = std::filesystem::create_directories(path, error);
+        for (std::filesystem::path part = path; !part.empty() && !std::filesystem::exists(part, error);
+             part = part.parent_path())
+            made.push_back(part);
+        std::filesystem::create_directories(path, error);
         if (!std::filesystem::is_directory(path))
             throw TToolError(path, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
     }
     ~TOutputFolder()
     {
         std::error_code ignored;
-        if (made)
-            std::filesystem::remove(path, ignored); // not when there is something in it
+        for (const std::filesystem::path& part : made)
+            std::filesystem::remove(part, ignored); // not when there is something in it
     }
     TOutputFolder(const TOutputFolder&) = delete;
     TOutputFolder& operator=(const TOutputFolder&) = delete;
 
 private:
     std::string path;
-    bool made = false;
+    std::vector<std::filesystem::path> made; // the innermost first
 };
 
 void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
@@ -251,13 +253,27 @@ TImage ScaledBackground(TBackgroundCorrection& object)
 }
 
 void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what)
+                   const std::string& what, const TCorrectionSetup& setup)
 {
     Configure(object, options);
+    double factor = 0;
+    Call(what, [&] {
+        const auto reference = object.Reference();
+        factor =
+            options.conditions.exposureSeconds * options.conditions.lightIntensityPercent /
+            (static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent));
+    });
+    if (options.dryRun) {
+        SayWhatWouldBeDone(context, options, what, SizeOf(object), factor, setup);
+        return;
+    }
     TCorrectionReport report;
     report.what = what;
+    report.notes = setup.notes;
+    report.warnings = setup.warnings;
     TImage background;
-    if (options.noStatistics && options.picture.empty()) {
+    const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
+    if (options.noStatistics && options.picture.empty() && !isUnfiltered) {
         Call(what, [&] {
             const TBackgroundCorrection::TRegion region = object.Region();
             report.size = {region.width, region.height};
@@ -269,7 +285,17 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
     if (!options.noStatistics)
         report.background.Add(background);
 
-    TCorrectionRun run(object, options, report);
+    TRefinement refinement;
+    Call(what, [&] {
+        const TBackgroundCorrection::TRegion region = object.Region();
+        refinement = setup.refinement.Cut(region.left, region.top, {region.width, region.height});
+        if (isUnfiltered)
+            refinement.rest =
+                RestOf(setup.unfilteredDark, region.left, region.top, factor * options.levelPercent / 100, background);
+    });
+    for (const std::string& note : refinement.Notes())
+        report.notes.push_back(note);
+    TCorrectionRun run(object, options, report, refinement);
     if (options.IsBatch())
         run.IntoFolder();
     else
@@ -278,6 +304,7 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
     if (!options.picture.empty())
         WritePng(options.picture, SideBySide({&run.firstBefore, &background, &run.firstAfter}, report.legend),
                  ExistingFor(options.overwrite));
+    AddWarnings(report, options, factor);
     PrintReport(report, options);
     if (!report.failures.empty())
         context.status = kSomeFailed;

@@ -3,6 +3,7 @@
 
 #include "calibration/TContext.h"
 #include "images/TImage.h"
+#include "verbs/CorrectionSetup.h"
 #include "verbs/Options.h"
 
 #include <string>
@@ -17,7 +18,7 @@ namespace workbench {
 // output of its own there; an input that fails is told, the others are done, and the context's status becomes
 // kSomeFailed.
 void CorrectImages(TContext& context, QX_KRLSDK::TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what);
+                   const std::string& what, const TCorrectionSetup& setup);
 
 // The scaled background of the active correction's region, read through the library as any host can: what is missing
 // from a white image after the correction.

@@ -98,6 +98,13 @@ CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::st
                       });
 }
 
+void AddBiasOption(TVerb& verb, std::vector<std::string>& bias)
+{
+    AddFrames(verb, "--bias", bias,
+              "Bias frames (no light, no exposure); their average is subtracted from dark frames and from images, so "
+              "that only the dark current is scaled, not the camera's offset");
+}
+
 namespace {
 
 // After the images' names stand in the options.
@@ -124,6 +131,15 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     verb.add_option("--region", options.region,
                     "Part of the dark frames that the images show: left,top,width,height in pixels "
                     "(default: all of it). Images must have exactly this size");
+    AddBiasOption(verb, options.bias);
+    verb.add_option("--pedestal", options.pedestal,
+                    "ADU added to every image before the background is subtracted, so that noise around zero is not "
+                    "cut off. The result says so (FITS: PEDESTAL; TIFF: its description)")
+        ->check(BetweenWhole(0, 65535));
+    verb.Reads(TPathKind::PixelList,
+               verb.add_option("--hot-list", options.hotList,
+                               "Replace the pixels of this list (see 'hotpixels') by the median of their good "
+                               "neighbours, after the correction"));
     AddInputOptions(verb, options.input);
     AddFrames(verb, "images", options.inputs, "Images to correct; every page is corrected")->required();
     verb.Creates(TPathKind::Image,
@@ -141,6 +157,13 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                                  "Also write a PNG of the first page: before, background and after side by side"),
                  options.overwrite);
     AddOutputOptions(verb, options.outputAs);
+    verb.add_flag("--dry-run", options.dryRun,
+                  "Say what would be done, and which images do not fit; no image is corrected, nothing is written");
+    verb.add_option("--warn-clipped", options.clippedPercent,
+                    "Warn when the correction cuts more than so many percent of the pixels off at zero (not with "
+                    "--no-statistics)")
+        ->check(Between(0, 100))
+        ->capture_default_str();
     verb.add_flag("--json", options.json, "Print the statistics as JSON");
     CLI::Option* const none =
         verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");

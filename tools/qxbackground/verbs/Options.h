@@ -39,14 +39,22 @@ struct TCorrectOptions {
     TInputOptions input; // of the dark frames as well, where the verb reads some
     TOutputOptions outputAs;
     bool overwrite = false;
+    bool dryRun = false;
+    double clippedPercent = 1; // of the pixels: more of them at zero are worth a word
     bool json = false;
     bool noStatistics = false;
     bool fullStatistics = false;
+    std::vector<std::string> bias; // frames
+    int pedestal = 0;              // ADU
+    std::string hotList;           // a file
 
     bool IsBatch() const { return !outputs.empty(); }
 };
 // An argument that names frames: files, folders or patterns, in whose place the files stand before the verb runs.
 CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help);
+
+// --bias, for the verbs that correct and for those that make a correction.
+void AddBiasOption(TVerb& verb, std::vector<std::string>& bias);
 
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 

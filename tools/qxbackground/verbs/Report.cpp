@@ -1,16 +1,16 @@
 // qxbackground report: whether a calibration is good, and for which images, as one page.
 #include "base/JsonText.h"
-#include "base/TReplacedFile.h"
+#include "base/TextFile.h"
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
-#include "report/TCorrectionSet.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 
+#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -41,9 +41,9 @@ void RunReport(const TContext& context, TReportOptions& options)
     options.request.toolVersion = QXBACKGROUND_VERSION;
     nlohmann::json report = MakeReport(context, options.request);
     if (!options.page.empty())
-        WriteTextFile(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
+        WriteText(options.page, PageAround(Compact(report)), ExistingFor(options.overwrite));
     if (!options.table.empty())
-        WriteTextFile(options.table, ReportCsv(report), ExistingFor(options.overwrite));
+        WriteText(options.table, ReportCsv(report), ExistingFor(options.overwrite));
     if (options.json) {
         for (nlohmann::json& one : report["corrections"]) {
             one.erase("picture");
@@ -84,7 +84,7 @@ void AddReportVerb(TVerb& app, const TContext& context)
             if (IsCalibrationFile(wanted.source))
                 plan.AddFile(name, TPathUse::Reads, wanted.source);
             else
-                plan.AddStore(name, TPathUse::Reads, StoreOf(wanted.source, wanted.groups));
+                plan.AddStore(name, TPathUse::Reads, FindStore(wanted.source, wanted.groups));
         });
     verb.add_option("--group", request.groups,
                     "A grouping name of the store; one --group for each, in their order. Not needed with a file's name")

@@ -1,8 +1,8 @@
 // qxbackground simulate: frames of a camera whose true scene and background are known.
 #include "base/JsonText.h"
 #include "base/TProgress.h"
-#include "base/TReplacedFile.h"
 #include "base/TToolError.h"
+#include "base/TextFile.h"
 #include "camera/TCamera.h"
 #include "commandline/Limits.h"
 #include "images/TImageWriter.h"
@@ -78,7 +78,7 @@ void AddFiles(const TSimulateOptions& options, const std::string& option, TPathP
 std::string Describe(const TSimulateOptions& options, const TCamera& camera, const std::vector<std::string>& files)
 {
     const TCameraSettings& settings = options.camera;
-    const nlohmann::json description{
+    nlohmann::json description{
         {"model", "value[ADU] = offset + column offset + (Poisson(dark * t) + Poisson(scene * t) + read noise) / gain"},
         {"seed", settings.seed},
         {"width", settings.size.width},
@@ -93,6 +93,16 @@ std::string Describe(const TSimulateOptions& options, const TCamera& camera, con
         {"readNoiseElectrons", settings.readNoiseElectrons},
         {"skyElectronsPerSecond", settings.skyElectronsPerSecond},
         {"files", files}};
+    // Of a camera without them the description stays as it always was.
+    const TCameraSettings usual;
+    if (settings.glow != usual.glow)
+        description["glow"] = settings.glow;
+    if (settings.cosmicRaysPerSecond != usual.cosmicRaysPerSecond)
+        description["cosmicRaysPerSecond"] = settings.cosmicRaysPerSecond;
+    if (settings.driftAdu != usual.driftAdu)
+        description["driftAdu"] = settings.driftAdu;
+    if (settings.bits != usual.bits)
+        description["bits"] = settings.bits;
     return JsonText(description);
 }
 
@@ -134,7 +144,7 @@ void RunSimulate(const TSimulateOptions& options)
         write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
         write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteTextFile(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
+    WriteText(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)
@@ -188,6 +198,21 @@ void AddSimulateVerb(TVerb& app)
         ->capture_default_str();
     verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s")
         ->check(Between(0.0, 1e6))
+        ->capture_default_str();
+    verb.add_option("--glow", camera.glow, "How much of the dark current a glow adds in one corner")
+        ->check(Between(0.0, 1000.0))
+        ->capture_default_str();
+    verb.add_option("--cosmic-rays", camera.cosmicRaysPerSecond,
+                    "Mean number of cosmic rays in each second of a dark frame")
+        ->check(Between(0.0, 10000.0))
+        ->capture_default_str();
+    verb.add_option("--drift", camera.driftAdu,
+                    "ADU by which the level of dark frames drifts, from below to above the camera's own within ten "
+                    "frames")
+        ->check(Between(0.0, 10000.0))
+        ->capture_default_str();
+    verb.add_option("--bits", camera.bits, "Bits of a pixel; higher values are cut off")
+        ->check(BetweenWhole(8, 16))
         ->capture_default_str();
     AddOutputOptions(verb, options->outputAs);
     verb.Run([options] { RunSimulate(*options); });

@@ -1,11 +1,12 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "base/Names.h"
 #include "base/Wording.h"
-#include "batch/TFrameStack.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
@@ -31,7 +32,7 @@ struct TStoreAddOptions {
     TStoreOptions store;
     std::string key;
     TConditions conditions;
-    std::vector<std::string> darks;
+    TDarkOptions darks;
     TInputOptions input;
 };
 
@@ -40,7 +41,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
-    const TFrameStack stack = ReadFrames(options.darks, options.input);
+    const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
@@ -52,9 +53,11 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << Counted(stack.frames, "dark frame") << " of "
+    std::cout << "Added '" << Printable(options.key) << "' from " << DarksText(stack, options.darks) << " of "
               << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
+    PrintNotes(stack.notes);
+    PrintWarnings(stack.warnings);
 }
 
 struct TStoreKeyOptions {
@@ -75,7 +78,7 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
         TBackgroundCorrection object = scratch.Open(context);
         left = object.Count() - 1; // now, because the store may keep the key in another spelling
         Call(About(place, options.key), [&] { object.Delete(options.key); });
-        scratch.Save([&] { object.Save(place.base); });
+        scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
     }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
@@ -114,7 +117,7 @@ TBackgroundCorrection OpenSource(const TContext& context, const TStoreImportOpti
         for (const std::string& file : OwnFiles(from))
             RequireWhole(from.PathOf(file).string());
         // By its full name, because its groups are read while the other store is worked on in another folder.
-        Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+        Call(from.Text(), [&] { store.Load(LibraryName(fs::absolute(from.folder / from.base).string())); });
     });
     return store;
 }
@@ -191,8 +194,8 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     {
         const TWorkingFolder working(from.folder);
         TBackgroundCorrection object = context.Library().MakeStore(from.names);
-        Call(from.Text(), [&] { object.Load(from.base); });
-        scratch.Save([&] { object.Save((scratch.Folder() / to.base).string()); });
+        Call(from.Text(), [&] { object.Load(LibraryName(from.base)); });
+        scratch.Save([&] { object.Save(LibraryName((scratch.Folder() / to.base).string())); });
     }
     if (StatesOfStore(from) != before)
         throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
@@ -212,7 +215,9 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
-        AddFrames(verb, "darks", options->darks, "Dark frames; all pages form the stack")->required();
+        AddDarkOptions(verb, options->darks);
+        AddBiasOption(verb, options->darks.bias);
+        AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {

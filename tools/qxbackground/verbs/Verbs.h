@@ -20,6 +20,7 @@ void AddCheckVerb(TVerb& app, TContext& context);
 void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
 void AddReportVerb(TVerb& app, const TContext& context);
+void AddHotPixelsVerb(TVerb& app);
 
 } // namespace workbench
 

@@ -28,7 +28,7 @@ qx.start = async () => {
   const main = document.getElementById("main");
   document.title = `Calibration report: ${report.source.path}`;
   document.getElementById("provenance").append(report.source.kind === "store" ? "Offline store " : "Calibration file ",
-    qx.make("code", {}, report.source.path), `, by ${report.tool}`);
+    qx.make("code", {}, report.source.path), `, ${report.made.replace("T", " ").replace("Z", " UTC")}, by ${report.tool}`);
   document.getElementById("about").textContent = "It needs nothing but itself: no network, no other file. Its figures come from "
     + `${report.tool} and the library it uses; their shape is ${report.format}, version ${report.version}.`;
   const ready = [];

@@ -1,0 +1,26 @@
+#ifndef QXBACKGROUND_BASE_LARGEMEMORY_H
+#define QXBACKGROUND_BASE_LARGEMEMORY_H
+
+#include <cstddef>
+#include <vector>
+
+namespace workbench {
+
+// Tells the system that memory nobody has touched yet is going to be used as a whole, so that it may come in large
+// pages: the thousands of faults on small ones cost as much as reading an image.
+void ExpectWholeUse(void* begin, std::size_t bytes);
+
+// Resizes a vector of pixels or sums whose old values need not be kept.
+template <class T> void ResizeLarge(std::vector<T>& values, std::size_t count)
+{
+    if (count > values.capacity()) {
+        values = std::vector<T>();
+        values.reserve(count);
+        ExpectWholeUse(values.data(), count * sizeof(T));
+    }
+    values.resize(count);
+}
+
+} // namespace workbench
+
+#endif

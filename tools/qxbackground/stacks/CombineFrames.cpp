@@ -1,0 +1,175 @@
+#include "stacks/CombineFrames.h"
+
+#include "base/TProgress.h"
+#include "base/TToolError.h"
+#include "base/Wording.h"
+#include "stacks/TFrameShelf.h"
+#include "stacks/TFrameWatch.h"
+#include "stacks/TPixelCombiner.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+
+namespace workbench {
+
+namespace {
+
+// How much a pixel differs from one frame to the next, by pairs of neighbouring frames: their levels may differ, and
+// a cosmic ray or a star counts for nothing.
+class TNoise {
+public:
+    void Add(const TImage& frame)
+    {
+        if (!before.empty())
+            ofPairs.push_back(OfPair(frame.pixels));
+        before = frame.pixels;
+    }
+
+    double Adu()
+    {
+        before = {};
+        differences = {};
+        if (ofPairs.empty())
+            return 0;
+        const auto middle = ofPairs.begin() + static_cast<std::ptrdiff_t>(ofPairs.size() / 2);
+        std::nth_element(ofPairs.begin(), middle, ofPairs.end());
+        return *middle;
+    }
+
+private:
+    double OfPair(const std::vector<std::uint16_t>& pixels)
+    {
+        constexpr std::size_t kSample = 65536;
+        differences.clear();
+        const std::size_t step = std::max<std::size_t>(pixels.size() / kSample, 1) | 1u;
+        for (std::size_t i = 0; i < pixels.size(); i += step)
+            differences.push_back(pixels[i] - before[i]);
+        const auto median = [this] {
+            const auto middle = differences.begin() + static_cast<std::ptrdiff_t>(differences.size() / 2);
+            std::nth_element(differences.begin(), middle, differences.end());
+            return *middle;
+        };
+        const int shift = median();
+        for (int& difference : differences)
+            difference = std::abs(difference - shift);
+        return 1.4826 * median() / 1.4142135623730951; // a difference has the noise of two frames
+    }
+
+    std::vector<std::uint16_t> before;
+    std::vector<int> differences;
+    std::vector<double> ofPairs;
+};
+
+// What the combining of all pixels left out.
+struct TRejected {
+    explicit TRejected(std::size_t frames) : bright(frames) {}
+
+    std::uint64_t values = 0;
+    std::vector<std::uint64_t> bright; // of each frame: far above what was kept, as a cosmic ray is
+};
+
+void RequireFrames(const TStackOptions& how, std::size_t frames, const std::string& what)
+{
+    const std::size_t least = how.rejection == TRejection::MinMax ? 2 * std::size_t{how.extremes} + 1
+                              : how.rejection == TRejection::None ? 1
+                                                                  : 3;
+    if (frames < least)
+        throw TToolError("--reject: " + how.Text() + " needs " + std::to_string(least) + " " + what + " or more, not " +
+                         std::to_string(frames));
+}
+
+TImage CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& how, double noise, TRejected& rejected)
+{
+    constexpr std::size_t kTile = 64; // pixels whose values are gathered together: whole cache lines of every frame
+    constexpr double kFarAbove = 5;   // in units of the noise
+    const std::size_t frames = shelf.Frames();
+    TPixelCombiner combiner(how, noise, frames);
+    TImage image{size, std::vector<std::uint16_t>(size.Pixels())};
+    std::vector<std::uint16_t> tile(kTile * frames);
+    TProgress progress("Combining frames", static_cast<std::uint64_t>(size.height));
+    const int bandRows = shelf.RowsOfBand();
+    for (int top = 0; top < size.height; top += bandRows) {
+        const int rows = std::min(bandRows, size.height - top);
+        const std::uint16_t* const band = shelf.Band(top, rows);
+        const std::size_t distance = shelf.FrameDistance(rows);
+        const std::size_t pixels = static_cast<std::size_t>(rows) * static_cast<std::size_t>(size.width);
+        std::uint16_t* const out =
+            image.pixels.data() + static_cast<std::size_t>(top) * static_cast<std::size_t>(size.width);
+        for (std::size_t start = 0; start < pixels; start += kTile) {
+            const std::size_t count = std::min(kTile, pixels - start);
+            for (std::size_t frame = 0; frame < frames; ++frame) {
+                for (std::size_t i = 0; i < count; ++i)
+                    tile[i * frames + frame] = band[frame * distance + start + i];
+            }
+            for (std::size_t i = 0; i < count; ++i) {
+                const TPixelCombiner::TResult result = combiner.Combine(tile.data() + i * frames);
+                out[start + i] = result.value;
+                rejected.values += result.rejected;
+                for (std::size_t frame = 0; result.rejected > 0 && frame < frames; ++frame) {
+                    if (band[frame * distance + start + i] > result.highest + kFarAbove * std::max(noise, 1.0))
+                        ++rejected.bright[frame];
+                }
+            }
+            if (start % (std::size_t{1} << 20) == 0)
+                ThrowIfInterrupted();
+        }
+        progress.Reach(static_cast<std::uint64_t>(top + rows));
+    }
+    return image;
+}
+
+std::vector<std::string> Notes(const TStackOptions& how, const TRejected& rejected, const TFrameWatch& watch,
+                               TSize size)
+{
+    std::vector<std::string> notes;
+    if (how.rejection == TRejection::None)
+        return notes;
+    const double values = static_cast<double>(size.Pixels()) * static_cast<double>(rejected.bright.size());
+    notes.push_back(fmt::format("Rejected {} of {:.0f} values ({:.4f} %)", rejected.values, values,
+                                100 * static_cast<double>(rejected.values) / values));
+    std::vector<std::string> hit;
+    for (std::size_t frame = 0; frame < rejected.bright.size(); ++frame) {
+        // More than this is no cosmic ray; the frame's level is off, which is said otherwise.
+        if (rejected.bright[frame] > 0 && rejected.bright[frame] * 5 < size.Pixels())
+            hit.push_back(watch.NameOf(frame) + " (" + Counted(rejected.bright[frame], "pixel") + ")");
+    }
+    if (!hit.empty())
+        notes.push_back("Bright in one frame only, as cosmic rays are: " + FirstOf(hit));
+    return notes;
+}
+
+} // namespace
+
+TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOptions& options, const TStackOptions& how,
+                          const std::string& what)
+{
+    TFrameWatch watch;
+    if (how.IsPlain()) {
+        TFrameStack stack = ReadFrames(
+            paths, options, [&](const TPage& page) { watch.Add(paths[page.file], page.number, page.image); }, what);
+        stack.warnings = watch.Warnings(what);
+        return stack;
+    }
+    std::optional<TFrameShelf> shelf;
+    TNoise noise;
+    TSize size;
+    EachFrame(paths, options, what, [&](TPage& page) {
+        if (!shelf) {
+            size = page.image.size;
+            shelf.emplace(size, how.memory);
+        }
+        watch.Add(paths[page.file], page.number, page.image);
+        noise.Add(page.image);
+        shelf->Put(page.image);
+    });
+    RequireFrames(how, shelf->Frames(), what);
+    TRejected rejected(shelf->Frames());
+    TFrameStack stack{shelf->Frames(), CombineShelf(*shelf, size, how, noise.Adu(), rejected), {}, {}};
+    stack.notes = Notes(how, rejected, watch, size);
+    stack.warnings = watch.Warnings(what);
+    return stack;
+}
+
+} // namespace workbench

@@ -1,0 +1,43 @@
+#ifndef QXBACKGROUND_STACKS_TFRAMEWATCH_H
+#define QXBACKGROUND_STACKS_TFRAMEWATCH_H
+
+#include "images/TImage.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// Looks at the frames of a stack as they pass, at some thousand pixels of each, and says what does not fit: a frame
+// whose level is off, a level that drifts, a frame that is saturated.
+class TFrameWatch {
+public:
+    void Add(const std::string& path, unsigned page, const TImage& frame);
+
+    // "darks.tif page 3"; `frame` counts from 0.
+    const std::string& NameOf(std::size_t frame) const { return frames[frame].name; }
+    // One line each. Of `what`: "dark frames".
+    std::vector<std::string> Warnings(const std::string& what) const;
+
+private:
+    struct TFrame {
+        std::string name;
+        double level = 0;     // the median of the sample, ADU
+        double saturated = 0; // share of the sample that has the highest value that 10, 12, 14 or 16 bits can hold
+    };
+
+    void WarnOfLevels(const std::string& what, std::vector<std::string>& warnings) const;
+    void WarnOfDrift(const std::string& what, std::vector<std::string>& warnings) const;
+
+    std::vector<TFrame> frames;
+    std::vector<std::uint16_t> sample;
+};
+
+// "a, b, c and 7 more": the first few of `names`.
+std::string FirstOf(const std::vector<std::string>& names);
+
+} // namespace workbench
+
+#endif

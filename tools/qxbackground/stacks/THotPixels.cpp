@@ -1,0 +1,178 @@
+#include "stacks/THotPixels.h"
+
+#include "base/TToolError.h"
+#include "base/Wording.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace workbench {
+
+namespace {
+
+// Calls `take` with every pixel of the square around a pixel, as far as it lies in the image, but for the pixel itself.
+template <class TTake> void ForNeighbours(TSize size, int x, int y, int radius, TTake&& take)
+{
+    for (int row = std::max(y - radius, 0); row <= std::min(y + radius, size.height - 1); ++row) {
+        for (int column = std::max(x - radius, 0); column <= std::min(x + radius, size.width - 1); ++column) {
+            if (row != y || column != x)
+                take(static_cast<std::size_t>(row) * static_cast<std::size_t>(size.width) +
+                     static_cast<std::size_t>(column));
+        }
+    }
+}
+
+// Of at least one value; twice the median, so that it is a whole number.
+int TwiceMedian(std::vector<std::uint16_t>& values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return values.size() % 2 == 1 ? 2 * *middle : *middle + *std::max_element(values.begin(), middle);
+}
+
+std::size_t IndexOf(TSize size, const THotPixels::TPixel& pixel)
+{
+    return static_cast<std::size_t>(pixel.y) * static_cast<std::size_t>(size.width) + static_cast<std::size_t>(pixel.x);
+}
+
+} // namespace
+
+THotPixels THotPixels::Find(const TImage& dark, double sigma)
+{
+    THotPixels found;
+    found.size = dark.size;
+    std::vector<int> twiceAbove(dark.pixels.size());
+    std::vector<std::uint16_t> around;
+    for (int y = 0; y < dark.size.height; ++y) {
+        for (int x = 0; x < dark.size.width; ++x) {
+            around.clear();
+            ForNeighbours(dark.size, x, y, 1, [&](std::size_t i) { around.push_back(dark.pixels[i]); });
+            const std::size_t index = IndexOf(dark.size, {x, y});
+            if (!around.empty())
+                twiceAbove[index] = 2 * dark.pixels[index] - TwiceMedian(around);
+        }
+    }
+    std::vector<int> distances = twiceAbove;
+    for (int& distance : distances)
+        distance = std::abs(distance);
+    const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+    std::nth_element(distances.begin(), middle, distances.end());
+    const double most = sigma * std::max(1.4826 * *middle, 2.0); // of twice the distance: no less than 1 ADU
+    for (int y = 0; y < dark.size.height; ++y) {
+        for (int x = 0; x < dark.size.width; ++x) {
+            const int distance = twiceAbove[IndexOf(dark.size, {x, y})];
+            if (std::abs(distance) > most)
+                found.pixels.push_back({x, y, distance < 0});
+        }
+    }
+    return found;
+}
+
+THotPixels THotPixels::Read(const std::string& path)
+{
+    std::ifstream file{std::filesystem::path(path)};
+    if (!file)
+        throw TToolError(path, "cannot be opened");
+    THotPixels list;
+    std::string line;
+    for (unsigned number = 1; std::getline(file, line); ++number) {
+        const auto fail = [&](const std::string& what) {
+            throw TToolError(path, "line " + std::to_string(number) + ": " + what);
+        };
+        std::istringstream words(line.substr(0, line.find('#')));
+        std::string first, kind, more;
+        if (!(words >> first))
+            continue;
+        TPixel pixel;
+        if (list.size.width == 0) {
+            if (first != "size" || !(words >> list.size.width >> list.size.height) || words >> more ||
+                list.size.width < 1 || list.size.height < 1)
+                fail("a list of hot pixels begins with 'size WIDTH HEIGHT'");
+            continue;
+        }
+        std::istringstream column(first);
+        if (!(column >> pixel.x) || column >> more || !(words >> pixel.y))
+            fail("'" + line + "' is not 'X Y hot' or 'X Y dead'");
+        if (words >> kind && ((kind != "hot" && kind != "dead") || words >> more))
+            fail("'" + line + "' is not 'X Y hot' or 'X Y dead'");
+        pixel.dead = kind == "dead";
+        if (pixel.x < 0 || pixel.y < 0 || pixel.x >= list.size.width || pixel.y >= list.size.height)
+            fail("'" + line + "' lies outside of " + list.size.Text() + " pixels, counted from 0");
+        list.pixels.push_back(pixel);
+    }
+    if (file.bad() || list.size.width == 0)
+        throw TToolError(path, "is no list of hot pixels: it has no line 'size WIDTH HEIGHT'");
+    const auto before = [&list](const TPixel& one, const TPixel& other) {
+        return IndexOf(list.size, one) < IndexOf(list.size, other);
+    };
+    std::stable_sort(list.pixels.begin(), list.pixels.end(), before);
+    list.pixels.erase(
+        std::unique(list.pixels.begin(), list.pixels.end(),
+                    [](const TPixel& one, const TPixel& other) { return one.x == other.x && one.y == other.y; }),
+        list.pixels.end());
+    return list;
+}
+
+std::string THotPixels::Text() const
+{
+    std::string text = fmt::format("# Hot and dead pixels: column and row, from 0. Lines may be added and removed.\n"
+                                   "size {} {}\n",
+                                   size.width, size.height);
+    for (const TPixel& pixel : pixels)
+        text += fmt::format("{} {} {}\n", pixel.x, pixel.y, pixel.dead ? "dead" : "hot");
+    return text;
+}
+
+std::string THotPixels::Counts() const
+{
+    const auto dead = std::count_if(pixels.begin(), pixels.end(), [](const TPixel& pixel) { return pixel.dead; });
+    return std::to_string(pixels.size() - static_cast<std::size_t>(dead)) + " hot and " +
+           Counted(static_cast<std::uint64_t>(dead), "dead pixel");
+}
+
+THotPixels THotPixels::Cut(int left, int top, TSize part) const
+{
+    THotPixels cut;
+    cut.size = part;
+    for (const TPixel& pixel : pixels) {
+        if (pixel.x >= left && pixel.y >= top && pixel.x < left + part.width && pixel.y < top + part.height)
+            cut.pixels.push_back({pixel.x - left, pixel.y - top, pixel.dead});
+    }
+    return cut;
+}
+
+std::vector<bool> THotPixels::Bad() const
+{
+    std::vector<bool> bad(size.Pixels());
+    for (const TPixel& pixel : pixels)
+        bad[IndexOf(size, pixel)] = true;
+    return bad;
+}
+
+void THotPixels::Repair(TImage& image) const
+{
+    constexpr std::size_t kEnough = 3;
+    constexpr int kWidest = 16;
+    const std::vector<bool> bad = Bad();
+    std::vector<std::uint16_t> good;
+    for (const TPixel& pixel : pixels) {
+        for (int radius = 1; radius <= kWidest; ++radius) {
+            good.clear();
+            ForNeighbours(size, pixel.x, pixel.y, radius, [&](std::size_t i) {
+                if (!bad[i])
+                    good.push_back(image.pixels[i]);
+            });
+            if (good.size() >= kEnough)
+                break;
+        }
+        if (!good.empty())
+            image.pixels[IndexOf(size, pixel)] = static_cast<std::uint16_t>((TwiceMedian(good) + 1) / 2);
+    }
+}
+
+} // namespace workbench

@@ -1,0 +1,38 @@
+#ifndef QXBACKGROUND_VERBS_CORRECTIONSETUP_H
+#define QXBACKGROUND_VERBS_CORRECTIONSETUP_H
+
+#include "calibration/TContext.h"
+#include "images/TImageReader.h"
+#include "stacks/TRefinement.h"
+#include "verbs/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// What is known before the run: what else is done to the images, and what is to be told with what the run has to say.
+struct TCorrectionSetup {
+    TRefinement refinement; // for whole frames
+    TImage unfilteredDark;  // to be subtracted as it is, without the library's median filter; of no size: not so
+    std::vector<std::string> notes, warnings;
+};
+
+// Reads the bias frames and the list of hot pixels that the options name. Throws TToolError when they are not of this
+// size, which the dark frames have.
+TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size);
+
+// The size of the active correction; before a region is set.
+TSize SizeOf(const QX_KRLSDK::TBackgroundCorrection& object);
+
+// Throws TToolError naming both sizes when the reader's page is not of the wanted one.
+void RequireSize(const std::string& path, const TImageReader& reader, const TSize& wanted);
+
+// Which images a run would correct, and which of them it could not. `size` is that of the correction's region, `factor`
+// what its background is scaled by.
+void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const std::string& what, TSize size,
+                        double factor, const TCorrectionSetup& setup);
+
+} // namespace workbench
+
+#endif

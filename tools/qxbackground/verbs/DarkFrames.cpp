@@ -1,0 +1,89 @@
+#include "verbs/DarkFrames.h"
+
+#include "base/TToolError.h"
+#include "base/Wording.h"
+#include "commandline/Limits.h"
+#include "stacks/CombineFrames.h"
+#include "stacks/TRefinement.h"
+
+#include <iostream>
+
+namespace workbench {
+
+const char* const kHotSigmaHelp =
+    "How far a pixel must lie from the median of its neighbours to be called hot or dead, "
+    "in units of the spread that all pixels have around theirs";
+
+void AddDarkOptions(TVerb& verb, TDarkOptions& options)
+{
+    TStackOptions& stack = options.stack;
+    verb.add_option_function<std::string>(
+            "--reject", [&stack](const std::string& text) { SetRejection(stack, text); },
+            "Leave values out of a pixel's stack before it is combined: sigma[:LOW,HIGH] what lies further from the "
+            "median than LOW or HIGH times the spread (by the median distance; default 3,3), winsor[:LOW,HIGH] the "
+            "same by a winsorised standard deviation, minmax:N the N lowest and N highest. Default: none, the "
+            "library's own average")
+        ->type_name("sigma|winsor|minmax:N");
+    verb.add_option_function<std::string>(
+            "--combine",
+            [&stack](const std::string& text) {
+                if (text != "average" && text != "median")
+                    throw TToolError("--combine: '" + text + "' is neither average nor median");
+                stack.combination = text == "median" ? TCombination::Median : TCombination::Average;
+            },
+            "How a pixel's values in all frames become one: average (default) or median")
+        ->type_name("average|median");
+    verb.add_option_function<unsigned>(
+            "--stack-memory", [&stack](const unsigned& megabytes) { stack.memory = std::size_t{megabytes} << 20; },
+            "Memory for frames that are looked at together, with --reject and --combine, in MiB. A longer stack waits "
+            "in a temporary file meanwhile (default: 128)")
+        ->check(BetweenWhole(1, 1 << 20));
+}
+
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
+{
+    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames");
+    if (!options.bias.empty()) {
+        const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
+        SubtractBias(stack.average, bias.average);
+        stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
+        stack.notes.push_back("Bias subtracted from the dark frames: the average of " +
+                              Counted(bias.frames, "bias frame"));
+    }
+    return stack;
+}
+
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size)
+{
+    TFrameStack bias = CombineFrames(files, input, {}, "bias frames");
+    if (bias.Size() != size)
+        throw TToolError(files.front(),
+                         "the bias frames are " + bias.Size().Text() + " pixels, the dark frames " + size.Text());
+    return bias;
+}
+
+void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings)
+{
+    if (found.Pixels().size() * 50 > found.Size().Pixels())
+        warnings.push_back("more than 2 % of all pixels are called hot or dead (" + found.Counts() +
+                           "): are these dark frames? A higher sigma finds fewer");
+}
+
+std::string DarksText(const TFrameStack& stack, const TDarkOptions& options)
+{
+    return Counted(stack.frames, "dark frame") + (options.stack.IsPlain() ? "" : " by " + options.stack.Text());
+}
+
+void PrintNotes(const std::vector<std::string>& notes)
+{
+    for (const std::string& note : notes)
+        std::cout << note << '\n';
+}
+
+void PrintWarnings(const std::vector<std::string>& warnings)
+{
+    for (const std::string& warning : warnings)
+        std::cout << "Warning: " << Printable(warning) << '\n';
+}
+
+} // namespace workbench

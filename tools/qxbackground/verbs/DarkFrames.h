@@ -1,0 +1,46 @@
+#ifndef QXBACKGROUND_VERBS_DARKFRAMES_H
+#define QXBACKGROUND_VERBS_DARKFRAMES_H
+
+#include "batch/TFrameStack.h"
+#include "stacks/THotPixels.h"
+#include "stacks/TStackOptions.h"
+#include "verbs/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+// Which dark frames make a correction, and how.
+struct TDarkOptions {
+    std::vector<std::string> files;
+    std::vector<std::string> bias; // frames to be subtracted from them, if any
+    TStackOptions stack;
+};
+
+// For the verbs that make a correction: --reject, --combine, --stack-memory.
+void AddDarkOptions(TVerb& verb, TDarkOptions& options);
+
+// How far a pixel must stand out to be called hot.
+constexpr double kUsualHotSigma = 5;
+extern const char* const kHotSigmaHelp;
+
+// The average of bias frames, which must have that size.
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size);
+
+// Adds a line when so many pixels were found that something else is the matter.
+void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);
+
+// The frame that the library gets, less the bias where there is one.
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input);
+
+// "10 dark frames", and how they were combined where that is not the plain average.
+std::string DarksText(const TFrameStack& stack, const TDarkOptions& options);
+
+// One line each.
+void PrintNotes(const std::vector<std::string>& notes);
+void PrintWarnings(const std::vector<std::string>& warnings);
+
+} // namespace workbench
+
+#endif

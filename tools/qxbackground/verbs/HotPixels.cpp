@@ -1,0 +1,58 @@
+// qxbackground hotpixels: which pixels of a camera are hot or dead, as a list to be edited.
+#include "base/TextFile.h"
+#include "commandline/Limits.h"
+#include "verbs/DarkFrames.h"
+#include "verbs/Verbs.h"
+
+#include <iostream>
+#include <memory>
+
+namespace workbench {
+
+namespace {
+
+struct THotPixelsOptions {
+    TDarkOptions darks;
+    TInputOptions input;
+    double sigma = kUsualHotSigma;
+    std::string output;
+    bool overwrite = false;
+};
+
+void RunHotPixels(const THotPixelsOptions& options)
+{
+    const TFrameStack stack = ReadDarks(options.darks, options.input);
+    const THotPixels found = THotPixels::Find(stack.average, options.sigma);
+    std::vector<std::string> warnings = stack.warnings;
+    WarnOfManyHotPixels(found, warnings);
+    if (options.output.empty()) {
+        for (const std::string& warning : warnings)
+            std::cout << "# Warning: " << warning << '\n';
+        std::cout << found.Text();
+        return;
+    }
+    WriteText(options.output, found.Text(), ExistingFor(options.overwrite));
+    std::cout << found.Counts() << " of " << found.Size().Text() << " pixels, in " << DarksText(stack, options.darks)
+              << ": " << options.output << '\n';
+    PrintNotes(stack.notes);
+    PrintWarnings(warnings);
+}
+
+} // namespace
+
+void AddHotPixelsVerb(TVerb& app)
+{
+    TVerb& verb = app.AddVerb("hotpixels", "Find hot and dead pixels in dark frames, for --hot-list");
+    const auto options = std::make_shared<THotPixelsOptions>();
+    verb.Creates(TPathKind::PixelList,
+                 verb.add_option("-o,--output", options->output,
+                                 "File for the list (default: it is printed). Lines may be added and removed"),
+                 options->overwrite);
+    verb.add_option("--sigma", options->sigma, kHotSigmaHelp)->check(Between(1, 1000))->capture_default_str();
+    AddInputOptions(verb, options->input);
+    AddDarkOptions(verb, options->darks);
+    AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+    verb.Run([options] { RunHotPixels(*options); });
+}
+
+} // namespace workbench

@@ -185,6 +185,20 @@ class Camera(ReportTest):
                 self.assertAlmostEqual(camera[name]["value"] / truth, 1, delta=0.03)
                 self.assertLess(abs(camera[name]["value"] - truth), 5 * camera[name]["error"] + 0.003 * truth)
 
+    def test_hot_pixels_and_cosmic_rays_do_not_count_as_noise(self):
+        self.tool("simulate", "-o", "hot", "--width", 256, "--height", 256, "--frames", 4, "--exposures", 0.25, 1, 4,
+                  "--hot-pixels", 0.02)
+        darks = [f"hot/dark_{e}s.tif" for e in self.EXPOSURES]
+        for name in darks:
+            pages = [p.copy() for p in self.read(name)]
+            for page in pages:
+                hits = self.random.integers(0, 256, (2, 200))
+                page[hits[0], hits[1]] = np.minimum(page[hits[0], hits[1]].astype(int) + 400, 65535)
+            self.write(name, pages)
+        camera = self.report("c.qxb", "--darks", *darks, "--dark-exposure", *self.EXPOSURES)["darks"]["camera"]
+        self.assertAlmostEqual(camera["readNoiseElectrons"]["value"] / 6, 1, delta=0.03)
+        self.assertAlmostEqual(camera["electronsPerAdu"]["value"] / 2, 1, delta=0.03)
+
     def test_fits_frames_say_their_exposure(self):
         self.tool("simulate", "-o", "f", "--width", 64, "--height", 64, "--frames", 2, "--exposures", 1, 2, "--format",
                   "fits")

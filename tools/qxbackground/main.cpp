@@ -45,6 +45,10 @@ int main(int argumentCount, char** arguments)
         AddSimulateVerb(app);
         AddStatisticsVerb(app);
         AddHotPixelsVerb(app);
+        AddExportVerb(app, context);
+        AddDiffVerb(app, context);
+        AddConvertVerb(app);
+        AddRenameVerb(app, context);
     };
     CatchInterrupts();
     try {

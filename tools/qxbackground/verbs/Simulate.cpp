@@ -202,7 +202,8 @@ void AddSimulateVerb(TVerb& app)
     verb.add_option("--glow", camera.glow, "How much of the dark current a glow adds in one corner")
         ->check(Between(0.0, 1000.0))
         ->capture_default_str();
-    verb.add_option("--cosmic-rays", camera.cosmicRaysPerSecond, "Mean number of cosmic rays in each second of a dark frame")
+    verb.add_option("--cosmic-rays", camera.cosmicRaysPerSecond,
+                    "Mean number of cosmic rays in each second of a dark frame")
         ->check(Between(0.0, 10000.0))
         ->capture_default_str();
     verb.add_option("--drift", camera.driftAdu,

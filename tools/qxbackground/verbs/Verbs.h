@@ -20,6 +20,10 @@ void AddCheckVerb(TVerb& app, TContext& context);
 void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
 void AddHotPixelsVerb(TVerb& app);
+void AddExportVerb(TVerb& app, const TContext& context);
+void AddDiffVerb(TVerb& app, TContext& context);
+void AddConvertVerb(TVerb& app);
+void AddRenameVerb(TVerb& app, const TContext& context);
 
 } // namespace workbench
 

@@ -14,7 +14,7 @@ quick= everything=
 presets=("$@")
 if [ $# = 0 ]; then
     everything=yes
-    presets=(linux linux-asan linux-tsan windows windows-tests)
+    presets=(linux linux-asan linux-tsan windows windows-tests windows-tool)
 elif [ "$*" = quick ]; then
     quick=yes
     presets=(linux windows)
@@ -51,7 +51,9 @@ run_tests() {
 }
 
 say "Packages"
-scripts/install-deps.sh test
+level=test
+[[ " ${presets[*]} " != *" linux-arm64 "* ]] || level=more
+scripts/install-deps.sh "$level"
 done_with "packages"
 
 say "Formatting"

@@ -18,7 +18,9 @@ if(QXBC_MSVC_ABI_DIRECTORY)
     -gcodeview -gno-codeview-command-line "-fdebug-compilation-dir=.")
   target_link_options(qxbc_shipped INTERFACE
     "LINKER:/DEBUG:FULL,/OPT:REF,/OPT:ICF,/PDBALTPATH:%_PDB%,/PDBSOURCEPATH:.")
-elseif(NOT WIN32)
+elseif(MINGW)
+  target_link_options(qxbc_shipped INTERFACE -fstack-protector-strong) # what ends the program is a library of its own
+else()
   target_compile_options(qxbc_shipped INTERFACE
     -fstack-clash-protection
     -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3) # some compilers define it by themselves

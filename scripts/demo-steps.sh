@@ -98,6 +98,12 @@ run qxbackground correct --dark session2/dark_2s.tif --dark-exposure 2 --dark-in
 run cmp session2_corrected.tif session2_direct.tif
 echo "session2_corrected.tif is identical to what session 2's own dark frames give"
 
+say "6. Is the calibration good, and for which images? The report says it on one page"
+run qxbackground report calibration.qxb --darks simulated/dark_1s.tif simulated/dark_2s.tif --dark-exposure 1,2 \
+    --against simulated/light_2s.tif --exposure 2 -o report.html
+note "Open it in a browser; it needs no network:"
+echo "  $out/report.html"
+
 say "Pictures: before, background and after side by side; every panel spans the same number of ADU"
 for picture in *.png; do
     echo "  $out/$picture"

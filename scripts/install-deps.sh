@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing need. Does nothing when all are there, so it may be called
-# every time. Usage: scripts/install-deps.sh [build|test]   (test includes build)
+# every time. Usage: scripts/install-deps.sh [build|test|more]   (each includes those before it; test-more.sh wants more)
 set -euo pipefail
 level=${1:-test}
 
 packages=(git cmake ninja-build g++ libcli11-dev libfmt-dev libtiff-dev libpng-dev zlib1g-dev nlohmann-json3-dev python3)
+packages+=(libjs-chart.js) # goes into the page of "qxbackground report"
 packages+=(libgtest-dev libgmock-dev libbenchmark-dev) # the presets configure tests and benchmarks as well
 if [ "$level" != build ]; then
     # The Microsoft ABI cross build, MinGW for the Windows unit tests, Wine to run both.
     packages+=(clang-19 lld-19 llvm-19 libc++-19-dev libclang-rt-19-dev libwine-dev wine wine64)
     packages+=(mingw-w64-x86-64-dev g++-mingw-w64-x86-64-posix googletest)
+    packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
     packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
@@ -18,10 +20,18 @@ if [ "$level" != build ]; then
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
+    packages+=(chromium) # the page of "qxbackground report" is tried in it
+    command -v npm >/dev/null || packages+=(npm) # brings axe-core, which looks for faults in that page
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with
+fi
+if [ "$level" = more ]; then
+    packages+=(g++-aarch64-linux-gnu qemu-user) # preset linux-arm64
 fi
 
 missing=()
+[ "$level" = build ] || packages+=(doxygen) # the site of guides and reference
+# Level docs is that site alone, and the empty Debian in which the guides are tried.
+[ "$level" != docs ] || packages=(python3 doxygen debootstrap)
 for package in "${packages[@]}"; do
     dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
 done

@@ -149,6 +149,7 @@ The median filter with AVX2 takes, against the one with AVX-512: {median_text}.
 
 Nanoseconds per correction (1 × 1 pixels); the ratio says how much more each costs in the large list.
 
+<!-- written by: scripts/report-performance.py -->
 ```
 {scaling}
 ```

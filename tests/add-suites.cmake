@@ -1,6 +1,6 @@
 # Run by CTest itself, see discover-suites.cmake: adds a test for each suite of an executable.
 if(EXISTS "${executable}")
-  execute_process(COMMAND "${executable}" --gtest_list_tests
+  execute_process(COMMAND ${emulator} "${executable}" --gtest_list_tests
     WORKING_DIRECTORY "${folder}" OUTPUT_VARIABLE listing RESULT_VARIABLE result)
 else()
   set(result "not built")
@@ -34,7 +34,7 @@ foreach(line IN LISTS lines)
     set(filter "${name}")
   endif()
   math(EXPR count "${count} + 1")
-  add_test("${name}" "${executable}" "--gtest_filter=${filter}")
+  add_test("${name}" ${emulator} "${executable}" "--gtest_filter=${filter}")
   set(cost 1)
   list(FIND first "${suite}" isFirst)
   if(name MATCHES "\\..*" OR NOT isFirst EQUAL -1)

@@ -12,6 +12,7 @@ function(qxbc_discover_suites target)
   set(included "${CMAKE_CURRENT_BINARY_DIR}/${target}_suites.cmake")
   file(GENERATE OUTPUT "${included}" CONTENT
 "set(executable \"$<TARGET_FILE:${target}>\")
+set(emulator \"${CMAKE_CROSSCOMPILING_EMULATOR}\")
 set(target \"${target}\")
 set(environment \"${arg_ENVIRONMENT}\")
 set(each_test \"${arg_EACH_TEST}\")

@@ -1,6 +1,6 @@
 # The unit tests: one executable over everything behind the interface, the exports included. Every folder names its own
 # sources.
-find_package(GTest REQUIRED) # for MinGW built from Debian's source package, see cmake/mingw/FindGTest.cmake
+find_package(GTest REQUIRED) # for cross-builds from Debian's source package, see cmake/googletest/
 include(discover-suites.cmake)
 
 # There are many test sources, each small: what all of them include is compiled once, and the tests themselves are not
@@ -41,7 +41,7 @@ foreach(folder platform boundary kernels data file processor offline faults surr
   add_subdirectory(${folder})
 endforeach()
 
-if(CMAKE_CROSSCOMPILING)
+if(CMAKE_CROSSCOMPILING AND WIN32)
   # Starting Wine takes longer than most tests: one start for what takes long, one for all the others.
   add_test(NAME unit_tests COMMAND qxbc_unit_tests --gtest_filter=-*Exhaustive*) # through CMAKE_CROSSCOMPILING_EMULATOR
   add_test(NAME unit_tests.exhaustive COMMAND qxbc_unit_tests --gtest_filter=*Exhaustive*)

@@ -1,14 +1,23 @@
 # CPack: on Linux one archive, and a Debian package for each component; for Windows one ZIP. scripts/package.sh packs.
+
+# Who answers for the packages. Debian wants a name and an address in each; the default is a placeholder, an address that
+# cannot exist. Whoever distributes packages changes it here, or gives it with -D QXBC_MAINTAINER="Name <address>"
+# (scripts/package.sh takes it from the environment variable of that name). It is written nowhere else.
+set(QXBC_MAINTAINER "QX_KRLSDK <backgroundcorrection@qx-krlsdk.invalid>" CACHE STRING
+  "Name and address of the maintainer that packages name: Name <address>")
+if(NOT QXBC_MAINTAINER MATCHES "^[^<>@]*[^<>@ ] <[^<>@ ]+@[^<>@ ]+>$")
+  message(FATAL_ERROR "QXBC_MAINTAINER is \"${QXBC_MAINTAINER}\"; it has to be: Name <address>")
+endif()
+
 set(CPACK_PACKAGE_NAME qx-backgroundcorrection)
 set(CPACK_PACKAGE_VENDOR "QX_KRLSDK")
-set(CPACK_PACKAGE_CONTACT "QX_KRLSDK <backgroundcorrection@qx-krlsdk.invalid>" CACHE STRING
-  "Name and address that Debian packages give as their maintainer")
+set(CPACK_PACKAGE_CONTACT "${QXBC_MAINTAINER}")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_THREADS 1)
 set(CPACK_COMPONENTS_ALL Runtime Development)
-if(QXBC_BUILD_TOOL)
+if(QXBC_BUILD_TOOL OR QXBC_WINDOWS_WORKBENCH)
   list(APPEND CPACK_COMPONENTS_ALL Workbench)
 endif()
 if(NOT WIN32)
@@ -26,7 +35,10 @@ if(WIN32)
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-windows-x64")
 else()
   string(TOLOWER "${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}" system)
-  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_GENERATOR TGZ)
+  if(NOT CMAKE_CROSSCOMPILING) # Debian's tools ask the system that they run on what a package is for and what it needs
+    list(APPEND CPACK_GENERATOR DEB)
+  endif()
   set(CPACK_PACKAGE_FILE_NAME "qx-backgroundcorrection-${PROJECT_VERSION}-${system}")
 endif()
 

@@ -9,8 +9,6 @@ else()
   if(MINGW) # GCC does not align the stack for such registers on Windows
     set(unaligned "-Wa,-muse-unaligned-vector-move")
   endif()
-  # -O3 also where the rest is built with less: GCC 12 vectorises few loops below it.
-  set_source_files_properties(kernels/KernelsBaseline.cpp PROPERTIES COMPILE_OPTIONS "-O3")
   set_source_files_properties(kernels/KernelsAvx2.cpp PROPERTIES COMPILE_OPTIONS "-O3;-mavx2;${unaligned}")
   set_source_files_properties(kernels/KernelsAvx512.cpp PROPERTIES
     COMPILE_OPTIONS "-O3;-mavx512f;-mavx512bw;-mavx512dq;-mavx512vl;-mprefer-vector-width=512;${unaligned}")

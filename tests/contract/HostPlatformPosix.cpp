@@ -6,6 +6,7 @@
 #include <future>
 #include <link.h>
 #include <malloc.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <thread>
 #include <unistd.h>
@@ -111,6 +112,13 @@ TExhaustedMemory::TExhaustedMemory()
     getrlimit(RLIMIT_AS, &limit);
     limit.rlim_cur = BytesInUse() + (8u << 20); // enough for small blocks
     complete = setrlimit(RLIMIT_AS, &limit) == 0;
+    // Emulators of another processor take the limit and do not keep it.
+    constexpr std::size_t kTooMuch = std::size_t{256} << 20;
+    void* const pages = mmap(nullptr, kTooMuch, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (pages != MAP_FAILED) {
+        munmap(pages, kTooMuch);
+        complete = false;
+    }
 }
 
 TExhaustedMemory::~TExhaustedMemory()

@@ -12,6 +12,8 @@
 
 namespace {
 
+#if defined(__x86_64__) || defined(_M_X64)
+
 // The first line of the system's list that begins with `name`, with a space at its end; empty where there is no list.
 std::string ProcessorLine(const std::string& name)
 {
@@ -43,6 +45,16 @@ TEST(InstructionSet, IsTheBestThatTheSystemLists)
     EXPECT_EQ(Platform::IsAmdProcessor(),
               Has(flags, "avx2") && ProcessorLine("vendor_id").find("AuthenticAMD") != std::string::npos);
 }
+
+#else
+
+TEST(InstructionSet, IsTheBaselineOnOtherProcessors)
+{
+    EXPECT_EQ(Platform::BestInstructionSet(), Platform::TInstructionSet::Baseline);
+    EXPECT_FALSE(Platform::IsAmdProcessor());
+}
+
+#endif
 
 // Not only the processor: a system that does not save the registers of a set forbids it.
 TEST(InstructionSet, WantsProcessorAndSystem)

@@ -5,7 +5,8 @@ check_kernels.py instructions OBJECT...   finds in each kernel the instructions 
 check_kernels.py sharing OBJECT...        finds no function that the linker could take for the whole program
 check_kernels.py --self-test              makes listings of every kind and fails when one is judged wrongly
 
-Objects of ELF and of Windows, both read with GNU's objdump and nm.
+Objects of ELF and of Windows, both read with GNU's objdump and nm; with --tools PREFIX before all else, with those of a
+cross compiler (PREFIXobjdump, PREFIXnm). Those for x86 are three; for 64-bit ARM the baseline is NEON, and all there is.
 """
 import collections
 import pathlib
@@ -13,14 +14,17 @@ import re
 import subprocess
 import sys
 
-REGISTERS = {"Baseline": "xmm", "Avx2": "ymm", "Avx512": "zmm"}
-HALVES = {"Baseline": "xmm", "Avx2": "xmm", "Avx512": "ymm"}
+# The registers of full width, as the operands name them, and those of half the width.
+REGISTERS = {"Baseline": ".*%xmm", "Avx2": ".*%ymm", "Avx512": ".*%zmm", "Neon": r"v\d+\.(?:16b|8h|4s|2d)\b"}
+HALVES = {"Baseline": ".*%xmm", "Avx2": ".*%xmm", "Avx512": ".*%ymm", "Neon": r"v\d+\.(?:8b|4h|2s)\b"}
+X86 = ("Baseline", "Avx2", "Avx512")
+ARM = ("Neon",)
 
-# What each loop lives on: a kernel, the work, and the instructions, without the "v" that all but the baseline's have
-# before them. One of the alternatives (|) has to stand in an innermost loop of the kernel, on registers of the
+# What each loop lives on: a kernel, the work, and the instructions, on x86 without the "v" that all but the baseline's
+# have before them. One of the alternatives (|) has to stand in an innermost loop of the kernel, on registers of the
 # instruction set's width, or after "half" on those of half the width. Each alternative is a vector form of that work.
 # COUNT of the loops have to have it: as many as the compilers make, beginnings, blocks and ends apart.
-ALL = tuple(REGISTERS)
+ALL = X86
 WIDE = ("Avx2", "Avx512")
 Expectation = collections.namedtuple("Expectation", "kernel work instruction sets count", defaults=(1,))
 EXPECTED = [
@@ -44,12 +48,30 @@ EXPECTED = [
     Expectation("StatisticsLoop", "minimum", "pminsw", ALL),
     Expectation("StatisticsLoop", "maximum", "pmaxsw", ALL),
     Expectation("StatisticsLoop", "sum", "pmaddwd", ALL),
+
+    Expectation("SubtractLoop", "saturating difference", "uqsub", ARM, 5),
+    Expectation("ScaleLoop", "product", "fmul", ARM, 5),
+    Expectation("ScaleLoop", "cut to an integer", "fcvtzs", ARM, 5),
+    Expectation("AverageLoop", "mean of two frames", "urhadd", ARM, 2),
+    Expectation("AverageLoop", "sum of many frames", "fadd", ARM, 3),
+    Expectation("AverageLoop", "mean of many frames", "fdiv", ARM, 1),
+    Expectation("AddFrames", "sum of words", "add", ARM, 6),
+    Expectation("AddFrames", "upper halves of words", "ushr", ARM, 6),
+    Expectation("AddFrames", "means", "fdiv", ARM, 1), # as on the baseline of x86
+    Expectation("MedianLoop", "lesser of two", "umin", ARM, 4),
+    Expectation("MedianLoop", "greater of two", "umax", ARM, 4),
+    Expectation("StatisticsLoop", "minimum", "smin", ARM),
+    Expectation("StatisticsLoop", "maximum", "smax", ARM),
+    Expectation("StatisticsLoop", "sum", "saddw2|saddw|sadalp", ARM),
 ]
 
 FUNCTION = re.compile(r"^([0-9a-f]+) <(.+)>:$")
 INSTRUCTION = re.compile(r"^\s*([0-9a-f]+):\s+(?:(?:rep|lock|notrack|bnd|data16|cs)\s+)*(\S+)\s*(.*)$")
-TARGET = re.compile(r"^([0-9a-f]+) <([^+>]+)(?:\+0x[0-9a-f]+)?>")
-RELOCATION = re.compile(r"^\s*[0-9a-f]+:\s+(?:R_X86_64|IMAGE_REL_AMD64)\w*\s+(\S+?)(?:[-+]0x[0-9a-f]+)?$")
+# Behind a register, and the bit of it, where ARM tests those.
+TARGET = re.compile(r"^(?:[wx]\w+, (?:#\d+, )?)?([0-9a-f]+) <([^+>]+)(?:\+0x[0-9a-f]+)?>")
+BRANCH = re.compile(r"j|b$|b\.|cbn?z$|tbn?z$")
+CALL = re.compile(r"call|bl$")
+RELOCATION = re.compile(r"^\s*[0-9a-f]+:\s+(?:R_X86_64|R_AARCH64|IMAGE_REL_AMD64)\w*\s+(\S+?)(?:[-+]0x[0-9a-f]+)?$")
 
 Line = collections.namedtuple("Line", "address mnemonic operands")
 
@@ -86,7 +108,7 @@ def read_functions(listing):
         function = functions[name]
         match = RELOCATION.match(text)
         if match:
-            if function.lines and function.lines[-1].mnemonic.startswith(("call", "jmp")):
+            if function.lines and re.match("call|jmp|bl?$", function.lines[-1].mnemonic):
                 function.calls.append((function.lines[-1].address, match.group(1)))
             continue
         match = INSTRUCTION.match(text)
@@ -95,11 +117,11 @@ def read_functions(listing):
         line = Line(int(match.group(1), 16), match.group(2), match.group(3))
         function.lines.append(line)
         target = TARGET.match(line.operands)
-        if target and line.mnemonic.startswith(("j", "call")):
+        if target and (BRANCH.match(line.mnemonic) or CALL.match(line.mnemonic)):
             address = int(target.group(1), 16)
             if target.group(2) != name:
                 function.calls.append((line.address, target.group(2)))
-            elif line.mnemonic.startswith("j") and address <= line.address:
+            elif BRANCH.match(line.mnemonic) and address <= line.address:
                 function.loops.append((address, line.address))
     return functions
 
@@ -125,24 +147,24 @@ def loops_with(functions, name, pattern, is_in_loop=False, seen=()):
 
 def pattern_of(instruction, instruction_set):
     """Matches a line with one of the alternatives of the table."""
-    prefix = "" if instruction_set == "Baseline" else "v"
+    prefix = "v" if instruction_set in WIDE else ""
     forms = []
     for form in instruction.split("|"):
         *half, mnemonic = form.split()
-        forms.append(f"{prefix}{mnemonic} .*%{(HALVES if half else REGISTERS)[instruction_set]}")
+        forms.append(f"{prefix}{mnemonic} {(HALVES if half else REGISTERS)[instruction_set]}")
     return re.compile("|".join(forms))
 
 
-def instruction_set_of(path):
-    for instruction_set in REGISTERS:
+def instruction_set_of(path, listing):
+    for instruction_set in X86:
         if f"Kernels{instruction_set}.cpp" in pathlib.Path(path).name:
-            return instruction_set
+            return "Neon" if instruction_set == "Baseline" and "aarch64" in listing else instruction_set
     return None
 
 
 def check_instructions(listings):
     """Reports what is missing in the listings, one for each instruction set."""
-    for instruction_set in REGISTERS:
+    for instruction_set in ARM if "Neon" in listings else X86:
         if instruction_set not in listings:
             yield f"no object of the kernels for {instruction_set}"
             continue
@@ -222,31 +244,56 @@ def self_test():
         if len(list(check_sharing("object", symbols, sections))) != expected:
             print(f"expected {expected} reports of {symbols!r} and {sections!r}")
             wrong += 1
+    arm = function_text(name, "0:\tuqsub\tv0.8h, v0.8h, v1.8h", f"8:\tb.ne\t0 <{name}>  // b.any")
+    arm_cases = [("inside", arm, 1), ("outside", arm.replace(f"b.ne\t0 <{name}>", f"b.ne\t4 <{name}+0x4>"), 0),
+                 ("half", arm.replace(".8h", ".4h"), 0), ("scalar", arm.replace("v0.8h, v0.8h, v1.8h", "h0, h0, h1"), 0),
+                 ("bit tested", arm.replace("b.ne\t", "tbnz\tw3, #31, "), 1),
+                 ("zero tested", arm.replace("b.ne\t", "cbnz\tx3, "), 1),
+                 ("by call", function_text(name, "0:\tbl\t0 <_Local>", "\t\t0: R_AARCH64_CALL26\t_Local",
+                                           f"8:\tb\t0 <{name}>")
+                  + function_text("_Local", "20:\tuqsub\tv0.8h, v0.8h, v1.8h", "28:\tret"), 1)]
+    for case, listing, expected in arm_cases:
+        count = len(loops_with(read_functions(listing), name, pattern_of("uqsub", "Neon")))
+        if count != expected:
+            print(f"ARM, {case}: {count} loops, expected {expected}")
+            wrong += 1
+    arm_missing = list(check_instructions({"Neon": arm}))
+    if len(arm_missing) != sum("Neon" in expected.sets for expected in EXPECTED):
+        print(f"missing kernels for ARM: {arm_missing}")
+        wrong += 1
     missing = list(check_instructions({"Avx2": inside.replace("Subtract", "Another")}))
     if len(missing) != 2 + sum("Avx2" in expected.sets for expected in EXPECTED):
         print(f"missing kernels: {missing}")
         wrong += 1
-    print(f"{len(cases) + len(sharing) + 1} cases, {wrong} wrong")
+    print(f"{len(cases) + len(sharing) + len(arm_cases) + 2} cases, {wrong} wrong")
     return wrong
 
 
 def main(arguments):
     if arguments == ["--self-test"]:
         return 1 if self_test() else 0
+    tools = ""
+    if arguments[:1] == ["--tools"] and len(arguments) > 1:
+        tools = arguments[1]
+        arguments = arguments[2:]
     if len(arguments) < 2 or arguments[0] not in ("instructions", "sharing"):
         print(__doc__)
         return 2
-    objects = {instruction_set_of(path): path for path in arguments[1:] if instruction_set_of(path)}
-    if set(objects) != set(REGISTERS):
-        print(f"kernel objects found: {sorted(objects)}, expected: {sorted(REGISTERS)}")
+    listings, objects = {}, {}
+    for path in arguments[1:]:
+        listing = run(f"{tools}objdump", "-d", "-r", "-w", "--no-show-raw-insn", path)
+        instruction_set = instruction_set_of(path, listing)
+        if instruction_set:
+            listings[instruction_set] = listing
+            objects[instruction_set] = path
+    if tuple(sorted(objects)) not in (tuple(sorted(X86)), ARM):
+        print(f"kernel objects found: {sorted(objects)}, expected: {X86} or {ARM}")
         return 1
     if arguments[0] == "instructions":
-        listings = {which: run("objdump", "-d", "-r", "-w", "--no-show-raw-insn", path)
-                    for which, path in objects.items()}
         reports = list(check_instructions(listings))
     else:
         reports = [report for path in objects.values()
-                   for report in check_sharing(path, run("nm", path), run("objdump", "-h", "-w", path))]
+                   for report in check_sharing(path, run(f"{tools}nm", path), run(f"{tools}objdump", "-h", "-w", path))]
     for report in reports:
         print(report)
     print(f"{len(objects)} objects, {len(reports)} violations")

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks rules about the workbench's sources: each room includes only the rooms that it may know, the operating system is
-met in base/posix alone, files are named like their headers and headers like their classes.
+met in base/posix and base/windows alone, files are named like their headers and headers like their classes.
 
 check_tool_rooms.py ROOT           reports every violation below ROOT/tools/qxbackground and fails when there is one
 check_tool_rooms.py --self-test    makes violations of every kind and fails when one is not reported
@@ -22,11 +22,12 @@ MAY_INCLUDE = {
     "calibration": {"base"},
     "camera": {"base", "images"},
     "commandline": {"base", "calibration"},
-    "verbs": {"base", "images", "batch", "stacks", "calibration", "camera", "commandline"},
+    "report": {"base", "images", "calibration"},
+    "verbs": {"base", "images", "batch", "stacks", "calibration", "camera", "commandline", "report"},
 }
 # Of the library's sources, the constants of the calibration file; all else goes through its public headers.
 FROM_OUTSIDE = re.compile(r"QX_BackgroundCorrection\.hpp|file/CalibrationFormat\.h")
-SYSTEM_ROOM = "base/posix"
+SYSTEM_ROOMS = ("base/posix/", "base/windows/")
 # A class, but no declaration of one, and nothing within another class.
 CLASS = re.compile(r"^class (T\w+)[^;]*$", re.M)
 LONGEST = 400
@@ -38,6 +39,8 @@ def check_includes(path, number, name, tool):
         return
     if not (tool / name).is_file():
         yield path, number, f'includes "{name}", which is not here'
+    elif name.startswith(SYSTEM_ROOMS) and pathlib.PurePosixPath(path).parent != pathlib.PurePosixPath(name).parent:
+        yield path, number, f'includes "{name}", which is for its own system alone'
     elif room is not None and name.split("/")[0] not in MAY_INCLUDE[room] | {room}:
         yield path, number, f'includes "{name}" uphill'
 
@@ -46,7 +49,8 @@ def check_names(path, text, tool):
     source = pathlib.PurePosixPath(path)
     if source.suffix == ".cpp" and source.parts[0] != "verbs" and path != "main.cpp":
         header = source.parts[0] + "/" + source.stem + ".h"
-        if not (tool / header).is_file():
+        own = path.startswith(SYSTEM_ROOMS) and (tool / source.with_suffix(".h")).is_file()
+        if not own and not (tool / header).is_file():
             yield path, 0, f'has no header of its name ("{header}")'
     if source.suffix == ".h":
         classes = CLASS.findall(text)
@@ -75,8 +79,8 @@ def check(root):
             include = INCLUDE.match(line)
             if include and include.group(1):
                 yield from check_includes(path, number, include.group(1), tool)
-            elif include and SYSTEM_HEADERS.fullmatch(include.group(2)) and not path.startswith(SYSTEM_ROOM):
-                yield path, number, f"includes <{include.group(2)}> outside of {SYSTEM_ROOM}"
+            elif include and SYSTEM_HEADERS.fullmatch(include.group(2)) and not path.startswith(SYSTEM_ROOMS):
+                yield path, number, f"includes <{include.group(2)}> outside of {' and '.join(SYSTEM_ROOMS)}"
 
 
 GOOD_TREE = {
@@ -85,6 +89,9 @@ GOOD_TREE = {
     "base/Text.cpp": '#include "base/Text.h"\n// #include <unistd.h> would be wrong\n',
     "base/TLock.h": "class TLock {\n    class TInner {\n    };\n};\n",
     "base/posix/TLock.cpp": '#include "base/TLock.h"\n#include <unistd.h>\n',
+    "base/windows/TLock.cpp": '#include "base/TLock.h"\n#include "base/windows/Handle.h"\n#include <windows.h>\n',
+    "base/windows/Handle.h": "#include <windows.h>\n",
+    "base/windows/Handle.cpp": '#include "base/windows/Handle.h"\n',
     "images/TImage.h": '#include "base/Text.h"\nstruct TImage {\n};\n',
     "batch/TPage.h": '#include "images/TImage.h"\nstruct TPage {\n};\n',
     "stacks/TStack.h": '#include "batch/TPage.h"\nstruct TStack {\n};\n',
@@ -111,6 +118,10 @@ VIOLATIONS = [
     ("cellar/Bad.h", "", "no room"),
     ("Bad.cpp", "", "no room"),
     ("base/Bad.h", "#include <unistd.h>\n", "outside of"),
+    ("base/Bad.h", "#include <windows.h>\n", "outside of"),
+    ("base/Bad.h", '#include "base/windows/Handle.h"\n', "its own system"),
+    ("base/posix/TLock.cpp", '#include "base/windows/Handle.h"\n', "its own system"),
+    ("base/windows/Bad.cpp", "", "no header of its name"),
     ("verbs/Bad.cpp", "#include <sys/stat.h>\n", "outside of"),
     ("images/Bad.cpp", "", "no header of its name"),
     ("base/posix/Bad.cpp", "", "no header of its name"),

@@ -4,6 +4,7 @@
 #include "file/SampleFiles.h"
 #include "model/LiteralArithmetic.h"
 #include "support/RandomImages.h"
+#include "support/ScopedRounding.h"
 #include "support/TemporaryFolder.h"
 #include "support/TestObject.h"
 #include "surroundings/SurroundingsWorkload.h"
@@ -19,19 +20,6 @@
 #endif
 
 namespace {
-
-constexpr int kModes[] = {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO};
-
-class TScopedRounding {
-public:
-    explicit TScopedRounding(int mode) : before(std::fegetround()) { std::fesetround(mode); }
-    ~TScopedRounding() { std::fesetround(before); }
-    TScopedRounding(const TScopedRounding&) = delete;
-    TScopedRounding& operator=(const TScopedRounding&) = delete;
-
-private:
-    int before;
-};
 
 // Whatever a host does with exposures, levels and regions, against the literal arithmetic of the same mode.
 void ExpectLiteralArithmetic(const TTestObject& object, const std::vector<Literal::TImage>& frames, float exposure,
@@ -62,7 +50,7 @@ void ExpectLiteralArithmetic(const TTestObject& object, const std::vector<Litera
 
 TEST(SurroundingsFloatingPoint, ArithmeticIsTheLiteralOneInEveryRoundingMode)
 {
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         SCOPED_TRACE("mode " + std::to_string(mode));
         TRandomImages images(7);
         for (const int frameCount : {1, 2, 3, 7, 301}) { // 301 frames: sums that single precision rounds
@@ -97,7 +85,7 @@ TEST(SurroundingsFloatingPoint, RoundingModeShowsInBuildingAndScaling)
 // Upwards, a product of two small numbers is a number as well, if the smallest there is.
 TEST(SurroundingsFloatingPoint, AProductIsZeroWhenTheHostsModeMakesItSo)
 {
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         const TScopedRounding rounding(mode);
         const TTestObject object;
         EXPECT_EQ(object.AddFrames("dark", {{1, 1, {1}}}, 1e-30f, 1e-30f), mode == FE_UPWARD ? 0u : 513u);
@@ -113,7 +101,7 @@ TEST(SurroundingsFloatingPoint, NumbersInTextsAreRoundedInTheHostsMode)
     FileBytes::WriteFile(
         folder.File("file"),
         FileBytes::Join({SampleFiles::Beginning(1), SampleFiles::Correction("dark", 1, 1, 0.0f, 2.5e-7f, {1, 0})}));
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         const TScopedRounding rounding(mode);
         const TTestObject object;
         ASSERT_EQ(object->LoadFile(folder.File("file").c_str()), 1024u);
@@ -130,7 +118,7 @@ TEST(SurroundingsFloatingPoint, NumbersInTextsAreRoundedInTheHostsMode)
 
 TEST(SurroundingsFloatingPoint, RoundingModeIsLeftAsItWas)
 {
-    for (const int mode : kModes) {
+    for (const int mode : kRoundingModes) {
         const TTemporaryFolder folder;
         const TScopedRounding rounding(mode);
         Surroundings::Workload(folder.Path());

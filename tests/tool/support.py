@@ -15,6 +15,11 @@ import numpy as np
 TOOL = os.environ["QXBACKGROUND"]
 HOST = os.environ["QX_TEST_HOST"]
 SOURCE = Path(os.environ["QX_SOURCE_DIR"])
+UNDER_WINE = "QX_UNDER_WINE" in os.environ
+
+
+def not_under_wine(why):
+    return unittest.skipIf(UNDER_WINE, f"not under Wine: {why}")
 
 
 def real_frames():

@@ -45,8 +45,8 @@ class Scene:
         place = file = name
         correction = (OLD_KEY.encode(), 1, 100, IMAGE)
         if kind == "library":
-            place = file = f"./{name}"
-            shutil.copy(os.environ["QX_LIBRARY"], self.folder / name)
+            place = file = f"./{name}" + os.path.splitext(os.environ["QX_LIBRARY"])[1]
+            shutil.copy(os.environ["QX_LIBRARY"], self.folder / file)
         elif kind == "store":
             file = f"{name}_A_1_B_2"
             if use != "creates":

@@ -1,6 +1,8 @@
 """The scripts around the workbench: what the demo prints can be pasted, a bad machine gets one line, nothing hangs
 silently, and what once failed is tried again."""
+import json
 import os
+import re
 import shutil
 import subprocess
 from pathlib import Path
@@ -30,11 +32,11 @@ class Demo(ScriptTest):
     def test_its_commands_can_be_pasted_and_do_the_same_again(self):
         (self.folder / "one").mkdir()
         (self.folder / "two & ' three").mkdir()
-        shown = self.run_shell(f"'{SCRIPTS}/demo-steps.sh' '{Path(TOOL).parent}' one")
+        shown = self.run_shell(f"'{SCRIPTS}/demo-steps.sh' '{Path(TOOL).parent}' one", SOURCE_DATE_EPOCH="1000000000")
         self.assertEqual(shown.returncode, 0, shown.stderr)
         commands = self.commands(shown.stdout)
         self.assertGreater(commands.count("qxbackground "), 15)
-        pasted = self.run_shell("set -e\n" + commands, self.folder / "two & ' three")
+        pasted = self.run_shell("set -e\n" + commands, self.folder / "two & ' three", SOURCE_DATE_EPOCH="1000000000")
         self.assertEqual(pasted.returncode, 0, pasted.stderr)
 
         def files(folder):
@@ -54,6 +56,22 @@ class Demo(ScriptTest):
             used = next(n for n, line in enumerate(lines) if line.strip() == "absolute_sample_data")
             moved = next(n for n, line in enumerate(lines) if line.startswith("cd "))
             self.assertLess(used, moved, script)
+
+
+class Presets(ScriptTest):
+    def test_every_preset_with_tests_is_run_by_a_script_and_told_of(self):
+        presets = [preset["name"] for preset in json.loads((SOURCE / "CMakePresets.json").read_text())["testPresets"]]
+        scripts = "".join(path.read_text() for path in [SOURCE / "test.sh", *sorted(SCRIPTS.glob("*.sh"))])
+        told = (SOURCE / "README.md").read_text()
+        for preset in presets:
+            self.assertTrue(re.search(rf"(?<![\w-]){preset}(?![\w-])", scripts), f"no script runs {preset}")
+            self.assertIn(f"`{preset}`", re.findall(r"`[\w-]+`", told), f"the README does not tell of {preset}")
+
+    def test_more_runs_presets_that_there_are(self):
+        presets = [preset["name"] for preset in json.loads((SOURCE / "CMakePresets.json").read_text())["testPresets"]]
+        more = (SCRIPTS / "test-more.sh").read_text().splitlines()[-1].split('test.sh"')[1].split()
+        self.assertGreater(len(more), 2)
+        self.assertEqual([preset for preset in more if preset not in presets], [])
 
 
 class Helpers(ScriptTest):

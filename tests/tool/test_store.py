@@ -30,7 +30,7 @@ class StoreTest(ToolTest):
 
     def listed(self, base="s", groups=GROUPS):
         listing = json.loads(self.tool("store", "list", base, *groups, "--json"))
-        return {os.path.basename(g["file"]): [c["key"] for c in g["corrections"]] for g in listing["groups"]}
+        return {os.path.basename(g["file"].replace("\\", "/")): [c["key"] for c in g["corrections"]] for g in listing["groups"]}
 
 
 class Groups(StoreTest):

@@ -1,4 +1,5 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
+#include "base/Arguments.h"
 #include "base/Interrupts.h"
 #include "commandline/CommandLine.h"
 #include "verbs/Verbs.h"
@@ -8,6 +9,7 @@
 #include <iostream>
 #include <new>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -29,6 +31,7 @@ int Report(std::string text)
 int main(int argumentCount, char** arguments)
 {
     using namespace workbench;
+    const std::vector<std::string> given = TakeArguments(argumentCount, arguments);
     TContext context;
     const auto addVerbs = [&context](TVerb& app) {
         app.Reads(TPathKind::Library,
@@ -44,6 +47,7 @@ int main(int argumentCount, char** arguments)
         AddStoreVerb(app, context);
         AddSimulateVerb(app);
         AddStatisticsVerb(app);
+        AddReportVerb(app, context);
         AddHotPixelsVerb(app);
         AddExportVerb(app, context);
         AddDiffVerb(app, context);
@@ -53,7 +57,7 @@ int main(int argumentCount, char** arguments)
     CatchInterrupts();
     try {
         RunCommandLine(
-            argumentCount, arguments,
+            given,
             {"qxbackground", "qxbackground " QXBACKGROUND_VERSION,
              "Background correction of 16-bit camera images from the command line.\n"
              "Pages of TIFF files are counted from 1. Exit status: 0 done; 1 some of several files failed (each "

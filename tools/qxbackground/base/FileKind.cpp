@@ -2,6 +2,7 @@
 
 #include "file/CalibrationFormat.h"
 
+#include <filesystem>
 #include <fstream>
 
 namespace workbench {
@@ -25,7 +26,7 @@ std::string FileKind(const std::string& path)
         {"\x1f\x8b", "a gzip archive"},
         {std::string(CalibrationFormat::kSignature, CalibrationFormat::kSignatureLength), "a calibration file"},
     };
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(std::filesystem::path(path), std::ios::binary);
     std::string bytes(32, '\0');
     file.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(file.gcount()));

@@ -11,6 +11,8 @@ namespace workbench {
 void TakeAfter(const std::filesystem::path& file, const std::filesystem::path& old);
 // To the disk.
 std::error_code FlushFile(const std::filesystem::path& file);
+// Gives a file another name, in place of a file that has it.
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // A file that is not complete yet. Where the system can, it has no name until it is whole, so that nothing can be left
 // behind; elsewhere it has the hidden name, which is removed with this object.

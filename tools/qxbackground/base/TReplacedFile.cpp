@@ -1,5 +1,6 @@
 #include "base/TReplacedFile.h"
 
+#include "base/Names.h"
 #include "base/TFileLock.h"
 #include "base/TToolError.h"
 
@@ -76,6 +77,8 @@ void RefuseUnwritable(const std::string& name)
     const fs::path target = TargetOf(name);
     if (target.filename().empty())
         throw TToolError(name.empty() ? "''" : name, "is not a file name");
+    if (const std::string refusal = NameRefusal(target); !refusal.empty())
+        throw TToolError(name, refusal + "; choose another name");
     const fs::file_status status = fs::status(target, error);
     if (fs::exists(status) && !fs::is_regular_file(status))
         throw TToolError(name, fs::is_directory(status) ? "is a folder" : "exists and is not a regular file");

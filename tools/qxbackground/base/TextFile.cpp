@@ -2,6 +2,7 @@
 
 #include "base/TToolError.h"
 
+#include <filesystem>
 #include <fstream>
 
 namespace workbench {
@@ -9,7 +10,7 @@ namespace workbench {
 void WriteText(const std::string& path, const std::string& text, TExisting existing)
 {
     TReplacedFile replaced(path, existing);
-    std::ofstream file(replaced.Temporary(), std::ios::binary);
+    std::ofstream file(std::filesystem::path(replaced.Temporary()), std::ios::binary);
     file << text;
     file.close();
     if (!file)

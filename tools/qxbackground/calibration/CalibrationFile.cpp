@@ -1,5 +1,6 @@
 #include "calibration/CalibrationFile.h"
 
+#include "base/Names.h"
 #include "base/TProgress.h"
 #include "base/TReplacedFile.h"
 #include "calibration/SteadyRead.h"
@@ -22,7 +23,7 @@ void LoadWhole(QX_KRLSDK::TBackgroundCorrection& object, const std::string& path
         // corrections.
         const TCalibrationWalk walk = RequireWhole(path);
         RefuseOtherFiles(path, walk);
-        Call(path, [&] { object.Load(path); });
+        Call(path, [&] { object.Load(LibraryName(path)); });
         if (object.Count() != walk.corrections.size())
             throw TToolError(path, "changed while it was being read");
     });
@@ -33,7 +34,7 @@ void SaveReplacing(QX_KRLSDK::TBackgroundCorrection& object, const std::string& 
 {
     TReplacedFile replaced(path, before);
     try {
-        object.Save(replaced.Temporary());
+        object.Save(LibraryName(replaced.Temporary()));
     } catch (const QX_KRLSDK::TBackgroundCorrectionError& error) {
         throw TToolError(path, "cannot be written: " + replaced.Reason(error.what()) +
                                    (before.exists ? "; the old file is unchanged" : ""));

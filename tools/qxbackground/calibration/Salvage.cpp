@@ -1,5 +1,6 @@
 #include "calibration/Salvage.h"
 
+#include "base/Names.h"
 #include "base/TProgress.h"
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
@@ -32,7 +33,7 @@ void Put32(std::ofstream& file, std::uint32_t value)
 // A calibration file of its own around the bytes of one correction. False when it cannot be written.
 bool WriteAlone(const std::string& path, std::ifstream& source, const TStoredCorrection& correction)
 {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
     file.write(format::kSignature, static_cast<std::streamsize>(format::kSignatureLength));
     Put32(file, format::kUngroupedVersion);
     Put32(file, format::kCorrectionCount.identifier);
@@ -61,7 +62,7 @@ bool LoadAlone(TBackgroundCorrection& object, const std::string& path)
     if (!walk.Whole() || walk.corrections.size() != 1)
         return false;
     try {
-        object.Load(path);
+        object.Load(LibraryName(path));
     } catch (const QX_KRLSDK::TBackgroundCorrectionError&) {
         return false;
     }
@@ -84,7 +85,7 @@ TSalvaged LoadWhatIsWhole(const TContext& context, TBackgroundCorrection& object
         result.losses.push_back("byte " + std::to_string(departure.offset) + ": " + Printable(departure.what));
     }
 
-    std::ifstream source(path, std::ios::binary);
+    std::ifstream source(std::filesystem::path(path), std::ios::binary);
     TProgress progress("Salvaging", walk.corrections.size());
     for (const TStoredCorrection& correction : walk.corrections) {
         // In the system's folder for temporary files: the damaged file's own folder may be full or read-only.

@@ -98,7 +98,7 @@ TWalker::TWalker(const std::string& path)
     if (!std::filesystem::is_regular_file(status))
         throw TToolError(path, "is not a regular file");
     walk.fileBytes = std::filesystem::file_size(path, error);
-    file.open(path, std::ios::binary);
+    file.open(std::filesystem::path(path), std::ios::binary);
     if (!file || error)
         throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
 }

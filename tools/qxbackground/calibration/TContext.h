@@ -1,6 +1,7 @@
 #ifndef QXBACKGROUND_CALIBRATION_TCONTEXT_H
 #define QXBACKGROUND_CALIBRATION_TCONTEXT_H
 
+#include "base/Names.h"
 #include "base/TToolError.h"
 
 #include "QX_BackgroundCorrection.hpp"
@@ -25,8 +26,8 @@ struct TContext {
 
     QX_KRLSDK::TBackgroundCorrectionLibrary Library() const
     {
-        const std::string path =
-            libraryPath.find('/') == std::string::npos ? libraryPath : (startFolder / libraryPath).string();
+        const bool isPlainName = !std::filesystem::path(libraryPath).has_parent_path();
+        const std::string path = LibraryName(isPlainName ? libraryPath : (startFolder / libraryPath).string());
         try {
             return QX_KRLSDK::TBackgroundCorrectionLibrary(path);
         } catch (const std::runtime_error& error) {

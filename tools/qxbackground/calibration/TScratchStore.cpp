@@ -1,5 +1,6 @@
 #include "calibration/TScratchStore.h"
 
+#include "base/Names.h"
 #include "base/TProgress.h"
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
@@ -15,7 +16,7 @@ namespace fs = std::filesystem;
 TScratchStore::TScratchStore(const TStorePlace& where, const std::vector<std::string>& files)
     : place(where), folder(WorkNameFor(fs::absolute(where.Folder()) / where.base))
 {
-    if (place.base.find("_" + place.names.front() + "_") != std::string::npos)
+    if (place.base.find("_" + TextOfLibrary(place.names.front()) + "_") != std::string::npos)
         throw TToolError(place.Text(), "a base name with _" + place.names.front() +
                                            "_ in it could not be found again from its group files");
     std::error_code error;
@@ -54,7 +55,7 @@ QX_KRLSDK::TBackgroundCorrection TScratchStore::Open(const TContext& context) co
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeStore(place.names);
     if (copied)
-        Call(place.Text(), [&] { object.Load(place.base); });
+        Call(place.Text(), [&] { object.Load(LibraryName(place.base)); });
     return object;
 }
 
@@ -79,7 +80,7 @@ std::string TScratchStore::Reason(const std::string& what) const
 
 void TScratchStore::SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object)
 {
-    Save([&] { object.Save(place.base); });
+    Save([&] { object.Save(LibraryName(place.base)); });
     Commit(object.Count(), {});
 }
 
@@ -117,7 +118,7 @@ void TScratchStore::Commit(std::size_t corrections, const std::vector<std::strin
     std::error_code error;
     for (const std::string& name : written) {
         TakeAfter(folder / name, home / name);
-        fs::rename(folder / name, home / name, error);
+        error = MoveOver(folder / name, home / name);
         if (error)
             throw TToolError(place.PathOf(name).string(), "cannot be replaced: " + error.message());
     }

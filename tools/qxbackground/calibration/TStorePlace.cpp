@@ -1,5 +1,6 @@
 #include "calibration/TStorePlace.h"
 
+#include "base/Names.h"
 #include "base/TToolError.h"
 #include "calibration/TCalibrationWalk.h"
 
@@ -67,7 +68,7 @@ bool IsClaimed(const TStorePlace& place, const std::string& file)
     if (!DropPrefix(rest, place.base))
         return false;
     for (const std::string& name : place.names) {
-        if (!DropThroughUnderscore(rest) || !DropPrefix(rest, name + "_"))
+        if (!DropThroughUnderscore(rest) || !DropPrefix(rest, TextOfLibrary(name) + "_"))
             return false;
     }
     return rest.find('_') == std::string::npos;
@@ -79,7 +80,7 @@ bool IsExactName(const TStorePlace& place, const std::string& file)
     if (!DropPrefix(rest, place.base))
         return false;
     for (const std::string& name : place.names) {
-        if (!DropPrefix(rest, "_" + name + "_") || rest.empty() || rest.front() == '_')
+        if (!DropPrefix(rest, "_" + TextOfLibrary(name) + "_") || rest.empty() || rest.front() == '_')
             return false;
         rest.erase(0, std::min(rest.find('_'), rest.size()));
     }
@@ -111,7 +112,7 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
         if (!groups.empty() && groups != walk.groupingNames)
             throw TToolError(path, "records other grouping names than those given with --group");
         place.names = walk.groupingNames;
-        const std::size_t pairs = place.base.find("_" + place.names.front() + "_");
+        const std::size_t pairs = place.base.find("_" + TextOfLibrary(place.names.front()) + "_");
         if (pairs == std::string::npos || pairs == 0)
             throw TToolError(path, "records the grouping name '" + place.names.front() +
                                        "', which its own name does not carry");
@@ -141,7 +142,7 @@ std::string GroupFileOf(const TStorePlace& place, const std::string& key)
         if (value.find_first_of("_/\\") != std::string::npos)
             throw TToolError(about + "the value '" + value + "' of '" + name +
                              "' holds _ / or \\ and could not be read back from a file's name");
-        file += "_" + name + "_" + value;
+        file += "_" + TextOfLibrary(name) + "_" + TextOfLibrary(value);
     }
     return file;
 }

@@ -31,10 +31,10 @@ struct TCameraSettings {
     double readNoiseElectrons = 6;
     double skyElectronsPerSecond = 500;
     int stars = 60;
-    double glow = 1;              // how much of the dark current it adds in the corner
+    double glow = 1;                // how much of the dark current it adds in the corner
     double cosmicRaysPerSecond = 0; // mean number in dark frames
-    double driftAdu = 0;          // of the level of dark frames: from so much below to so much above
-    int bits = 16;                // values are cut to 0 ... 2^bits - 1
+    double driftAdu = 0;            // of the level of dark frames: from so much below to so much above
+    int bits = 16;                  // values are cut to 0 ... 2^bits - 1
 };
 
 class TCamera {

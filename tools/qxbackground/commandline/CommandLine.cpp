@@ -28,20 +28,21 @@ std::string Complaint(const CLI::ParseError& error)
 
 } // namespace
 
-bool RunCommandLine(int argumentCount, char** arguments, const TProgramText& program,
+bool RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
                     const std::function<void(TVerb&)>& addVerbs)
 {
     TVerb root(program.help, program.name, nullptr);
     root.set_help_flag("-h,--help", "Print this help message and exit"); // verbs that are added take it from here
     root.set_version_flag("--version", program.version, "Print the version and exit");
     root.require_subcommand(1);
+    root.allow_windows_style_options(false); // "/folder/file" is a path, on every system
     root.get_formatter()->label("SUBCOMMAND", "VERB");
     root.get_formatter()->label("Subcommands", "Verbs");
     addVerbs(root);
     // Last, because verbs that are added take their footer from here.
     root.footer("'" + program.name + " help VERB' or '" + program.name + " VERB --help' explains a verb.");
 
-    std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    std::vector<std::string> words(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
     if (!words.empty() && words.front() == "help") {
         words.erase(words.begin());
         RequireVerb(root, words);

@@ -14,10 +14,10 @@ struct TProgramText {
     std::string help;
 };
 
-// Parses and runs. `addVerbs` fills the command line. Throws what a verb throws, and TToolError for a command line
-// that makes no sense; returns false when only help, the version, or the description of all options was asked for
-// (and has been printed).
-bool RunCommandLine(int argumentCount, char** arguments, const TProgramText& program,
+// Parses and runs. `arguments` begin with the name of the program. `addVerbs` fills the command line. Throws what a
+// verb throws, and TToolError for a command line that makes no sense; returns false when only help, the version, or the
+// description of all options was asked for (and has been printed).
+bool RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
                     const std::function<void(TVerb&)>& addVerbs);
 
 } // namespace workbench

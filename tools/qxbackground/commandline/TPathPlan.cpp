@@ -1,5 +1,6 @@
 #include "commandline/TPathPlan.h"
 
+#include "base/Names.h"
 #include "base/TReplacedFile.h"
 #include "base/TToolError.h"
 
@@ -97,7 +98,8 @@ void TPathPlan::RefuseShared(const TItem& written) const
     std::sort(candidates.begin(), candidates.end()); // the first one on the command line is named
     for (const std::size_t candidate : candidates) {
         const TItem& item = items[candidate];
-        if (item.argument == written.argument || !(item.state.SameFile(written.state) || item.target == written.target))
+        if (item.argument == written.argument ||
+            !(item.state.SameFile(written.state) || SamePlace(item.target, written.target)))
             continue;
         if (item.use == TPathUse::Reads)
             throw TToolError(written.path,
@@ -107,7 +109,8 @@ void TPathPlan::RefuseShared(const TItem& written) const
     }
     for (const TStoreItem& store : stores) {
         // Also where no group of that name exists yet: the store would take the file for one of its own.
-        if (store.argument != written.argument && !written.ofStore && written.target.parent_path() == store.folder &&
+        if (store.argument != written.argument && !written.ofStore &&
+            SamePlace(written.target.parent_path(), store.folder) &&
             IsClaimed(store.place, written.target.filename().string()))
             throw TToolError(written.path, "is a name of the store " + store.place.Text() + " (" + store.option +
                                                "); choose another name for " + written.option);

@@ -43,7 +43,7 @@ CLI::Option* TVerb::Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFil
         fill = [option, use, kind](const std::string& name, TPathPlan& plan) {
             for (const std::string& path : option->results()) {
                 // A library's plain name is no path: it is looked for where the system's loader looks.
-                if (kind != TPathKind::Library || path.find('/') != std::string::npos)
+                if (kind != TPathKind::Library || std::filesystem::path(path).has_parent_path())
                     plan.AddFile(name, use, path);
             }
         };

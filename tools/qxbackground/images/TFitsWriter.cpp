@@ -15,7 +15,7 @@ TFitsWriter::TFitsWriter(const std::string& name, bool compressed, TExisting exi
     : path(name), compress(compressed), replaced(name, existing)
 {
     stream.rdbuf()->pubsetbuf(nullptr, 0);
-    stream.open(replaced.Temporary(), std::ios::binary);
+    stream.open(std::filesystem::path(replaced.Temporary()), std::ios::binary);
     if (!stream)
         throw TToolError(path, "cannot be created: " + replaced.Reason(std::generic_category().message(errno)));
 }

@@ -21,7 +21,7 @@ TInputFile::TInputFile(const std::string& path)
         throw TToolError(path, "is not a regular file");
     stream.rdbuf()->pubsetbuf(nullptr, 0);
     errno = 0;
-    stream.open(path, std::ios::binary);
+    stream.open(std::filesystem::path(path), std::ios::binary);
     if (!stream)
         throw TToolError(path, "cannot be opened: " + std::generic_category().message(errno));
     bytes = std::filesystem::file_size(path, error);

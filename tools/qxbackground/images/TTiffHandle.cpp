@@ -27,14 +27,14 @@ int DropWarning(TIFF*, void*, const char*, const char*, va_list)
 
 } // namespace
 
-void TTiffHandle::Open(const char* path, const char* mode)
+void TTiffHandle::Open(const std::filesystem::path& path, const char* mode)
 {
     TIFFOpenOptions* const options = TIFFOpenOptionsAlloc();
     if (options == nullptr)
         throw std::bad_alloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options, &KeepComplaint, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options, &DropWarning, this);
-    tiff = TIFFOpenExt(path, mode, options);
+    tiff = OpenTiff(path, mode, options);
     TIFFOpenOptionsFree(options);
 }
 

@@ -3,9 +3,13 @@
 
 #include <tiffio.h>
 
+#include <filesystem>
 #include <string>
 
 namespace workbench {
+
+// As libtiff's TIFFOpenExt, by the system's own kind of name.
+TIFF* OpenTiff(const std::filesystem::path& path, const char* mode, TIFFOpenOptions* options);
 
 // libtiff's file, with the first message since `complaint` was last cleared.
 struct TTiffHandle {
@@ -21,7 +25,7 @@ struct TTiffHandle {
             TIFFClose(tiff);
     }
 
-    void Open(const char* path, const char* mode);
+    void Open(const std::filesystem::path& path, const char* mode);
 };
 
 } // namespace workbench

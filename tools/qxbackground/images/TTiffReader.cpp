@@ -43,7 +43,7 @@ std::uint64_t MostBytes(std::uint16_t compression, std::uint64_t fileBytes)
 TTiffReader::TTiffReader(const std::string& name)
     : TImageReader(name, TImageFormat::Tiff), bytes(name), file(std::make_unique<TTiffHandle>())
 {
-    file->Open(path.c_str(), "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
+    file->Open(path, "rm"); // m: read, not memory-mapped; a file cut while mapped would kill the process
     if (file->tiff == nullptr)
         // libtiff speaks of memory where the header of the first page lies outside of the file.
         Fail("is not a readable TIFF file: " + (file->complaint.find("allocate memory") != std::string::npos

@@ -12,7 +12,7 @@ TTiffWriter::TTiffWriter(const std::string& name, bool compressed, std::uint64_t
     : path(name), compress(compressed), replaced(name, existing), file(std::make_unique<TTiffHandle>())
 {
     constexpr std::uint64_t kClassicTiffEnds = 4'000'000'000u; // leaves room for the page headers below 2^32
-    file->Open(replaced.Temporary().c_str(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
+    file->Open(replaced.Temporary(), expectedBytes > kClassicTiffEnds ? "w8" : "w");
     if (file->tiff == nullptr)
         throw TToolError(path, "cannot be created: " + replaced.Reason(file->complaint));
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <utility>
@@ -75,7 +76,7 @@ THotPixels THotPixels::Find(const TImage& dark, double sigma)
 
 THotPixels THotPixels::Read(const std::string& path)
 {
-    std::ifstream file(path);
+    std::ifstream file{std::filesystem::path(path)};
     if (!file)
         throw TToolError(path, "cannot be opened");
     THotPixels list;

@@ -1,4 +1,5 @@
 // qxbackground check: looks at every record of a calibration file and says where it departs from the format.
+#include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
@@ -22,7 +23,7 @@ void Check(TContext& context, const std::string& path)
         // The walk is this program's own reader of the format; whether a file loads, the library decides.
         if (walk.Whole() && walk.structureVersion == CalibrationFormat::kUngroupedVersion) {
             QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
-            Call(path, [&] { object.LoadHeaderOnly(path); });
+            Call(path, [&] { object.LoadHeaderOnly(LibraryName(path)); });
             if (object.Count() != walk.corrections.size())
                 walk.departures.push_back({0, "the library finds another number of corrections in it"});
         }

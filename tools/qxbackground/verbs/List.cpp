@@ -1,5 +1,6 @@
 // qxbackground list: what a calibration file holds, without reading its pixels.
 #include "base/JsonText.h"
+#include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
@@ -30,7 +31,7 @@ void RunList(const TContext& context, const TListOptions& options)
         walk = WalkCalibrationFile(options.file);
         RefuseOtherFiles(options.file, walk);
         QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
-        Call(options.file, [&] { object.LoadHeaderOnly(options.file); });
+        Call(options.file, [&] { object.LoadHeaderOnly(LibraryName(options.file)); });
         listed = ListCorrections(object, walk);
     });
     if (options.json) {

@@ -1,5 +1,6 @@
 // qxbackground store: the verbs over an offline store; those that only read it are here.
 #include "base/JsonText.h"
+#include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
@@ -55,7 +56,7 @@ TStoreListing ReadListing(const TContext& context, const TStorePlace& place)
     const TWorkingFolder working(place.folder);
     const TStorePlace here{{}, place.base, place.names};
     TBackgroundCorrection object = context.Library().MakeStore(place.names);
-    CallOnStore(here, [&] { object.LoadHeaderOnly(place.base); });
+    CallOnStore(here, [&] { object.LoadHeaderOnly(LibraryName(place.base)); });
     const std::vector<std::string> keys = object.Keys();
 
     TStoreListing listing;
@@ -112,7 +113,7 @@ void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
             throw TToolError(file, "the group of key '" + options.key + "' has no file");
         RequireWhole(file);
         const TWorkingFolder working(place.folder);
-        CallOnStore({{}, place.base, place.names}, [&] { object.Load(place.base); });
+        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
         Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
     });
     CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,

@@ -1,4 +1,5 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
@@ -109,7 +110,7 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
         TBackgroundCorrection object = scratch.Open(context);
         left = object.Count() - 1; // now, because the store may keep the key in another spelling
         Call(About(place, options.key), [&] { object.Delete(options.key); });
-        scratch.Save([&] { object.Save(place.base); });
+        scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
     }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
@@ -148,7 +149,7 @@ TBackgroundCorrection OpenSource(const TContext& context, const TStoreImportOpti
         for (const std::string& file : OwnFiles(from))
             RequireWhole(from.PathOf(file).string());
         // By its full name, because its groups are read while the other store is worked on in another folder.
-        Call(from.Text(), [&] { store.Load(fs::absolute(from.folder / from.base).string()); });
+        Call(from.Text(), [&] { store.Load(LibraryName(fs::absolute(from.folder / from.base).string())); });
     });
     return store;
 }
@@ -225,8 +226,8 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     {
         const TWorkingFolder working(from.folder);
         TBackgroundCorrection object = context.Library().MakeStore(from.names);
-        Call(from.Text(), [&] { object.Load(from.base); });
-        scratch.Save([&] { object.Save((scratch.Folder() / to.base).string()); });
+        Call(from.Text(), [&] { object.Load(LibraryName(from.base)); });
+        scratch.Save([&] { object.Save(LibraryName((scratch.Folder() / to.base).string())); });
     }
     if (StatesOfStore(from) != before)
         throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");

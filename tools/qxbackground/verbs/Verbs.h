@@ -19,6 +19,7 @@ void AddDeleteVerb(TVerb& app, const TContext& context);
 void AddCheckVerb(TVerb& app, TContext& context);
 void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
+void AddReportVerb(TVerb& app, const TContext& context);
 void AddHotPixelsVerb(TVerb& app);
 void AddExportVerb(TVerb& app, const TContext& context);
 void AddDiffVerb(TVerb& app, TContext& context);

@@ -91,6 +91,11 @@ std::error_code FlushFile(const fs::path& file)
     return error;
 }
 
+std::error_code MoveOver(const fs::path& from, const fs::path& to)
+{
+    return std::rename(from.c_str(), to.c_str()) == 0 ? std::error_code() : LastError();
+}
+
 TNewFile::TNewFile(const fs::path& hiddenName) : hidden(hiddenName)
 {
     const fs::path folder = hidden.has_parent_path() ? hidden.parent_path() : fs::path(".");

@@ -1,4 +1,4 @@
-# GoogleTest for the MinGW build, which has no packages of its own: built from the sources that Debian's package
+# GoogleTest for cross-builds, for which there are no packages: built from the sources that Debian's package
 # googletest installs. Gives the same targets as the native package: GTest::gtest, GTest::gtest_main, GTest::gmock,
 # GTest::gmock_main.
 function(qxbc_build_googletest)

@@ -1,0 +1,33 @@
+# Runs the commands of PAGE's SESSION in an empty folder. KIND says what the reader has: the package that the build makes
+# (ARCHIVE for Linux, ZIP for Windows), or the build's own programs (WORKBENCH).
+file(REMOVE_RECURSE "${SCRATCH}")
+file(MAKE_DIRECTORY "${SCRATCH}/reader")
+set(first)
+if(KIND STREQUAL "WORKBENCH")
+  set(first --first "${BUILD}/bin")
+else()
+  set(generator TGZ)
+  set(suffix .tar.gz)
+  if(KIND STREQUAL "ZIP")
+    set(generator ZIP)
+    set(suffix .zip)
+    set(first --first "${CMAKE_CURRENT_LIST_DIR}/windows")
+    set(ENV{CMAKE_TOOLCHAIN_FILE} "${CMAKE_CURRENT_LIST_DIR}/windows/system.cmake")
+    set(ENV{QXBC_BUILD} "${BUILD}")
+  endif()
+  get_filename_component(bin "${CMAKE_COMMAND}" DIRECTORY)
+  execute_process(COMMAND "${bin}/cpack" --config "${BUILD}/CPackConfig.cmake" -G ${generator} -B "${SCRATCH}/packages"
+    WORKING_DIRECTORY "${SCRATCH}" OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  file(GLOB packages "${SCRATCH}/packages/*${suffix}")
+  list(LENGTH packages count)
+  if(NOT count EQUAL 1)
+    message(FATAL_ERROR "${count} packages instead of one: ${packages}")
+  endif()
+  file(COPY ${packages} DESTINATION "${SCRATCH}/reader")
+endif()
+execute_process(COMMAND "${PYTHON}" -B "${SOURCE}/scripts/replay-guide.py" "${SOURCE}/${PAGE}" ${SESSION}
+    "${SCRATCH}/reader" ${first}
+  RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "${PAGE} does not do what it says")
+endif()

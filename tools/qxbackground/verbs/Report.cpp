@@ -5,12 +5,12 @@
 #include "commandline/Limits.h"
 #include "report/ReportData.h"
 #include "report/ReportPage.h"
+#include "report/TCorrectionSet.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
 
-#include <fstream>
 #include <iostream>
 #include <memory>
 
@@ -84,7 +84,7 @@ void AddReportVerb(TVerb& app, const TContext& context)
             if (IsCalibrationFile(wanted.source))
                 plan.AddFile(name, TPathUse::Reads, wanted.source);
             else
-                plan.AddStore(name, TPathUse::Reads, FindStore(wanted.source, wanted.groups));
+                plan.AddStore(name, TPathUse::Reads, StoreOf(wanted.source, wanted.groups));
         });
     verb.add_option("--group", request.groups,
                     "A grouping name of the store; one --group for each, in their order. Not needed with a file's name")

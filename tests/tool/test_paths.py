@@ -82,6 +82,8 @@ class Scene:
                 continue
             elif name == "--key":
                 words = [NEW_KEY if builds else OLD_KEY]
+            elif name == "new":
+                words = [NEW_KEY]
             elif not option["required"]:
                 continue
             elif option["type"] == "number":

@@ -51,6 +51,47 @@ class Determinism(ToolTest):
         self.assert_same_pages(self.read("b/dark_2s.tif")[:3], self.read("a/dark_2s.tif"))
 
 
+class Extras(ToolTest):
+    """Glow, cosmic rays, drift and fewer bits, each against the same camera without it."""
+
+    def make(self, *options):
+        self.tool("simulate", "-o", ".", "--overwrite", "--width", 64, "--height", 48, "--frames", 20, "--exposures", 2,
+                  *options)
+        self.description = json.loads((self.folder / "simulation.json").read_text())
+        return np.stack(self.read("dark_2s.tif")).astype(int), self.read("light_2s.tif")[0].astype(int)
+
+    def test_a_glow_grows_towards_one_corner(self):
+        plain, _ = self.make("--hot-pixels", 0)
+        glow, _ = self.make("--hot-pixels", 0, "--glow", 11)
+        added = np.median(glow - plain, axis=0)
+        self.assertAlmostEqual(added[-6:, -6:].mean() / (240 * 10), 0.83, delta=0.17)  # 10 x the dark current in the corner
+        self.assertAlmostEqual(added[:6, :6].mean(), 0, delta=3)
+        self.assertEqual(self.description["glow"], 11)
+
+    def test_cosmic_rays_hit_dark_frames_one_by_one(self):
+        plain, light = self.make()
+        hit, hit_light = self.make("--cosmic-rays", 3)
+        tracks = hit - plain
+        self.assertTrue(((tracks == 0) | (tracks > 900)).all())  # 2000 e- are 1000 ADU
+        pixels = (tracks > 0).sum(axis=(1, 2))
+        self.assertTrue(10 < pixels.mean() < 60, pixels)  # 6 tracks in 2 s
+        self.assertLess(((tracks > 0).sum(axis=0) > 3).sum(), 10)  # at places of their own
+        np.testing.assert_array_equal(hit_light, light)
+
+    def test_a_drift_passes_through_the_cameras_level(self):
+        plain, light = self.make()
+        drifting, drifting_light = self.make("--drift", 9)
+        steps = np.round((drifting - plain).mean(axis=(1, 2)))
+        np.testing.assert_array_equal(steps, list(range(-9, 10, 2)) * 2)
+        np.testing.assert_array_equal(drifting_light, light)
+
+    def test_fewer_bits_cut_high_values_off(self):
+        _, light = self.make("--sky", 5000)
+        _, cut = self.make("--sky", 5000, "--bits", 12)
+        np.testing.assert_array_equal(cut, np.minimum(light, 4095))
+        self.assertGreater((light > 4095).sum(), 100)
+
+
 class Model(ToolTest):
     GAIN, READ_NOISE = 2.0, 6.0
 

@@ -50,6 +50,21 @@ class Scaling(Situation):
         self.assertIn("scaled up by 2", json.loads(self.said)["warnings"][0])
 
 
+class Sizes(Situation):
+    def test_an_image_of_another_size_is_refused_with_both(self):
+        self.build("k", 1)
+        self.write("other.tif", [self.flat(900, (9, 8))])
+        self.refused("apply", "c.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "other.tif", "-o", "n.tif",
+                     says=["other.tif: page 1: is 8 x 9 pixels, the correction's region is 30 x 20"])
+        (self.folder / "in").mkdir()
+        self.write("in/a.tif", [self.flat(900)])
+        self.write("in/b.tif", [self.flat(900, (9, 8))])
+        result = self.run_tool("apply", "c.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "in", "-o", "out/")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("b.tif: page 1: is 8 x 9 pixels, the correction's region is 30 x 20", result.stderr)
+        self.assertTrue((self.folder / "out/a.tif").exists())
+
+
 class Clipping(Situation):
     def setUp(self):
         super().setUp()

@@ -49,6 +49,10 @@ int main(int argumentCount, char** arguments)
         AddStatisticsVerb(app);
         AddReportVerb(app, context);
         AddHotPixelsVerb(app);
+        AddExportVerb(app, context);
+        AddDiffVerb(app, context);
+        AddConvertVerb(app);
+        AddRenameVerb(app, context);
     };
     CatchInterrupts();
     try {

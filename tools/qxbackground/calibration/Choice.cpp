@@ -79,8 +79,9 @@ TChoice ChooseCorrection(const std::string& file, const std::vector<TStoredCorre
         const int kind = IsSame(factor, 1) ? 0 : factor < 1 ? 1 : 2;
         return std::pair(kind, kind == 0 ? 0.0 : std::abs(std::log(factor)));
     };
-    std::stable_sort(candidates.begin(), candidates.end(),
-                     [&](const auto* one, const auto* other) { return rank(one) < rank(other); });
+    std::sort(candidates.begin(), candidates.end(), [&](const auto* one, const auto* other) {
+        return std::pair(rank(one), one) < std::pair(rank(other), other); // alike: as they stand in the file
+    });
     candidates = AlikeFirst(candidates);
     const auto hasExposure = [&](const TStoredCorrection* candidate) {
         return IsSame(static_cast<double>(candidate->exposureSeconds), wanted.exposureSeconds);

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace workbench {
 
@@ -108,9 +109,9 @@ THotPixels THotPixels::Read(const std::string& path)
     if (file.bad() || list.size.width == 0)
         throw TToolError(path, "is no list of hot pixels: it has no line 'size WIDTH HEIGHT'");
     const auto before = [&list](const TPixel& one, const TPixel& other) {
-        return IndexOf(list.size, one) < IndexOf(list.size, other);
+        return std::pair(IndexOf(list.size, one), one.dead) < std::pair(IndexOf(list.size, other), other.dead);
     };
-    std::stable_sort(list.pixels.begin(), list.pixels.end(), before);
+    std::sort(list.pixels.begin(), list.pixels.end(), before);
     list.pixels.erase(
         std::unique(list.pixels.begin(), list.pixels.end(),
                     [](const TPixel& one, const TPixel& other) { return one.x == other.x && one.y == other.y; }),

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace workbench {
@@ -177,6 +178,11 @@ void CheckKey(const std::string& key)
 {
     if (key.empty())
         throw TToolError("--key: the key is empty");
+    const auto isControl = [](char character) {
+        return static_cast<unsigned char>(character) < ' ' || character == 0x7f;
+    };
+    if (std::any_of(key.begin(), key.end(), isControl))
+        throw TToolError("--key: the key has a control character (a tab, a line feed); keys are printable text");
     if (key.size() > kLongestKey)
         throw TToolError("--key: the key has " + std::to_string(key.size()) +
                          " bytes; files keep 512, and a cut key may no longer tell corrections apart");

@@ -10,10 +10,12 @@
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
 
+#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <set>
+#include <system_error>
 
 namespace workbench {
 
@@ -28,7 +30,35 @@ std::string About(const TStorePlace& place, const std::string& key)
     return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
 }
 
+// A text without what is easily mistyped: blanks, and the case of letters.
+std::string Loosely(const std::string& text)
+{
+    std::string loose;
+    for (const char character : text) {
+        if (character != ' ' && character != '\t')
+            loose += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    }
+    return loose;
+}
+
+// Throws TToolError when the group file would be new, and another one differs from it by slips of the keyboard only.
+void RefuseAlmostSameGroup(const TStorePlace& place, const std::string& file)
+{
+    std::error_code error;
+    if (fs::exists(place.PathOf(file), error))
+        return;
+    for (fs::directory_iterator entry(place.Folder(), error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (name != file && Loosely(name) == Loosely(file))
+            throw TToolError(place.PathOf(file).string(),
+                             "would be a new group, but differs from " + place.PathOf(name).string() +
+                                 " only by letter case or blanks; --new-group if it is meant");
+    }
+}
+
 struct TStoreAddOptions {
+    bool newGroup = false;
     TStoreOptions store;
     std::string key;
     TConditions conditions;
@@ -41,6 +71,8 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
+    if (!options.newGroup)
+        RefuseAlmostSameGroup(place, file);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
@@ -217,6 +249,8 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);
         AddBiasOption(verb, options->darks.bias);
+        verb.add_flag("--new-group", options->newGroup,
+                      "Make the group even where another one differs from it only by letter case or blanks");
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }

@@ -21,6 +21,10 @@ void AddStoreVerb(TVerb& app, TContext& context);
 void AddStatisticsVerb(TVerb& app);
 void AddReportVerb(TVerb& app, const TContext& context);
 void AddHotPixelsVerb(TVerb& app);
+void AddExportVerb(TVerb& app, const TContext& context);
+void AddDiffVerb(TVerb& app, TContext& context);
+void AddConvertVerb(TVerb& app);
+void AddRenameVerb(TVerb& app, const TContext& context);
 
 } // namespace workbench
 

@@ -106,6 +106,7 @@ TNewFile::TNewFile(const fs::path& hiddenName) : hidden(hiddenName)
             return;
         close(descriptor); // there is no /proc
     }
+    const TSignalsWait wait; // until it is known that the file has to go
     descriptor = open(hidden.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0)
         throw std::system_error(LastError());

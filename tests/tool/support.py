@@ -16,6 +16,12 @@ TOOL = os.environ["QXBACKGROUND"]
 HOST = os.environ["QX_TEST_HOST"]
 SOURCE = Path(os.environ["QX_SOURCE_DIR"])
 UNDER_WINE = "QX_UNDER_WINE" in os.environ
+SANITIZED = "QX_SANITIZED" in os.environ
+
+
+def not_sanitized(test):
+    """What is said of memory does not hold where sanitizers take memory of their own."""
+    return unittest.skipIf(SANITIZED, "the sanitizers' own memory counts as well")(test)
 
 
 def not_under_wine(why):

@@ -64,8 +64,8 @@ class Broken(ToolTest):
         """Whether the workbench reads it; refusals are looked at."""
         path = self.folder / f"broken-{name}"
         path.write_bytes(data)
-        limited = f'ulimit -v {MOST_KILOBYTES}; exec "$0" "$@"'
-        result = subprocess.run(["sh", "-c", limited, TOOL, "statistics", path.name], cwd=self.folder,
+        limit = [] if support.SANITIZED else ["sh", "-c", f'ulimit -v {MOST_KILOBYTES}; exec "$0" "$@"']
+        result = subprocess.run([*limit, TOOL, "statistics", path.name], cwd=self.folder,
                                 capture_output=True, text=True, timeout=60, errors="replace")
         try:
             self.assertIn(result.returncode, (0, 2), result.stderr)
@@ -113,6 +113,7 @@ class Broken(ToolTest):
                 (self.folder / name).write_bytes(data)
                 self.assertIn("claims more", self.refused("statistics", name, says=[name]))
 
+    @support.not_sanitized
     def test_a_note_in_a_png_that_claims_two_gigabytes_takes_no_memory(self):
         data = (self.folder / "convert.png").read_bytes()
         (self.folder / "n.png").write_bytes(data[:33] + b"\x7f\xff\xff\xf0tEXtComment\0text" + data[33:])

@@ -295,14 +295,13 @@ class AtTheTerminal(ToolTest):
         self.assertEqual(process.communicate()[1], b"")
 
 
+@support.not_sanitized
 class Memory(ToolTest):
     def peak_kilobytes(self, *arguments):
         code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL);"
                 "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-        # The address sanitizer keeps freed memory for a while; it must not count as growth.
         result = subprocess.run([sys.executable, "-c", code, TOOL, *map(str, arguments)], cwd=self.folder, check=True,
-                                capture_output=True, text=True,
-                                env={**os.environ, "ASAN_OPTIONS": "quarantine_size_mb=1"})
+                                capture_output=True, text=True)
         return int(result.stdout)
 
     def test_does_not_grow_with_the_number_of_pages(self):

@@ -10,12 +10,6 @@ absolute_sample_data
 cd "$(dirname "$0")"
 note_foreign_folder
 
-# What was compiled before, here or in another checkout, is not compiled again.
-if command -v ccache >/dev/null; then
-    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
-    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
-fi
-
 quick= everything=
 presets=("$@")
 if [ $# = 0 ]; then
@@ -61,6 +55,12 @@ level=test
 [[ " ${presets[*]} " != *" linux-arm64 "* ]] || level=more
 scripts/install-deps.sh "$level"
 done_with "packages"
+
+# What was compiled before, here or in another checkout, is not compiled again.
+if command -v ccache >/dev/null; then
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
+fi
 
 say "Formatting"
 list_sources | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror

@@ -151,6 +151,14 @@ class ToolTest(unittest.TestCase):
     def read(self, name):
         return read_tiff(self.folder / name)
 
+    def peak_kilobytes(self, *arguments):
+        """The most memory that the workbench had at a time, in kilobytes; for tests that are not_sanitized."""
+        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL);"
+                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+        result = subprocess.run([sys.executable, "-c", code, TOOL, *map(str, arguments)], cwd=self.folder, check=True,
+                                capture_output=True, text=True)
+        return int(result.stdout)
+
     def library(self, *arguments):
         result = subprocess.run([HOST, *map(str, arguments)], cwd=self.folder, capture_output=True, text=True, timeout=300,
                                 errors="surrogateescape")

@@ -6,7 +6,6 @@ import resource
 import signal
 import struct
 import subprocess
-import sys
 import time
 
 import numpy as np
@@ -297,13 +296,6 @@ class AtTheTerminal(ToolTest):
 
 @support.not_sanitized
 class Memory(ToolTest):
-    def peak_kilobytes(self, *arguments):
-        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL);"
-                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-        result = subprocess.run([sys.executable, "-c", code, TOOL, *map(str, arguments)], cwd=self.folder, check=True,
-                                capture_output=True, text=True)
-        return int(result.stdout)
-
     def test_does_not_grow_with_the_number_of_pages(self):
         page = self.images(1, 256, 256)
         self.write("d.tif", page)

@@ -1,15 +1,12 @@
 """Stacks of any length: averaged frame by frame to the bits of the library's own average, in the memory of a few frames;
 and the statistics of long runs."""
 import json
-import os
-import subprocess
-import sys
 import unittest
 
 import numpy as np
 
 import support
-from support import TOOL, ToolTest
+from support import ToolTest
 
 CONDITIONS = ["--exposure", 1, "--intensity", 100]
 CORRECT = ["correct", "--dark-exposure", 1, "--dark-intensity", 100, *CONDITIONS]
@@ -75,13 +72,6 @@ class Averages(ToolTest):
 
 @support.not_sanitized
 class Memory(ToolTest):
-    def peak_kilobytes(self, *arguments):
-        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], check=True, stdout=subprocess.DEVNULL);"
-                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-        result = subprocess.run([sys.executable, "-c", code, TOOL, *map(str, arguments)], cwd=self.folder, check=True,
-                                capture_output=True, text=True)
-        return int(result.stdout)
-
     def test_does_not_grow_with_the_number_of_frames(self):
         page = self.images(1, 256, 256)
         self.write("few.tif", page * 8)

@@ -2,6 +2,7 @@
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Keys.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
@@ -68,7 +69,7 @@ struct TStoreAddOptions {
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
-    CheckKey(options.key);
+    CheckKey(options.key, "--key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
     if (!options.newGroup)

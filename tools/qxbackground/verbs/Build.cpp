@@ -1,10 +1,13 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -19,6 +22,7 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool json = false;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
@@ -35,6 +39,14 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
                    static_cast<float>(options.conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
+    if (options.json) {
+        nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
+        json["file"] = options.file;
+        json["key"] = options.key;
+        json["corrections"] = object.Count();
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
@@ -58,6 +70,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunBuild(context, *options); });
 }
 

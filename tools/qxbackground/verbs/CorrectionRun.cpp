@@ -128,6 +128,8 @@ void TCorrectionRun::IntoOneFile()
             RequireSize(input, *reader, report.size);
             ThrowIfInterrupted();
         }
+    format = options.outputAs.FormatFor(options.output, format);
+    RequireRoom(options.output, format, report.pages);
     }
     const std::unique_ptr<TImageWriter> writer =
         CreateImage(options.output, options.outputAs.FormatFor(options.output, format), options.outputAs,

@@ -2,6 +2,7 @@
 
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "images/TImageWriter.h"
 #include "verbs/CorrectionReport.h"
 #include "verbs/DarkFrames.h"
 
@@ -56,9 +57,12 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
         const std::string& input = options.inputs[file];
         try {
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
+            const std::string& output = options.IsBatch() ? options.outputs[file] : options.output;
+            const std::uint64_t pagesBefore = options.IsBatch() ? pages : 0;
             for (; reader->NextPage(); ++pages)
                 RequireSize(input, *reader, size);
-            lines += "  " + input + " -> " + (options.IsBatch() ? options.outputs[file] : options.output) + '\n';
+            RequireRoom(output, options.outputAs.FormatFor(output, reader->Format()), pages - pagesBefore);
+            lines += "  " + input + " -> " + output + '\n';
         } catch (const TToolError& error) {
             ++failing;
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';

@@ -75,14 +75,18 @@ void AddOutputOptions(TVerb& verb, TOutputOptions& options)
     verb.add_option_function<std::string>(
             "--format",
             [&options](const std::string& text) {
-                if (text != "tiff" && text != "fits")
-                    throw TToolError("--format: '" + text + "' is neither tiff nor fits");
-                options.format = text == "fits" ? TImageFormat::Fits : TImageFormat::Tiff;
+                if (text != "tiff" && text != "fits" && text != "png")
+                    throw TToolError("--format: '" + text + "' is none of tiff, fits and png");
+                options.format = text == "fits"  ? TImageFormat::Fits
+                                 : text == "png" ? TImageFormat::Png
+                                                 : TImageFormat::Tiff;
             },
-            "Format of the output: tiff or fits (default: by the output's name, .tif or .fits; else as the input)")
-        ->type_name("tiff|fits");
-    verb.add_flag("--compress", options.compress,
-                  "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does");
+            "Format of the output: tiff, fits or png (default: by the output's name, .tif, .fits or .png; else as the "
+            "input, TIFF for what is neither TIFF nor FITS). A PNG holds one page")
+        ->type_name("tiff|fits|png");
+    verb.add_flag(
+        "--compress", options.compress,
+        "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does. A PNG always is");
 }
 
 CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help)
@@ -146,7 +150,8 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     verb.Creates(TPathKind::Image,
                  verb.add_option("-o,--output", options.output,
                                  "A folder (that is there, or with / at its end: it is made then), for one output per "
-                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or FITS")
+                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or "
+                                 "FITS, or PNG for one page")
                      ->required(),
                  options.overwrite,
                  [&options](const std::string& option, TPathPlan& plan) { PlanOutputs(option, options, plan); });

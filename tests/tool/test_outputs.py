@@ -257,10 +257,10 @@ class Bits(FormatTest):
             name = "i.tif"
         else:
             name = write(pages)
-        report = json.loads(self.tool("statistics", "--json", name))[0]["bits"]
+        report = json.loads(self.tool("statistics", "--json", name))["files"][0]["bits"]
         text = self.tool("statistics", name)
         corrected = self.tool("correct", "--dark", "zero.tif", *CONDITIONS, name, "-o", "o.tif", "--overwrite")
-        line = text.split("\n")[1].strip()
+        line = text.split(", pages: ")[1].split("\n")[1].strip()
         self.assertEqual("The images: " + line in corrected, "bit data" in line)
         return report["used"], report["alwaysZeroBelow"], line
 

@@ -160,7 +160,8 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                     "Default: {stem}{ext}, the names are kept");
     verb.Creates(TPathKind::Picture,
                  verb.add_option("--picture", options.picture,
-                                 "Also write a PNG of the first page: before, background and after side by side"),
+                                 "Also write a PNG of the first page for the eye: before, background and after, each "
+                                 "with a scale of its values"),
                  options.overwrite);
     AddOutputOptions(verb, options.outputAs);
     verb.add_flag("--dry-run", options.dryRun,
@@ -170,12 +171,12 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                     "--no-statistics)")
         ->check(Between(0, 100))
         ->capture_default_str();
-    verb.add_flag("--json", options.json, "Print the statistics as JSON");
+    verb.add_flag("--json", options.json, "Print the statistics as JSON, with those of each page");
     CLI::Option* const none =
         verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
     verb.add_flag("--full-statistics", options.fullStatistics,
                   "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
-                  "40th page, since they take longer than correcting")
+                  "40th page, since they take longer than correcting; it lists those pages")
         ->excludes(none);
 }
 

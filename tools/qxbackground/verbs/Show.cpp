@@ -1,9 +1,8 @@
 // qxbackground show: one stored correction in numbers, as a histogram and as a picture.
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
-#include "images/Contrast.h"
-#include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
+#include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
@@ -66,18 +65,15 @@ void RunShow(const TContext& context, const TShowOptions& options)
         background = ScaledBackground(object);
     });
     TSeriesStatistics statistics;
-    statistics.Add(background);
+    const TPageFigures figures = statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
     std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << options.file << ": " << background.size.Text()
               << " pixels, taken at " << conditions.Text() << "\n"
-              << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
-    if (!options.picture.empty()) {
-        const TStretch stretch = StretchOf(background);
-        WritePng(options.picture, Render(background, stretch), ExistingFor(options.overwrite));
-        std::cout << "Picture: " << options.picture << " (black " << stretch.black << ", white " << stretch.white
-                  << " ADU)\n";
-    }
+              << StatisticsTable({"background"}, {figures}) << HistogramText(statistics.Histogram());
+    if (!options.picture.empty())
+        PrintPicture("Picture: ", WritePicture(options.picture, "background, as it is stored", background,
+                                               ExistingFor(options.overwrite)));
 }
 
 } // namespace
@@ -88,8 +84,10 @@ void AddShowVerb(TVerb& app, const TContext& context)
     const auto options = std::make_shared<TShowOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options->picture, "Write a PNG picture of it"),
-                 options->overwrite);
+    verb.Creates(
+        TPathKind::Picture,
+        verb.add_option("-o,--output", options->picture, "Write a PNG picture of it, with a scale of its values"),
+        options->overwrite);
     verb.Run([&context, options] { RunShow(context, *options); });
 }
 

@@ -89,7 +89,7 @@ std::vector<TChapter> Chapters()
            {{"A correction; any file names its store", "qxbackground store delete store/cam_Gain_1_Temperature_-8 "
                                                        "--key Gain,1,Temperature,-8,dark60"}}},
           {{"store", "copy"},
-           {{"The whole store", "qxbackground store copy store/cam copy/cam --group Gain --group Temperature"}}},
+           {{"The whole store", "qxbackground store copy store/cam store/copy --group Gain --group Temperature"}}},
           {{"store", "list"}, {{"What is in it", "qxbackground store list store/cam_Gain_1_Temperature_-8"}}},
           {{"store", "apply"},
            {{"Images of one group",

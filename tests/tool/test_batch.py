@@ -326,8 +326,8 @@ class Endings(BatchTest):
     def test_a_terminal_shows_progress_the_time_left_and_failures(self):
         (self.folder / "in/l50.tif").write_bytes(b"broken")
         terminal, slave = pty.openpty()
-        process = self.start([*CORRECT, "in", "-o", "out/"], stderr=slave,
-                             env={**os.environ, "TERM": "xterm", "NO_COLOR": ""})
+        process = self.start([*CORRECT, "in", "-o", "out/"], environment={**NAMELESS, "TERM": "xterm", "NO_COLOR": ""},
+                             stderr=slave)
         os.close(slave)
         support.wait_for(lambda: self.outputs() > 5)
         process.send_signal(signal.SIGSTOP)  # the time left is told after two seconds, which need not be spent working

@@ -2,6 +2,7 @@
 #include "base/Arguments.h"
 #include "base/Color.h"
 #include "base/Interrupts.h"
+#include "base/Wording.h"
 #include "commandline/CommandLine.h"
 #include "verbs/Verbs.h"
 
@@ -23,7 +24,7 @@ int Report(std::string text)
         if (static_cast<unsigned char>(character) < ' ')
             character = ' ';
     }
-    std::fprintf(stderr, "%s %s\n", workbench::ErrorMark("qxbackground:").c_str(), text.c_str());
+    std::fprintf(stderr, "%s %s\n", workbench::ErrorMark("qxbackground:").c_str(), workbench::Printable(text).c_str());
     return kFailed;
 }
 

@@ -6,6 +6,7 @@
 #include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
 #include "verbs/CorrectionRun.h"
+#include "verbs/ShowCorrection.h"
 #include "verbs/Verbs.h"
 
 #include <fmt/format.h>
@@ -20,12 +21,9 @@ namespace workbench {
 
 namespace {
 
-struct TShowOptions {
+struct TShowFileOptions {
     std::string file;
-    std::string key;
-    std::string picture;
-    bool overwrite = false;
-    bool json = false;
+    TShowOptions show;
 };
 
 struct TBar {
@@ -76,15 +74,22 @@ nlohmann::json HistogramJson(const THistogram& histogram)
     return list;
 }
 
-void RunShow(const TContext& context, const TShowOptions& options)
+void RunShow(const TContext& context, const TShowFileOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
-    const std::string about = options.file + ": key '" + options.key + "'";
+    const std::string about = options.file + ": key '" + options.show.key + "'";
+    Call(about, [&] { object.SetActive(options.show.key); });
+    ShowCorrection(object, options.file, options.show);
+}
+
+} // namespace
+
+void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string& file, const TShowOptions& options)
+{
     TImage background;
     QX_KRLSDK::TBackgroundCorrection::TReference reference;
-    Call(about, [&] {
-        object.SetActive(options.key);
+    Call(file + ": key '" + options.key + "'", [&] {
         reference = object.Reference();
         // At its own exposure and intensity the background is scaled by exactly 1.
         object.SetExposureAndIntensity(reference.exposureSeconds, reference.lightIntensityPercent);
@@ -95,7 +100,7 @@ void RunShow(const TContext& context, const TShowOptions& options)
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
     if (options.json) {
-        nlohmann::json json{{"file", options.file},
+        nlohmann::json json{{"file", file},
                             {"key", *object.ActiveKey()},
                             {"width", background.size.width},
                             {"height", background.size.height},
@@ -110,7 +115,7 @@ void RunShow(const TContext& context, const TShowOptions& options)
         std::cout << JsonText(json);
         return;
     }
-    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << options.file << ": " << background.size.Text()
+    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << file << ": " << background.size.Text()
               << " pixels, taken at " << conditions.Text() << "\n"
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
@@ -121,19 +126,22 @@ void RunShow(const TContext& context, const TShowOptions& options)
     }
 }
 
-} // namespace
+void AddShowOptions(TVerb& verb, TShowOptions& options)
+{
+    AddKeyOption(verb, options.key)->required();
+    // "-o", as it was called first, is still understood.
+    verb.Creates(TPathKind::Picture,
+                 verb.add_option("--picture,-o,--output", options.picture, "Write a PNG picture of it"),
+                 options.overwrite);
+    AddJsonOption(verb, options.json);
+}
 
 void AddShowVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("show", "Show one stored correction: statistics, histogram, picture");
-    const auto options = std::make_shared<TShowOptions>();
+    const auto options = std::make_shared<TShowFileOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    AddKeyOption(verb, options->key)->required();
-    // "-o", as it was called first, is still understood.
-    verb.Creates(TPathKind::Picture,
-                 verb.add_option("--picture,-o,--output", options->picture, "Write a PNG picture of it"),
-                 options->overwrite);
-    AddJsonOption(verb, options->json);
+    AddShowOptions(verb, options->show);
     verb.Run([&context, options] { RunShow(context, *options); });
 }
 

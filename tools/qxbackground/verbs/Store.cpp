@@ -106,21 +106,28 @@ struct TStoreApplyOptions {
 void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    TBackgroundCorrection object = OpenInStore(context, place, options.key);
     const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
-    TBackgroundCorrection object = context.Library().MakeStore(place.names);
-    ReadStoreSteadily(place, [&] {
-        if (!std::filesystem::exists(file))
-            throw TToolError(file, "the group of key '" + options.key + "' has no file");
-        RequireWhole(file);
-        const TWorkingFolder working(place.folder);
-        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
-        Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
-    });
     CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,
                   ReadSetup(options.correct, SizeOf(object)));
 }
 
 } // namespace
+
+TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key)
+{
+    const std::string file = place.PathOf(GroupFileOf(place, key)).string();
+    TBackgroundCorrection object = context.Library().MakeStore(place.names);
+    ReadStoreSteadily(place, [&] {
+        if (!std::filesystem::exists(file))
+            throw TToolError(file, "the group of key '" + key + "' has no file");
+        RequireWhole(file);
+        const TWorkingFolder working(place.folder);
+        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
+        Call(file, [&] { object.SetActive(key); });
+    });
+    return object;
+}
 
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
 {
@@ -146,6 +153,9 @@ void AddStoreVerb(TVerb& app, TContext& context)
                   "Gain,2,Mode,fast,flat belongs to the file BASE_Gain_2_Mode_fast.");
     store.require_subcommand(1);
     AddStoreChangeVerbs(store, context);
+    AddStoreRenameVerb(store);
+    AddStoreShowVerb(store, context);
+    AddStoreExportVerb(store);
     {
         TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TStoreListOptions>();

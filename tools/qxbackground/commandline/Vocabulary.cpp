@@ -21,6 +21,7 @@ const std::vector<TWord>& Vocabulary()
         {"--key", "KEY", kCorrection, {}},
         {"--auto", "", kCorrection, {}},
         {"--group", "NAME", kCorrection, {}},
+        {"--where", "NAME=VALUE", kCorrection, {}},
         {"--new-group", "", kCorrection, {}},
 
         {"--dark", "", kFrames, {}},

@@ -88,6 +88,16 @@ std::vector<TChapter> Chapters()
           {{"store", "delete"},
            {{"A correction; any file names its store", "qxbackground store delete store/cam_Gain_1_Temperature_-8 "
                                                        "--key Gain,1,Temperature,-8,dark60"}}},
+          {{"store", "show"},
+           {{"One correction",
+             "qxbackground store show store/cam_Gain_1_Temperature_-8 --key Gain,1,Temperature,-8,dark60"}}},
+          {{"store", "rename"},
+           {{"Another key, and with it another group",
+             "qxbackground store rename store/cam_Gain_1_Temperature_-8 Gain,2,Temperature,-8,dark60 --key "
+             "Gain,1,Temperature,-8,dark60"}}},
+          {{"store", "export"},
+           {{"Into one file, for a host that knows no stores",
+             "qxbackground store export store/cam --group Gain --group Temperature --where Gain=1 -o gain1.qxb"}}},
           {{"store", "copy"},
            {{"The whole store", "qxbackground store copy store/cam store/copy --group Gain --group Temperature"}}},
           {{"store", "list"}, {{"What is in it", "qxbackground store list store/cam_Gain_1_Temperature_-8"}}},

@@ -299,7 +299,7 @@ class Asked(StoreVerbsTest):
                 self.assertIn("s_A_1_B_Fast would be a new group: 'Fast' differs from the 'fast' of s_A_1_B_fast only by "
                               "letter case or blanks. Make it? [y/N]", text)
                 self.assertEqual((status, self.contents()), (2, before), text)
-                self.assertIn("qxbackground: ", text)
+                self.assertIn("qxbackground:", text)
                 self.assertIn(says, text)
         self.assertEqual(self.ask(b"y\n")[0], 0)
         self.assertEqual(self.listed()["s_A_1_B_Fast"], ["A,1,B,Fast"])

@@ -36,7 +36,7 @@ CLI::Validator AboveZero()
 
 CLI::Validator Between(double lowest, double highest)
 {
-    const std::string range = fmt::format("{:g} to {:g}", lowest, highest);
+    const std::string range = fmt::format("{:.10g} to {:.10g}", lowest, highest);
     return CLI::Validator(
         [lowest, highest, range](const std::string& text) {
             const double value = NumberIn(text);

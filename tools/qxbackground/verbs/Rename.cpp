@@ -27,7 +27,7 @@ struct TRenameOptions {
 
 void RunRename(const TContext& context, const TRenameOptions& options)
 {
-    CheckKey(options.newKey, "new");
+    CheckKey(options.newKey, "new-key");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);

@@ -1,5 +1,6 @@
 // qxbackground store rename: gives a correction of a store another key, and with it another group where the key says
 // so.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CorrectionCopy.h"
 #include "calibration/Keys.h"
@@ -7,6 +8,8 @@
 #include "calibration/TScratchStore.h"
 #include "verbs/Options.h"
 #include "verbs/StoreVerbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <iostream>
@@ -23,6 +26,7 @@ struct TStoreRenameOptions {
     std::string key;
     std::string newKey;
     bool newGroup = false;
+    bool json = false;
 };
 
 // The corrections of a group; none when it has no file.
@@ -36,7 +40,7 @@ std::vector<TStoredCorrection> CorrectionsOf(const TStorePlace& place, const std
 
 void RenameInStore(const TStoreRenameOptions& options)
 {
-    CheckKey(options.newKey, "new");
+    CheckKey(options.newKey, "new-key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string from = GroupFileOf(place, options.key), to = GroupFileOf(place, options.newKey);
     const std::string fromPath = place.PathOf(from).string(), toPath = place.PathOf(to).string();
@@ -67,6 +71,11 @@ void RenameInStore(const TStoreRenameOptions& options)
     scratch.Write(from, left);
     // Whatever stops this half way, the correction is in its new group before it leaves the old one.
     scratch.Commit(old.size() + (from == to ? 0 : other.size()), {}, from);
+    if (options.json) {
+        std::cout << JsonText(
+            {{"file", toPath}, {"renamed", renamed->key}, {"key", options.newKey}, {"from", fromPath}});
+        return;
+    }
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in " << toPath;
     if (from != to)
         std::cout << "; " << fromPath << " holds " << Counted(left.size(), "correction");
@@ -80,9 +89,10 @@ void AddStoreRenameVerb(TVerb& store)
     TVerb& verb = store.AddVerb("rename", "Give a correction another key; it goes to the group that the key names");
     const auto options = std::make_shared<TStoreRenameOptions>();
     AddStoreOptions(verb, options->store, TPathUse::Changes);
-    verb.add_option("--key", options->key, "Which correction")->required();
-    verb.add_option("new", options->newKey, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+    AddKeyOption(verb, options->key)->required();
+    verb.add_option("new-key", options->newKey, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
     verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+    AddJsonOption(verb, options->json);
     verb.Run([options] { RenameInStore(*options); });
 }
 

@@ -3,6 +3,8 @@
 #include "calibration/CalibrationFile.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
+#include "verbs/TBuildProvenance.h"
 #include "verbs/Verbs.h"
 
 #include <iostream>
@@ -18,6 +20,7 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
@@ -27,6 +30,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
+    TBuildProvenance provenance(options.darks, options.input, options.noProvenance);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
@@ -40,6 +44,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
               << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Record(TCalibrationPlace(options.file), options.key, stack);
 }
 
 } // namespace
@@ -56,6 +61,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddInputOptions(verb, options->input);
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
+    AddProvenanceOption(verb, options->noProvenance);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
     verb.Run([&context, options] { RunBuild(context, *options); });
 }

@@ -4,6 +4,7 @@
 #include "calibration/CalibrationFile.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/ProvenanceCheck.h"
 #include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
@@ -15,7 +16,12 @@ namespace workbench {
 
 namespace {
 
-void Check(TContext& context, const std::string& path)
+struct TCheckOptions {
+    std::vector<std::string> files;
+    bool noProvenance = false;
+};
+
+void Check(TContext& context, const std::string& path, bool noProvenance)
 {
     TCalibrationWalk walk;
     ReadFileSteadily(path, [&] {
@@ -40,18 +46,25 @@ void Check(TContext& context, const std::string& path)
         std::cout << Counted(walk.departures.size(), "departure") << '\n';
         context.status = kSomeFailed;
     }
+    if (!noProvenance && walk.structureVersion != 0 && !CheckProvenance(path, walk))
+        context.status = kSomeFailed;
 }
 
 } // namespace
 
 void AddCheckVerb(TVerb& app, TContext& context)
 {
-    TVerb& verb = app.AddVerb("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
-    const auto files = std::make_shared<std::vector<std::string>>();
-    verb.Reads(TPathKind::Calibration, verb.add_option("files", *files, "Calibration files")->required());
-    verb.Run([&context, files] {
-        for (const std::string& file : *files)
-            Check(context, file);
+    TVerb& verb =
+        app.AddVerb("check", "Check every record of calibration files, and what is recorded beside them. Exit "
+                             "status: 0 all load whole and nothing differs, 1 not");
+    const auto options = std::make_shared<TCheckOptions>();
+    verb.Reads(TPathKind::Calibration, verb.add_option("files", options->files, "Calibration files")->required());
+    verb.add_flag("--no-provenance", options->noProvenance,
+                  "Do not compare them with FILE.json (of a group file: BASE.json), which says what corrections were "
+                  "built from, nor with the frames it names");
+    verb.Run([&context, options] {
+        for (const std::string& file : options->files)
+            Check(context, file, options->noProvenance);
     });
 }
 

@@ -1,6 +1,7 @@
 // qxbackground delete: removes one correction from a calibration file.
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include <iostream>
@@ -13,6 +14,7 @@ namespace {
 struct TDeleteOptions {
     std::string file;
     std::string key;
+    bool noProvenance = false;
 };
 
 void RunDelete(const TContext& context, const TDeleteOptions& options)
@@ -24,6 +26,8 @@ void RunDelete(const TContext& context, const TDeleteOptions& options)
     SaveReplacing(object, options.file, before);
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
+    if (!options.noProvenance)
+        DropProvenance(TCalibrationPlace(options.file), {});
 }
 
 } // namespace
@@ -34,6 +38,7 @@ void AddDeleteVerb(TVerb& app, const TContext& context)
     const auto options = std::make_shared<TDeleteOptions>();
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([&context, options] { RunDelete(context, *options); });
 }
 

@@ -2,6 +2,7 @@
 #include "calibration/CalibrationFile.h"
 #include "calibration/Salvage.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include <iostream>
@@ -16,7 +17,20 @@ struct TImportOptions {
     std::string source;
     bool overwrite = false;
     bool salvage = false;
+    bool noProvenance = false;
 };
+
+// A damaged group file may be the source of what is salvaged.
+TCalibrationPlace SourceOf(const std::string& path)
+{
+    try {
+        if (!WalkCalibrationFile(path).groupingNames.empty())
+            return TCalibrationPlace(FindStore(path, {}));
+    } catch (const TToolError&) {
+        // a group file that lost its name, or the names in it
+    }
+    return TCalibrationPlace(path);
+}
 
 void RunImport(const TContext& context, const TImportOptions& options)
 {
@@ -32,6 +46,7 @@ void RunImport(const TContext& context, const TImportOptions& options)
     else
         LoadWhole(source, options.source);
     const unsigned int had = destination.Count();
+    const std::vector<std::string> copied = CopiedKeys(source, destination, options.overwrite);
     Call(options.source, [&] { destination.Import(source, options.overwrite); });
     SaveReplacing(destination, options.destination, before);
     const unsigned int added = destination.Count() - had;
@@ -42,6 +57,8 @@ void RunImport(const TContext& context, const TImportOptions& options)
         std::cout << "Nothing was lost: " << options.source << " loads whole.\n";
     for (const std::string& loss : salvaged.losses)
         std::cout << "Damaged or lost in " << options.source << ": " << loss << '\n';
+    if (!options.noProvenance)
+        CopyProvenance(SourceOf(options.source), TCalibrationPlace(options.destination), copied, false);
 }
 
 } // namespace
@@ -57,6 +74,7 @@ void AddImportVerb(TVerb& app, const TContext& context)
     verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
     verb.add_flag("--salvage", options->salvage,
                   "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([&context, options] { RunImport(context, *options); });
 }
 

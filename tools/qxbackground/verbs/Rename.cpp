@@ -3,6 +3,7 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
@@ -20,6 +21,7 @@ struct TRenameOptions {
     std::string file;
     std::string key;
     std::string newKey;
+    bool noProvenance = false;
 };
 
 bool IsSameKey(const std::string& one, const std::string& other)
@@ -77,6 +79,8 @@ void RunRename(const TContext& context, const TRenameOptions& options)
     replaced.Commit();
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in "
               << options.file << '\n';
+    if (!options.noProvenance)
+        RenameProvenance(TCalibrationPlace(options.file), renamed->key, options.newKey);
 }
 
 } // namespace
@@ -88,6 +92,7 @@ void AddRenameVerb(TVerb& app, const TContext& context)
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
     verb.add_option("new", options->newKey, kKeyHelp)->required();
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([&context, options] { RunRename(context, *options); });
 }
 

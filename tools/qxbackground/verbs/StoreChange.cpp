@@ -8,7 +8,9 @@
 #include "calibration/TWorkingFolder.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
+#include "verbs/TBuildProvenance.h"
 
 #include <cctype>
 #include <filesystem>
@@ -64,6 +66,7 @@ struct TStoreAddOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
 };
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
@@ -73,6 +76,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     const std::string file = GroupFileOf(place, options.key);
     if (!options.newGroup)
         RefuseAlmostSameGroup(place, file);
+    TBuildProvenance provenance(options.darks, options.input, options.noProvenance);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
@@ -90,11 +94,13 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
               << place.PathOf(file).string() << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Record(TCalibrationPlace(place), options.key, stack);
 }
 
 struct TStoreKeyOptions {
     TStoreOptions store;
     std::string key;
+    bool noProvenance = false;
 };
 
 void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
@@ -115,12 +121,15 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
     }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
               << Counted(left, "correction") << '\n';
+    if (!options.noProvenance)
+        DropProvenance(TCalibrationPlace(place), file);
 }
 
 struct TStoreImportOptions {
     TStoreOptions store;
     std::string source;
     bool overwrite = false;
+    bool noProvenance = false;
 };
 
 bool IsSingleFile(const std::string& path)
@@ -164,10 +173,12 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
         files.insert(GroupFileOf(place, key));
     TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
     std::size_t added = 0;
+    std::vector<std::string> copied;
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
         const std::size_t before = object.Count();
+        copied = CopiedKeys(source, object, options.overwrite);
         Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
         added = object.Count() - before;
         scratch.SaveAndCommit(object);
@@ -175,6 +186,10 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
               << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
               << Counted(files.size(), "group file") << '\n';
+    if (!options.noProvenance)
+        CopyProvenance(IsSingleFile(options.source) ? TCalibrationPlace(options.source)
+                                                    : TCalibrationPlace(SourceStore(options)),
+                       TCalibrationPlace(place), copied, false);
 }
 
 struct TStoreCopyOptions {
@@ -182,6 +197,7 @@ struct TStoreCopyOptions {
     std::string newBase;
     bool overwrite = false;
     bool force = false;
+    bool noProvenance = false;
 };
 
 // The files of the target that the copy removes or replaces. Refuses when that was not asked for.
@@ -214,8 +230,13 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (files.empty())
         throw TToolError(from.Text(), "there is no group file of this store");
     std::size_t corrections = 0;
-    for (const std::string& file : files)
-        corrections += RequireWhole(from.PathOf(file).string()).corrections.size();
+    std::vector<std::string> keys;
+    for (const std::string& file : files) {
+        const TCalibrationWalk walk = RequireWhole(from.PathOf(file).string());
+        corrections += walk.corrections.size();
+        for (const TStoredCorrection& correction : walk.corrections)
+            keys.push_back(correction.key);
+    }
     for (const TClaimedFile& file : ClaimedFiles(from)) {
         if (!file.own)
             throw TToolError(from.PathOf(file.name).string(),
@@ -234,6 +255,8 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     scratch.Commit(corrections, doomed);
     std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
               << " to " << to.Text() << '\n';
+    if (!options.noProvenance)
+        CopyProvenance(TCalibrationPlace(from), TCalibrationPlace(to), keys, true);
 }
 
 } // namespace
@@ -252,6 +275,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         verb.add_flag("--new-group", options->newGroup,
                       "Make the group even where another one differs from it only by letter case or blanks");
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+        AddProvenanceOption(verb, options->noProvenance);
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {
@@ -259,6 +283,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.add_option("--key", options->key, "Which correction")->required();
+        AddProvenanceOption(verb, options->noProvenance);
         verb.Run([&context, options] { DeleteInStore(context, *options); });
     }
     {
@@ -276,6 +301,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                            plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        AddProvenanceOption(verb, options->noProvenance);
         verb.Run([&context, options] { ImportInStore(context, *options); });
     }
     {
@@ -290,6 +316,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                      });
         verb.add_flag("--force", options->force,
                       "Also remove files that the new base name claims though they are none of its group files");
+        AddProvenanceOption(verb, options->noProvenance);
         verb.Run([&context, options] { CopyInStore(context, *options); });
     }
 }

@@ -148,6 +148,28 @@ class Checked(ProvenanceTest):
     def test_a_file_without_a_record_is_checked_as_ever(self):
         (self.folder / "c.qxb").write_bytes(file_bytes([(b"k", 1, 1, self.images(1, 3, 3)[0])]))
         self.assertEqual(self.tool("check", "c.qxb").count("\n"), 1)
+        self.assertIsNone(json.loads(self.tool("check", "c.qxb", "--json"))["files"][0]["provenance"])
+        self.assertIsNone(json.loads(self.tool("list", "c.qxb", "--json"))["provenance"])
+
+    def test_the_same_as_json(self):
+        built = json.loads(self.build_from_folder("k", "c.qxb", "--json"))
+        self.assertEqual(built["provenance"], "c.qxb.json")
+        self.assertEqual(self.listed()["provenance"], "c.qxb.json")
+        self.write("darks/a.tif", self.images(1, 12, 10))
+        (self.folder / "darks" / "b.tif").unlink()
+        found = json.loads(self.tool("check", "c.qxb", "--json", status=1))["files"][0]
+        self.assertTrue(found["whole"])
+        remark, = found["provenance"].pop("remarks")
+        self.assertEqual(found["provenance"], {"file": "c.qxb.json", "recorded": 1, "framesCompared": 1,
+                                               "framesNotFound": 1})
+        self.assertEqual((remark["key"], remark["differs"]), ("k", True))
+        self.assertIn("darks/a.tif has ", remark["text"].replace("\\", "/"))
+        (self.folder / "c.qxb.json").write_text("{")
+        found = json.loads(self.tool("check", "c.qxb", "--json", status=1))["files"][0]["provenance"]
+        self.assertIn("c.qxb.json: is damaged", found["complaint"])
+        deleted = json.loads(self.tool("delete", "c.qxb", "--key", "k", "--json"))
+        self.assertIsNone(deleted["provenance"])
+        self.assertIn("c.qxb.json: is damaged", deleted["warnings"][0])
 
     def test_frames_that_are_gone_are_no_difference(self):
         self.build_from_folder("k")
@@ -269,6 +291,23 @@ class Stores(ProvenanceTest):
         self.assertEqual(sorted(self.entries("u.json")), ["A,1", "A,1,single", "A,9"])
         self.tool("store", "copy", "s", "sub/t", *GROUP, "--overwrite")
         self.assertEqual(sorted(self.entries("sub/t.json")), ["A,1", "A,1,single"])
+
+
+    def test_rename_and_export(self):
+        self.add("A,1")
+        self.add("A,1,more")
+        self.tool("store", "rename", "s", *GROUP, "--key", "A,1,more", "A,2")
+        self.assertEqual([(e["group"], e["key"]) for e in self.record("s.json")["corrections"]],
+                         [("s_A_1", "A,1"), ("s_A_2", "A,2")])
+        self.assertIn("nothing differs", self.check("s_A_2")[0])
+        self.tool("store", "export", "s", *GROUP, "-o", "one.qxb")
+        entries = self.entries("one.qxb.json")
+        self.assertEqual({key: entry["importedFrom"] for key, entry in entries.items()}, {"A,1": "s", "A,2": "s"})
+        self.assertNotIn("group", entries["A,1"])
+        self.assertEqual(self.check("one.qxb"),
+                         ["2 corrections of 2 recorded; 4 frame files compared; nothing differs"])
+        self.tool("store", "export", "s", *GROUP, "--key", "A,2", "-o", "one.qxb", "--overwrite")
+        self.assertEqual(list(self.entries("one.qxb.json")), ["A,2"])
 
 
 class Harmless(ProvenanceTest):

@@ -5,6 +5,7 @@
 #include "base/TSha256.h"
 #include "base/TToolError.h"
 #include "base/TextFile.h"
+#include "calibration/Keys.h"
 #include "calibration/ProvenanceJson.h"
 
 #include <fmt/format.h>
@@ -28,7 +29,7 @@ constexpr std::uintmax_t kLongestRecord = std::uintmax_t{256} << 20;
 // What tells entries apart.
 std::string Identity(const std::string& key, const std::string& group)
 {
-    return TextInJson(group) + '\n' + FoldedKey(key);
+    return TextInJson(group) + '\n' + RecordedKey(key);
 }
 
 std::string PixelsSha256(const std::string& file, const TStoredCorrection& correction,
@@ -68,14 +69,9 @@ fs::path FolderOf(const std::string& path)
 
 } // namespace
 
-std::string FoldedKey(const std::string& key)
+std::string RecordedKey(const std::string& key)
 {
-    std::string folded = TextInJson(key);
-    for (char& character : folded) {
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    }
-    return folded;
+    return FoldedKey(TextInJson(key));
 }
 
 void TProvenanceEntry::Describe(const std::string& file, const TStoredCorrection& correction, const TLook& look)

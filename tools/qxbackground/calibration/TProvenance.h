@@ -63,7 +63,7 @@ struct TProvenanceEntry {
 };
 
 // Keys that the library takes for the same give the same text. It is UTF-8, as keys are in the record.
-std::string FoldedKey(const std::string& key);
+std::string RecordedKey(const std::string& key);
 
 // What this program keeps beside calibration files, which have no room for it: what their corrections were built from,
 // and how. Nothing depends on it. Other programs change calibration files without it, so that an entry is to be

@@ -1,5 +1,6 @@
 #include "verbs/CorrectionRun.h"
 
+#include "base/Color.h"
 #include "base/Interrupts.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
@@ -186,7 +187,7 @@ void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
     const auto tell = [&] {
         for (; told < outputs.Failures().size(); ++told) {
             if (options.inputs.size() > 1) // otherwise it is what the command ends with
-                progress.Say("qxbackground: " + Printable(outputs.Failures()[told].why));
+                progress.Say(ErrorMark("qxbackground:") + " " + Printable(outputs.Failures()[told].why));
         }
     };
     TPageSteps steps = Steps();

@@ -1,11 +1,13 @@
 #include "verbs/CorrectionSetup.h"
 
+#include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "verbs/CorrectionReport.h"
 #include "verbs/DarkFrames.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -49,32 +51,41 @@ TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size)
 void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const std::string& what, TSize size,
                         double factor, const TCorrectionSetup& setup)
 {
+    TCorrectionReport report;
+    report.notes = setup.notes;
+    report.warnings = setup.warnings;
+    AddWarnings(report, options, factor);
     std::string lines;
-    std::size_t failing = 0;
-    std::uint64_t pages = 0;
     for (std::size_t file = 0; file < options.inputs.size(); ++file) {
         const std::string& input = options.inputs[file];
         try {
+            std::uint64_t pagesOfFile = 0;
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
-            for (; reader->NextPage(); ++pages)
+            for (; reader->NextPage(); ++pagesOfFile)
                 RequireSize(input, *reader, size);
-            lines += "  " + input + " -> " + (options.IsBatch() ? options.outputs[file] : options.output) + '\n';
+            report.pages += pagesOfFile;
+            report.files.push_back({input, options.IsBatch() ? options.outputs[file] : options.output});
+            lines += "  " + input + " -> " + report.files.back().output + '\n';
         } catch (const TToolError& error) {
-            ++failing;
+            report.failures.push_back({input, error.what()});
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';
         }
     }
-    std::cout << "Would correct " << Counted(pages, "page") << " of "
-              << Counted(options.inputs.size() - failing, "file") << " with " << what << ", scaled by "
-              << fmt::format("{:.4g}", factor) << "; nothing is written:\n"
-              << lines;
-    PrintNotes(setup.notes);
-    TCorrectionReport report;
-    report.warnings = setup.warnings;
-    AddWarnings(report, options, factor);
-    PrintWarnings(report.warnings);
-    if (failing > 0)
+    if (!report.failures.empty())
         context.status = kSomeFailed;
+    if (options.json) {
+        nlohmann::json json = RunJson(report, options);
+        json["dryRun"] = true;
+        json["correction"] = what;
+        json["factor"] = factor;
+        std::cout << JsonText(json);
+        return;
+    }
+    std::cout << "Would correct " << Counted(report.pages, "page") << " of " << Counted(report.files.size(), "file")
+              << " with " << what << ", scaled by " << fmt::format("{:.4g}", factor) << "; nothing is written:\n"
+              << lines;
+    PrintNotes(report.notes);
+    PrintWarnings(report.warnings);
 }
 
 } // namespace workbench

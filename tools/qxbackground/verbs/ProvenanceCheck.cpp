@@ -8,6 +8,9 @@
 #include "calibration/SteadyRead.h"
 #include "calibration/TProvenance.h"
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <iostream>
@@ -26,42 +29,38 @@ namespace fs = std::filesystem;
 constexpr auto kPatienceWithWriters = std::chrono::seconds(1); // a killed one leaves its lock file
 constexpr auto kPauseForWriters = std::chrono::milliseconds(5);
 
-// What is said about one calibration file.
-class TRecordCheck {
+// Looks at one calibration file.
+class TComparison {
 public:
-    TRecordCheck(const TProvenance& record, const std::string& calibrationFile, const std::string& groupName)
+    TComparison(const TProvenance& record, const std::string& calibrationFile, const std::string& groupName)
         : provenance(record), file(calibrationFile), group(groupName)
     {}
 
-    void Run()
+    TProvenanceCheck Run()
     {
         TCalibrationWalk walk;
         ReadFileSteadily(file, [&] { walk = WalkCalibrationFile(file); });
+        check.record = provenance.Path();
+        check.corrections = walk.corrections.size();
         std::unordered_set<std::string> there;
         for (const TStoredCorrection& correction : walk.corrections) {
-            there.insert(FoldedKey(correction.key));
+            there.insert(RecordedKey(correction.key));
             if (const TProvenanceEntry* const entry = provenance.Find(correction.key, group))
                 Compare(correction, *entry);
             else
                 Note(correction.key, "nothing is recorded");
         }
         for (const TProvenanceEntry& entry : provenance.Entries()) {
-            if (entry.group == group && there.count(FoldedKey(entry.key)) == 0)
+            if (entry.group == group && there.count(RecordedKey(entry.key)) == 0)
                 Differs(entry.key, "is recorded, but not in " + file);
         }
-        Line(Counted(recorded, "correction") + " of " + std::to_string(walk.corrections.size()) + " recorded; " +
-             Counted(found, "frame file") + " compared" +
-             (missing > 0 ? ", " + std::to_string(missing) + " not found" : std::string()) +
-             (differs ? "" : "; nothing differs"));
+        return check;
     }
-
-    bool FoundDifference() const { return differs; }
-    const std::string& Lines() const { return lines; }
 
 private:
     void Compare(const TStoredCorrection& correction, const TProvenanceEntry& entry)
     {
-        ++recorded;
+        ++check.recorded;
         const std::string difference = entry.DifferenceTo(file, correction);
         if (!difference.empty()) {
             Differs(entry.key, difference + ": what is recorded is not true of it");
@@ -81,10 +80,10 @@ private:
             const std::string path = provenance.PathOf(frame.name);
             std::error_code error;
             if (!fs::is_regular_file(path, error)) {
-                ++missing;
+                ++check.framesMissing;
                 continue;
             }
-            ++found;
+            ++check.framesCompared;
             const std::uintmax_t bytes = fs::file_size(path, error);
             if (bytes != frame.bytes)
                 Differs(key, path + " has " + Counted(bytes, "byte") + ", not " + std::to_string(frame.bytes));
@@ -102,21 +101,14 @@ private:
         return place->second;
     }
 
-    void Line(const std::string& text) { lines += provenance.Path() + ": " + Printable(text) + '\n'; }
-    void Note(const std::string& key, const std::string& text) { Line("'" + key + "': " + text); }
-    void Differs(const std::string& key, const std::string& text)
-    {
-        Note(key, text);
-        differs = true;
-    }
+    void Note(const std::string& key, const std::string& text) { check.remarks.push_back({key, text, false}); }
+    void Differs(const std::string& key, const std::string& text) { check.remarks.push_back({key, text, true}); }
 
     const TProvenance& provenance;
     const std::string& file;
     const std::string& group;
-    std::string lines;
+    TProvenanceCheck check;
     std::unordered_map<std::string, std::string> digests; // by path
-    std::uint64_t recorded = 0, found = 0, missing = 0;
-    bool differs = false;
 };
 
 // A group file belongs to the store that it names.
@@ -133,36 +125,71 @@ std::optional<TCalibrationPlace> PlaceOfChecked(const std::string& file, const T
 
 } // namespace
 
-bool CheckProvenance(const std::string& file, const TCalibrationWalk& walk)
+bool TProvenanceCheck::FoundDifference() const
+{
+    return !complaint.empty() ||
+           std::any_of(remarks.begin(), remarks.end(), [](const TRemark& remark) { return remark.isDifference; });
+}
+
+void TProvenanceCheck::Print() const
+{
+    if (!complaint.empty())
+        std::cout << Printable(complaint) << '\n';
+    else if (!record.empty()) {
+        for (const TRemark& remark : remarks)
+            std::cout << record << ": " << Printable("'" + remark.key + "': " + remark.text) << '\n';
+        std::cout << record << ": " << Counted(recorded, "correction") << " of " << corrections << " recorded; "
+                  << Counted(framesCompared, "frame file") << " compared";
+        if (framesMissing > 0)
+            std::cout << ", " << framesMissing << " not found";
+        std::cout << (FoundDifference() ? "" : "; nothing differs") << '\n';
+    }
+}
+
+nlohmann::json TProvenanceCheck::Json() const
+{
+    if (!complaint.empty())
+        return {{"complaint", complaint}};
+    if (record.empty())
+        return nullptr;
+    nlohmann::json list = nlohmann::json::array();
+    for (const TRemark& remark : remarks)
+        list.push_back({{"key", remark.key}, {"text", remark.text}, {"differs", remark.isDifference}});
+    return {{"file", record},
+            {"recorded", recorded},
+            {"framesCompared", framesCompared},
+            {"framesNotFound", framesMissing},
+            {"remarks", list}};
+}
+
+TProvenanceCheck CheckProvenance(const std::string& file, const TCalibrationWalk& walk)
 {
     const std::optional<TCalibrationPlace> place = PlaceOfChecked(file, walk);
     if (!place)
-        return true;
+        return {};
     const std::string group = place->IsStore() ? fs::path(file).filename().string() : std::string();
     const std::string record = place->ProvenanceFile();
     const auto start = std::chrono::steady_clock::now();
     for (;;) {
         const auto states = [&] { return TFileStates{{file, StateOf(file)}, {record, StateOf(record)}}; };
         const TFileStates before = states();
-        std::optional<TProvenance> provenance;
+        TProvenanceCheck check;
         try {
-            provenance.emplace(record);
+            const TProvenance provenance(record);
+            if (!provenance.Exists())
+                return {};
+            check = TComparison(provenance, file, group).Run();
         } catch (const TToolError& error) {
-            std::cout << Printable(error.what()) << '\n';
-            return false;
+            ThrowIfInterrupted();
+            check.complaint = error.what();
+            return check;
         }
-        if (!provenance->Exists())
-            return true;
-        TRecordCheck check(*provenance, file, group);
-        check.Run();
         // The two files are replaced one after the other: what differs meanwhile does not count.
         const bool mayBeInWork =
             std::chrono::steady_clock::now() - start < kPatienceWithWriters &&
             (states() != before || fs::exists(fs::symlink_status(LockFileOf(fs::path(place->LockedName())))));
-        if (!check.FoundDifference() || !mayBeInWork) {
-            std::cout << check.Lines();
-            return !check.FoundDifference();
-        }
+        if (!check.FoundDifference() || !mayBeInWork)
+            return check;
         ThrowIfInterrupted();
         std::this_thread::sleep_for(kPauseForWriters);
     }

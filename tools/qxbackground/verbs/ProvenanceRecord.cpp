@@ -1,8 +1,11 @@
 #include "verbs/ProvenanceRecord.h"
 
 #include "base/TToolError.h"
-#include "base/Wording.h"
+#include "calibration/Keys.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/DarkFrames.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -14,11 +17,6 @@
 namespace workbench {
 
 namespace {
-
-void WarnOfProvenance(const std::string& why)
-{
-    std::cout << "Warning: " << Printable(why) << "; what was done here is not recorded\n";
-}
 
 // What a calibration file holds, by key.
 struct TGroup {
@@ -36,19 +34,40 @@ struct TGroup {
 
 } // namespace
 
-bool ChangeProvenance(const TCalibrationPlace& place, const std::function<void(TProvenance&)>& change)
+void TProvenanceOutcome::Print() const
 {
+    if (isNews)
+        std::cout << "Recorded in " << file << '\n';
+    PrintWarnings(warnings);
+}
+
+void TProvenanceOutcome::AddTo(nlohmann::json& json) const
+{
+    json["provenance"] = nullptr;
+    if (!file.empty())
+        json["provenance"] = file;
+    for (const std::string& warning : warnings)
+        json["warnings"].push_back(warning);
+}
+
+TProvenanceOutcome ChangeProvenance(const TCalibrationPlace& place, const std::function<void(TProvenance&)>& change)
+{
+    TProvenanceOutcome outcome;
+    const auto warn = [&outcome](const std::string& why) {
+        outcome.warnings.push_back(why + "; what was done here is not recorded");
+    };
     try {
         TProvenance provenance(place.ProvenanceFile());
         change(provenance);
         provenance.Write();
-        return !provenance.Entries().empty();
+        if (!provenance.Entries().empty())
+            outcome.file = place.ProvenanceFile();
     } catch (const TToolError& error) {
-        WarnOfProvenance(error.what());
+        warn(error.what());
     } catch (const std::filesystem::filesystem_error& error) {
-        WarnOfProvenance(place.ProvenanceFile() + ": " + error.code().message());
+        warn(place.ProvenanceFile() + ": " + error.code().message());
     }
-    return false;
+    return outcome;
 }
 
 void AddProvenanceOption(TVerb& verb, bool& left)
@@ -58,17 +77,22 @@ void AddProvenanceOption(TVerb& verb, bool& left)
                   "built from and how");
 }
 
-void DropProvenance(const TCalibrationPlace& place, const std::string& group)
+TProvenanceOutcome DropProvenance(const TCalibrationPlace& place, const std::string& group, bool left)
 {
-    ChangeProvenance(place, [&](TProvenance& provenance) {
+    if (left)
+        return {};
+    return ChangeProvenance(place, [&](TProvenance& provenance) {
         if (!provenance.Entries().empty())
             provenance.Keep(WalkCalibrationFile(place.FileOf(group)).corrections, group);
     });
 }
 
-void RenameProvenance(const TCalibrationPlace& place, const std::string& key, const std::string& newKey)
+TProvenanceOutcome RenameProvenance(const TCalibrationPlace& place, const std::string& key, const std::string& newKey,
+                                    bool left)
 {
-    ChangeProvenance(place, [&](TProvenance& provenance) {
+    if (left)
+        return {};
+    return ChangeProvenance(place, [&](TProvenance& provenance) {
         const TProvenanceEntry* const found = provenance.Find(key, place.GroupOf(key));
         if (found == nullptr)
             return;
@@ -95,18 +119,21 @@ std::vector<std::string> CopiedKeys(const QX_KRLSDK::TBackgroundCorrection& sour
     return keys;
 }
 
-void CopyProvenance(const TCalibrationPlace& from, const TCalibrationPlace& to, const std::vector<std::string>& keys,
-                    bool replaces)
+TProvenanceOutcome CopyProvenance(const TCalibrationPlace& from, const TCalibrationPlace& to,
+                                  const std::vector<std::string>& keys, TCopyInto into, bool left)
 {
-    ChangeProvenance(to, [&](TProvenance& provenance) {
+    if (left)
+        return {};
+    std::string unknown;
+    TProvenanceOutcome outcome = ChangeProvenance(to, [&](TProvenance& provenance) {
         std::optional<TProvenance> source;
         try {
             source.emplace(from.ProvenanceFile());
         } catch (const TToolError& error) {
-            std::cout << "Warning: " << Printable(error.what()) << "; it is not known what the corrections of "
-                      << from.Text() << " were built from\n";
+            unknown = std::string(error.what()) + "; it is not known what the corrections of " + from.Text() +
+                      " were built from";
         }
-        if (replaces)
+        if (into == TCopyInto::InPlaceOfAll)
             provenance.Clear();
         std::map<std::string, TGroup> groups;
         for (const std::string& key : keys) {
@@ -129,6 +156,10 @@ void CopyProvenance(const TCalibrationPlace& from, const TCalibrationPlace& to, 
         for (const auto& [name, group] : groups)
             provenance.Keep(group.walk.corrections, name);
     });
+    outcome.isNews = !outcome.file.empty();
+    if (!unknown.empty())
+        outcome.warnings.push_back(unknown);
+    return outcome;
 }
 
 } // namespace workbench

@@ -5,12 +5,10 @@
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TProvenance.h"
 #include "stacks/TFilteredPixels.h"
-#include "verbs/ProvenanceRecord.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iostream>
 #include <vector>
 
 namespace workbench {
@@ -25,12 +23,13 @@ TBuildProvenance::TBuildProvenance(const TDarkOptions& darkOptions, const TInput
     digests.emplace(files);
 }
 
-void TBuildProvenance::Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack)
+TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, const std::string& key,
+                                            const TFrameStack& stack)
 {
     if (!digests)
-        return;
+        return {};
     TProvenanceEntry entry;
-    const bool recorded = ChangeProvenance(place, [&](TProvenance& provenance) {
+    TProvenanceOutcome outcome = ChangeProvenance(place, [&](TProvenance& provenance) {
         entry.group = place.GroupOf(key);
         const std::string file = place.FileOf(entry.group);
         const TCalibrationWalk walk = WalkCalibrationFile(file);
@@ -70,15 +69,15 @@ void TBuildProvenance::Record(const TCalibrationPlace& place, const std::string&
         provenance.Put(entry);
         provenance.Keep(walk.corrections, entry.group);
     });
-    if (!recorded)
-        return;
-    std::cout << "Recorded in " << place.ProvenanceFile() << '\n';
+    outcome.isNews = !outcome.file.empty();
     const auto isUnknown = [](const TFrameRecord::TFile& file) { return file.sha256.empty(); };
-    const std::vector<TFrameRecord::TFile>& files = entry.built->darks.files;
-    if (std::any_of(files.begin(), files.end(), isUnknown) ||
-        (entry.built->bias && std::any_of(entry.built->bias->files.begin(), entry.built->bias->files.end(), isUnknown)))
-        std::cout << "Warning: frames changed while they were read, or the run was interrupted; their SHA-256 is not "
-                     "recorded\n";
+    const auto hasUnknown = [&isUnknown](const TFrameRecord& record) {
+        return std::any_of(record.files.begin(), record.files.end(), isUnknown);
+    };
+    if (entry.built && (hasUnknown(entry.built->darks) || (entry.built->bias && hasUnknown(*entry.built->bias))))
+        outcome.warnings.push_back(
+            "frames changed while they were read, or the run was interrupted; their SHA-256 is not recorded");
+    return outcome;
 }
 
 } // namespace workbench

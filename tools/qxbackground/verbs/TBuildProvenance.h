@@ -4,6 +4,7 @@
 #include "batch/TFileDigests.h"
 #include "calibration/TCalibrationPlace.h"
 #include "verbs/DarkFrames.h"
+#include "verbs/ProvenanceRecord.h"
 
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@ public:
     TBuildProvenance(const TDarkOptions& darks, const TInputOptions& input, bool left);
 
     // To be called once. `stack` is what became of the frames.
-    void Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack);
+    TProvenanceOutcome Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack);
 
 private:
     const TDarkOptions& darks;

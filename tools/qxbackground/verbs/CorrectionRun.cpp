@@ -7,9 +7,8 @@
 #include "batch/TPageSource.h"
 #include "batch/TSeparateOutputs.h"
 #include "batch/TStatisticsSample.h"
-#include "images/Contrast.h"
 #include "images/TImageWriter.h"
-#include "images/TPicture.h"
+#include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionReport.h"
 
 #include <cstdio>
@@ -76,22 +75,23 @@ private:
     TCorrectionReport& report;
     TRefinement refinement; // of the region
     TStatisticsSample sample;
-    bool isFirst = true, isFirstWritten = true;
+    bool hasShown = false; // a page that was corrected
 };
 
 void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
-    page.counts = sample.Takes(page.image.pixels.size());
-    if (page.counts) {
-        report.before.Add(page.image);
+    page.before.reset();
+    if (sample.Takes(page.image.pixels.size())) {
+        page.before = report.before.Add(page.image);
         report.bits.Add(page.image, page.metadata);
     }
-    if (isFirst && !options.picture.empty())
+    page.isShown = !options.picture.empty() && !hasShown;
+    if (page.isShown)
         firstBefore = page.image;
-    isFirst = false;
     refinement.Before(page.image);
     Call(path + ": page " + std::to_string(page.number),
          [&] { object.Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
+    hasShown = true;
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
 }
@@ -100,11 +100,10 @@ void TCorrectionRun::Measure(const TPage& page)
 {
     if (!page.failure.empty())
         return;
-    if (page.counts)
-        report.after.Add(page.image);
-    if (isFirstWritten && !options.picture.empty())
+    if (page.before)
+        report.measured.push_back({options.inputs[page.file], page.number, *page.before, report.after.Add(page.image)});
+    if (page.isShown)
         firstAfter = page.image;
-    isFirstWritten = false;
 }
 
 TPageSteps TCorrectionRun::Steps()
@@ -130,9 +129,11 @@ void TCorrectionRun::IntoOneFile()
             ThrowIfInterrupted();
         }
     }
+    format = options.outputAs.FormatFor(options.output, format);
+    RequireRoom(options.output, format, report.pages);
     const std::unique_ptr<TImageWriter> writer =
-        CreateImage(options.output, options.outputAs.FormatFor(options.output, format), options.outputAs,
-                    report.pages * report.size.Pixels() * 2, ExistingFor(options.overwrite));
+        CreateImage(options.output, format, options.outputAs, report.pages * report.size.Pixels() * 2,
+                    ExistingFor(options.overwrite));
     TProgress progress("Correcting", report.pages);
     TPageSource source(options.inputs, options.input, Steps(), kPagesAhead);
     TPage page;
@@ -303,8 +304,8 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
         run.IntoOneFile();
 
     if (!options.picture.empty())
-        WritePng(options.picture, SideBySide({&run.firstBefore, &background, &run.firstAfter}, report.legend),
-                 ExistingFor(options.overwrite));
+        report.picture = WriteCorrectionPicture(options.picture, run.firstBefore, background, run.firstAfter,
+                                                ExistingFor(options.overwrite));
     AddWarnings(report, options, factor);
     PrintReport(report, options);
     if (!report.failures.empty())

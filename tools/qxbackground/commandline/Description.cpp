@@ -19,6 +19,7 @@ const char* UseText(TPathUse use)
     case TPathUse::Creates:
         return "creates";
     case TPathUse::Changes:
+    case TPathUse::Follows: // is of no option of its own
         return "changes";
     }
     return "";

@@ -72,6 +72,7 @@ const std::vector<TWord>& Vocabulary()
         {"--salvage", "", kOutput, {}},
         {"--overwrite", "", kOutput, {}},
         {"--force", "", kOutput, {}},
+        {"--no-provenance", "", kOutput, {}},
         {"--dry-run", "", kOutput, {}},
 
         {"--json", "", kPrinted, {}},

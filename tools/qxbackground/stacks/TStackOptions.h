@@ -19,7 +19,9 @@ struct TStackOptions {
 
     // Whether this is what the library does by itself.
     bool IsPlain() const { return combination == TCombination::Average && rejection == TRejection::None; }
-    std::string Text() const; // "average", "median, sigma 3,3 rejected"
+    std::string Text() const;            // "average", "median, rejecting by sigma:3,3"
+    std::string CombinationText() const; // "average"
+    std::string RejectionText() const;   // as --reject takes it; "none"
 };
 
 // Takes "sigma", "sigma:LOW,HIGH", "winsor", "winsor:LOW,HIGH" or "minmax:N" into `options`. Throws TToolError.

@@ -5,6 +5,8 @@
 #include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
+#include "verbs/TBuildProvenance.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -22,6 +24,7 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -32,6 +35,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
+    TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
@@ -39,11 +43,13 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
                    static_cast<float>(options.conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(options.file), options.key, stack);
     if (options.json) {
         nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
         json["file"] = options.file;
         json["key"] = options.key;
         json["corrections"] = object.Count();
+        provenance.AddTo(json);
         std::cout << JsonText(json);
         return;
     }
@@ -53,6 +59,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
               << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Print();
 }
 
 } // namespace
@@ -69,6 +76,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddInputOptions(verb, options->input);
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
+    AddProvenanceOption(verb, options->noProvenance);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
     AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunBuild(context, *options); });

@@ -47,6 +47,7 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
     if (!options.bias.empty()) {
         const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
         SubtractBias(stack.average, bias.average);
+        stack.biasFrames = bias.frames;
         stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
         stack.notes.push_back("Bias subtracted from the dark frames: the average of " +
                               Counted(bias.frames, "bias frame"));

@@ -6,6 +6,7 @@
 #include "calibration/Keys.h"
 #include "calibration/SteadyRead.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
 
 #include <nlohmann/json.hpp>
@@ -29,6 +30,7 @@ struct TStoreExportOptions {
     std::string output;
     bool overwrite = false;
     bool json = false;
+    bool noProvenance = false;
 };
 
 // The values that are wanted of each grouping name; any for a name that is not there.
@@ -135,18 +137,23 @@ void ExportStore(const TStoreExportOptions& options)
     if (!walk.Whole() || walk.corrections.size() != chosen.size())
         throw TToolError(options.output, "was not written correctly (" + walk.Complaint() + ")");
     replaced.Commit();
+    std::vector<std::string> keys;
+    for (const TCopiedCorrection& correction : chosen)
+        keys.push_back(correction.key);
+    const TProvenanceOutcome provenance = CopyProvenance(TCalibrationPlace(place), TCalibrationPlace(options.output),
+                                                         keys, TCopyInto::InPlaceOfAll, options.noProvenance);
     std::set<std::string> groups;
     for (const TCopiedCorrection& correction : chosen)
         groups.insert(correction.file);
     if (options.json) {
-        nlohmann::json keys = nlohmann::json::array();
-        for (const TCopiedCorrection& correction : chosen)
-            keys.push_back(correction.key);
-        std::cout << JsonText({{"base", place.Text()}, {"keys", keys}, {"files", groups}, {"output", options.output}});
+        nlohmann::json json{{"base", place.Text()}, {"keys", keys}, {"files", groups}, {"output", options.output}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Exported " << Counted(chosen.size(), "correction") << " of " << Counted(groups.size(), "group")
               << " of " << place.Text() << ": " << options.output << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -169,6 +176,7 @@ void AddStoreExportVerb(TVerb& store)
                  verb.add_option("-o,--output", options->output, "Calibration file (structure version 1)")->required(),
                  options->overwrite);
     AddJsonOption(verb, options->json);
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([options] { ExportStore(*options); });
 }
 

@@ -7,6 +7,7 @@
 #include "calibration/NewGroups.h"
 #include "calibration/TScratchStore.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
 
 #include <nlohmann/json.hpp>
@@ -27,6 +28,7 @@ struct TStoreRenameOptions {
     std::string newKey;
     bool newGroup = false;
     bool json = false;
+    bool noProvenance = false;
 };
 
 // The corrections of a group; none when it has no file.
@@ -71,15 +73,19 @@ void RenameInStore(const TStoreRenameOptions& options)
     scratch.Write(from, left);
     // Whatever stops this half way, the correction is in its new group before it leaves the old one.
     scratch.Commit(old.size() + (from == to ? 0 : other.size()), {}, from);
+    const TProvenanceOutcome provenance =
+        RenameProvenance(TCalibrationPlace(place), renamed->key, options.newKey, options.noProvenance);
     if (options.json) {
-        std::cout << JsonText(
-            {{"file", toPath}, {"renamed", renamed->key}, {"key", options.newKey}, {"from", fromPath}});
+        nlohmann::json json{{"file", toPath}, {"renamed", renamed->key}, {"key", options.newKey}, {"from", fromPath}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in " << toPath;
     if (from != to)
         std::cout << "; " << fromPath << " holds " << Counted(left.size(), "correction");
     std::cout << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -93,6 +99,7 @@ void AddStoreRenameVerb(TVerb& store)
     verb.add_option("new-key", options->newKey, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
     verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
     AddJsonOption(verb, options->json);
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([options] { RenameInStore(*options); });
 }
 

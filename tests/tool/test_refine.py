@@ -210,6 +210,19 @@ class HotPixels(Refined):
         self.refused("correct", *DARK, *NOW, "--dark", "darks.tif", "-o", "o.tif", "--repair-hot=0", "light.tif",
                      says=["--repair-hot"])
 
+    def test_each_part_of_the_frame_has_its_own_spread(self):
+        """A glow to the right, whose pixels differ: what stands out to the left does not where all are so different."""
+        level = np.concatenate([self.random.normal(300, 2, (64, 128)), self.random.normal(900, 40, (64, 128))], axis=1)
+        for x in (20, 60, 100, 200):
+            level[30, x] += 60
+        level[40, 220] += 900
+        self.write("d.tif", [np.rint(level).astype(np.uint16)])
+        lines = self.tool("hotpixels", "d.tif").splitlines()
+        for x in (20, 60, 100):
+            self.assertIn(f"{x} 30 hot", lines)
+        self.assertIn("220 40 hot", lines)
+        self.assertLess(len(lines), 12)
+
     def test_too_many_are_a_reason_to_ask(self):
         frame = self.images(1, 33, 24, 0, 65536)
         frame[0][self.random.random(self.SHAPE) < 0.9] = 300

@@ -19,7 +19,7 @@ public:
     };
 
     // In the average of dark frames: those that lie further from the median of their neighbours than `sigma` times the
-    // spread that all pixels have around theirs.
+    // spread that the pixels of that part of the frame have around theirs.
     static THotPixels Find(const TImage& dark, double sigma);
     // A list as Text writes it, which may have been edited: "size WIDTH HEIGHT", then "X Y hot" or "X Y dead", one
     // pixel in a line; what stands behind # is a comment. Throws TToolError naming the line that makes no sense.

@@ -12,7 +12,7 @@ namespace workbench {
 
 const char* const kHotSigmaHelp =
     "How far a pixel must lie from the median of its neighbours to be called hot or dead, "
-    "in units of the spread that all pixels have around theirs";
+    "in units of the spread that pixels have around theirs in that part of the frame";
 
 void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 {

@@ -234,7 +234,8 @@ class HotPixels(Refined):
 
 class Unfiltered(Refined):
     def scaled(self, factor):
-        return np.floor(rounded_mean(self.dark_frames) * factor + 0.5).astype(int)
+        """Rounded once, when all is done."""
+        return np.floor(np.mean(np.stack(self.dark_frames).astype(float), axis=0) * factor + 0.5).astype(int)
 
     def test_subtracts_the_dark_frames_as_they_are(self):
         self.dark_frames[0][4, 5] += 4000  # the filter takes it out
@@ -246,6 +247,13 @@ class Unfiltered(Refined):
         np.testing.assert_array_equal(self.correct("--unfiltered", "--no-statistics"), expected)
         np.testing.assert_array_equal(self.correct("--unfiltered", "--pedestal", 900),
                                       as_pixels(self.light[0].astype(int) + 900 - self.scaled(2)))
+
+    def test_a_bias_is_not_rounded_either(self):
+        dark, bias = (np.mean(np.stack(frames).astype(float), axis=0) for frames in (self.dark_frames, self.bias_frames))
+        for how in ([], ["--reject", "sigma:1000,1000"]):
+            found = self.correct("--unfiltered", "--bias", "bias.tif", "--pedestal", 900, *how)
+            np.testing.assert_array_equal(
+                found, self.light[0].astype(int) + 900 - np.floor(2 * (dark - bias) + bias + 0.5).astype(int))
 
     def test_with_a_level_and_a_region(self):
         part = self.write("part.tif", [self.light[0][5:15, 7:27]])

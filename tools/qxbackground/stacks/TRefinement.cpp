@@ -87,16 +87,17 @@ void TRefinement::RecordIn(TPageMetadata& metadata) const
         record.push_back(fmt::format("{:<80.80}", "HISTORY " + note));
 }
 
-std::vector<int> RestOf(const TImage& dark, int left, int top, double scale, const TImage& background)
+std::vector<int> RestOf(const TExactDark& exact, int left, int top, double scale, const TImage& background)
 {
     std::vector<int> rest;
     rest.reserve(background.pixels.size());
     for (int row = 0; row < background.size.height; ++row) {
-        const std::uint16_t* const line =
-            dark.pixels.data() + static_cast<std::size_t>(top + row) * static_cast<std::size_t>(dark.size.width) + left;
-        for (int column = 0; column < background.size.width; ++column) {
-            const double scaled = std::min(line[column] * scale, 65535.0);
-            rest.push_back(static_cast<int>(std::lround(scaled)) - background.pixels[rest.size()]);
+        std::size_t from = static_cast<std::size_t>(top + row) * static_cast<std::size_t>(exact.size.width) +
+                           static_cast<std::size_t>(left);
+        for (int column = 0; column < background.size.width; ++column, ++from) {
+            const double scaled = std::min(exact.dark[from] * scale, 65535.0);
+            const double all = exact.biasRest.empty() ? scaled : scaled + exact.biasRest[from];
+            rest.push_back(static_cast<int>(std::floor(all + 0.5)) - background.pixels[rest.size()]);
         }
     }
     return rest;

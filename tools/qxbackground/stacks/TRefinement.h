@@ -39,9 +39,16 @@ private:
     std::vector<std::pair<std::size_t, int>> overflow; // which pixel, by how much
 };
 
-// What the median filter takes out of a correction: the part of the unfiltered average of dark frames that begins at
-// `left`, `top`, scaled, less the `background` that the library subtracts there.
-std::vector<int> RestOf(const TImage& dark, int left, int top, double scale, const TImage& background);
+// Dark frames to be subtracted as they are, before anything was rounded: the bias is taken off `dark`, and `biasRest`
+// is what rounding has kept from the bias that is subtracted from the images; empty: there is none.
+struct TExactDark {
+    TSize size; // of none: dark frames are subtracted as the library has them
+    std::vector<float> dark, biasRest;
+};
+
+// What the library's median filter and whole numbers leave: the part of `exact` that begins at `left`, `top`, scaled,
+// less the `background` that the library subtracts there.
+std::vector<int> RestOf(const TExactDark& exact, int left, int top, double scale, const TImage& background);
 
 // Of the average of dark frames; below zero becomes zero.
 void SubtractBias(TImage& dark, const TImage& bias);

@@ -10,7 +10,8 @@ namespace workbench {
 
 std::string TStackOptions::Text() const
 {
-    const std::string combined = combination == TCombination::Median ? "median" : "average";
+    const std::string combined =
+        std::string(combination == TCombination::Median ? "median" : "average") + (alignLevels ? " of one level" : "");
     switch (rejection) {
     case TRejection::None:
         return combined;

@@ -27,10 +27,15 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     TCorrectionSetup setup;
     const std::string what = [&] {
-        TFrameStack stack = ReadDarks(options.darks, options.correct.input); // freed once the correction is built
-        setup = ReadSetup(options.correct, stack.Size());
-        if (!options.correct.bias.empty())
+        TDarkOptions darks = options.darks;
+        darks.stack.keepExact = options.unfiltered;
+        TFrameStack stack = ReadDarks(darks, options.correct.input); // freed once the correction is built
+        setup = ReadSetup(options.correct, stack.Size(), options.unfiltered);
+        if (!options.correct.bias.empty()) {
+            for (std::size_t i = 0; i < stack.exact.size(); ++i)
+                stack.exact[i] -= static_cast<float>(setup.refinement.bias.pixels[i]) + setup.unfiltered.biasRest[i];
             SubtractBias(stack.average, setup.refinement.bias);
+        }
         TRefinement& refinement = setup.refinement;
         if (!options.hotSigma.empty()) {
             refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma));
@@ -43,8 +48,10 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
                        static_cast<float>(options.darkConditions.exposureSeconds),
                        static_cast<float>(options.darkConditions.lightIntensityPercent));
         });
-        if (options.unfiltered)
-            setup.unfilteredDark = std::move(stack.average);
+        if (options.unfiltered) {
+            setup.unfiltered.size = stack.Size();
+            setup.unfiltered.dark = std::move(stack.exact);
+        }
         setup.notes.insert(setup.notes.begin(), stack.notes.begin(), stack.notes.end());
         setup.warnings.insert(setup.warnings.begin(), stack.warnings.begin(), stack.warnings.end());
         return DarksText(stack, options.darks) + " (" + options.darkConditions.Text() + ")";

@@ -25,8 +25,9 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options);
 constexpr double kUsualHotSigma = 5;
 extern const char* const kHotSigmaHelp;
 
-// The average of bias frames, which must have that size.
-TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size);
+// The average of bias frames, which must have that size; before it is rounded, too, where that is asked for.
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size,
+                     bool keepExact = false);
 
 // Adds a line when so many pixels were found that something else is the matter.
 void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);

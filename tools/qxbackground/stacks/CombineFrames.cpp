@@ -164,13 +164,16 @@ std::vector<std::string> Notes(const TStackOptions& how, const TRejected& reject
 } // namespace
 
 TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOptions& options, const TStackOptions& how,
-                          const std::string& what)
+                          const std::string& what, TDarkNoise* darkNoise)
 {
     TFrameWatch watch;
+    const auto look = [&](const TPage& page) {
+        watch.Add(paths[page.file], page.number, page.image);
+        if (darkNoise != nullptr)
+            darkNoise->Add(page.image);
+    };
     if (how.IsPlain()) {
-        TFrameStack stack = ReadFrames(
-            paths, options, [&](const TPage& page) { watch.Add(paths[page.file], page.number, page.image); }, what,
-            how.keepExact);
+        TFrameStack stack = ReadFrames(paths, options, look, what, how.keepExact);
         stack.warnings = watch.Warnings(what);
         return stack;
     }
@@ -183,7 +186,7 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
             size = page.image.size;
             shelf.emplace(size, how.memory);
         }
-        watch.Add(paths[page.file], page.number, page.image);
+        look(page);
         noise.Add(page.image);
         if (how.alignLevels)
             levels.Add(page.image);

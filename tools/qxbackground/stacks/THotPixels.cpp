@@ -178,13 +178,15 @@ std::vector<bool> THotPixels::Bad() const
     return bad;
 }
 
-void THotPixels::Repair(TImage& image) const
+void THotPixels::Repair(TImage& image, bool onlyDead) const
 {
     constexpr std::size_t kEnough = 3;
     constexpr int kWidest = 16;
     const std::vector<bool> bad = Bad();
     std::vector<std::uint16_t> good;
     for (const TPixel& pixel : pixels) {
+        if (onlyDead && !pixel.dead)
+            continue;
         for (int radius = 1; radius <= kWidest; ++radius) {
             good.clear();
             ForNeighbours(size, pixel.x, pixel.y, radius, [&](std::size_t i) {

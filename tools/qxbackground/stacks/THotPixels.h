@@ -28,9 +28,9 @@ public:
 
     // Those in a part of the frames, counted from its corner.
     THotPixels Cut(int left, int top, TSize part) const;
-    // Replaces each by the median of its neighbours that are not in the list: those around it, or where fewer than
-    // three of them are good, of a wider square.
-    void Repair(TImage& image) const;
+    // Replaces each, or each dead one, by the median of its neighbours that are not in the list: those around it, or
+    // where fewer than three of them are good, of a wider square.
+    void Repair(TImage& image, bool onlyDead = false) const;
 
     TSize Size() const { return size; }
     const std::vector<TPixel>& Pixels() const { return pixels; }

@@ -4,6 +4,7 @@
 #include "images/TImage.h"
 #include "images/TPageMetadata.h"
 #include "stacks/THotPixels.h"
+#include "stacks/TNoisyPixels.h"
 
 #include <cstdint>
 #include <string>
@@ -21,6 +22,7 @@ public:
     TImage bias;                      // of no size: none
     std::uint64_t biasFrames = 0;     // that it is the average of
     THotPixels hotPixels;             // of no size: none
+    TNoisyPixels noisyPixels;         // of no size: none
     std::vector<int> rest;            // of each pixel, ADU: subtracted besides what the library subtracts; empty: none
     std::vector<std::string> history; // further lines for the image
 

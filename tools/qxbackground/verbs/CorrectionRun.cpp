@@ -293,6 +293,8 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
             refinement.rest =
                 RestOf(setup.unfiltered, region.left, region.top, factor * options.levelPercent / 100, background);
     });
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
     TCorrectionRun run(object, options, report, refinement);

@@ -45,9 +45,9 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
         ->check(BetweenWhole(1, 1 << 20));
 }
 
-TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise)
 {
-    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames");
+    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames", noise);
     if (!options.bias.empty()) {
         const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
         SubtractBias(stack.average, bias.average);

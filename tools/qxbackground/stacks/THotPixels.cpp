@@ -54,7 +54,7 @@ struct TParts {
 
 } // namespace
 
-THotPixels THotPixels::Find(const TImage& dark, double sigma)
+THotPixels THotPixels::Find(const TImage& dark, double sigma, bool subtractedAsTheyAre)
 {
     THotPixels found;
     found.size = dark.size;
@@ -69,11 +69,9 @@ THotPixels THotPixels::Find(const TImage& dark, double sigma)
                 twiceAbove[index] = 2 * dark.pixels[index] - TwiceMedian(around);
         }
     }
-    const TParts columns(dark.size.width), rows(dark.size.height);
     std::vector<int> distances;
-    for (int part = 0; part < rows.count * columns.count; ++part) {
-        const int top = rows.Begin(part / columns.count), bottom = rows.Begin(part / columns.count + 1);
-        const int left = columns.Begin(part % columns.count), right = columns.Begin(part % columns.count + 1);
+    // Of twice the distances of a part: no less than 2.
+    const auto spread = [&](int left, int top, int right, int bottom) {
         distances.clear();
         for (int y = top; y < bottom; ++y) {
             const auto row = twiceAbove.begin() + static_cast<std::ptrdiff_t>(IndexOf(dark.size, {0, y}));
@@ -82,7 +80,14 @@ THotPixels THotPixels::Find(const TImage& dark, double sigma)
         }
         const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
         std::nth_element(distances.begin(), middle, distances.end());
-        const double most = sigma * std::max(1.4826 * *middle, 2.0); // of twice the distance: no less than 1 ADU
+        return std::max(1.4826 * *middle, 2.0);
+    };
+    const double ofAll = subtractedAsTheyAre ? HUGE_VAL : spread(0, 0, dark.size.width, dark.size.height);
+    const TParts columns(dark.size.width), rows(dark.size.height);
+    for (int part = 0; part < rows.count * columns.count; ++part) {
+        const int top = rows.Begin(part / columns.count), bottom = rows.Begin(part / columns.count + 1);
+        const int left = columns.Begin(part % columns.count), right = columns.Begin(part % columns.count + 1);
+        const double most = sigma * std::min(spread(left, top, right, bottom), ofAll);
         for (int y = top; y < bottom; ++y) {
             for (int x = left; x < right; ++x) {
                 const int above = twiceAbove[IndexOf(dark.size, {x, y})];

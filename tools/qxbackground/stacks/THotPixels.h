@@ -19,8 +19,10 @@ public:
     };
 
     // In the average of dark frames: those that lie further from the median of their neighbours than `sigma` times the
-    // spread that the pixels of that part of the frame have around theirs.
-    static THotPixels Find(const TImage& dark, double sigma);
+    // spread that the pixels of that part of the frame have around theirs; or that all pixels have, where it is less
+    // and the dark frames are not `subtractedAsTheyAre`: then what a pixel differs by stays in the images, in a glow as
+    // well.
+    static THotPixels Find(const TImage& dark, double sigma, bool subtractedAsTheyAre = false);
     // A list as Text writes it, which may have been edited: "size WIDTH HEIGHT", then "X Y hot" or "X Y dead", one
     // pixel in a line; what stands behind # is a comment. Throws TToolError naming the line that makes no sense.
     static THotPixels Read(const std::string& path);

@@ -58,7 +58,7 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
         }
         TRefinement& refinement = setup.refinement;
         if (!options.hotSigma.empty()) {
-            refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma));
+            refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma), options.unfiltered);
             WarnOfManyHotPixels(refinement.hotPixels, setup.warnings);
         }
         if (!options.darks.stack.IsPlain())

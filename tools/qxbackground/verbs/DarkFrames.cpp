@@ -12,7 +12,7 @@ namespace workbench {
 
 const char* const kHotSigmaHelp =
     "How far a pixel must lie from the median of its neighbours to be called hot or dead, "
-    "in units of the spread that pixels have around theirs in that part of the frame";
+    "in units of the spread that all pixels, or those of that part of the frame, have around theirs";
 
 void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 {

@@ -35,6 +35,7 @@ const std::vector<TWord>& Vocabulary()
 
         {"--reject", "METHOD", kStack, {"sigma", "winsor", "minmax:"}},
         {"--combine", "METHOD", kStack, {"average", "median"}},
+        {"--align-levels", "", kStack, {}},
         {"--stack-memory", "MIB", kStack, {}},
 
         {"--level", "PERCENT", kHow, {}},
@@ -45,6 +46,7 @@ const std::vector<TWord>& Vocabulary()
         {"--repair-hot", "SIGMA", kHotPixels, {}},
         {"--hot-list", "", kHotPixels, {}},
         {"--sigma", "SIGMA", kHotPixels, {}},
+        {"--repair-noisy", "", kHotPixels, {}},
 
         {"--seed", "N", kCamera, {}},
         {"--width", "PIXELS", kCamera, {}},

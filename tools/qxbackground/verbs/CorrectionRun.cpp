@@ -274,7 +274,7 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
     report.notes = setup.notes;
     report.warnings = setup.warnings;
     TImage background;
-    const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
+    const bool isUnfiltered = setup.unfiltered.size.width > 0;
     if (options.noStatistics && options.picture.empty() && !isUnfiltered) {
         Call(what, [&] {
             const TBackgroundCorrection::TRegion region = object.Region();
@@ -293,8 +293,10 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
         refinement = setup.refinement.Cut(region.left, region.top, {region.width, region.height});
         if (isUnfiltered)
             refinement.rest =
-                RestOf(setup.unfilteredDark, region.left, region.top, factor * options.levelPercent / 100, background);
+                RestOf(setup.unfiltered, region.left, region.top, factor * options.levelPercent / 100, background);
     });
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
     TCorrectionRun run(object, options, report, refinement);

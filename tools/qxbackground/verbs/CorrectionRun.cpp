@@ -4,6 +4,7 @@
 #include "base/Interrupts.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
+#include "batch/TOutputFolder.h"
 #include "batch/TPageSource.h"
 #include "batch/TSeparateOutputs.h"
 #include "batch/TStatisticsSample.h"
@@ -154,33 +155,6 @@ std::uint64_t BytesOf(const std::string& path)
     const std::uintmax_t bytes = std::filesystem::file_size(path, error);
     return error ? 0 : bytes;
 }
-
-// The folder of the outputs, made when it is missing, with those it lies in; gone again when nothing came into it.
-class TOutputFolder {
-public:
-    explicit TOutputFolder(const std::string& name) : path(name)
-    {
-        std::error_code error;
-        for (std::filesystem::path part = path; !part.empty() && !std::filesystem::exists(part, error);
-             part = part.parent_path())
-            made.push_back(part);
-        std::filesystem::create_directories(path, error);
-        if (!std::filesystem::is_directory(path))
-            throw TToolError(path, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
-    }
-    ~TOutputFolder()
-    {
-        std::error_code ignored;
-        for (const std::filesystem::path& part : made)
-            std::filesystem::remove(part, ignored); // not when there is something in it
-    }
-    TOutputFolder(const TOutputFolder&) = delete;
-    TOutputFolder& operator=(const TOutputFolder&) = delete;
-
-private:
-    std::string path;
-    std::vector<std::filesystem::path> made; // the innermost first
-};
 
 void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
 {

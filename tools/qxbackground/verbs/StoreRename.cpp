@@ -47,7 +47,8 @@ void RenameInStore(const TStoreRenameOptions& options)
     const std::string from = GroupFileOf(place, options.key), to = GroupFileOf(place, options.newKey);
     const std::string fromPath = place.PathOf(from).string(), toPath = place.PathOf(to).string();
     if (!std::filesystem::exists(std::filesystem::path(fromPath)))
-        throw TToolError(fromPath, "the group of key '" + options.key + "' has no file");
+        throw TToolError(fromPath, "the group of key '" + options.key +
+                                       "' has no file; 'store list' shows the groups that there are");
     AgreeOnNewGroups(place, {options.newKey}, options.newGroup);
 
     TScratchStore scratch(place, from == to ? std::vector<std::string>{from} : std::vector<std::string>{from, to});
@@ -55,11 +56,12 @@ void RenameInStore(const TStoreRenameOptions& options)
     const std::vector<TStoredCorrection> other = from == to ? old : CorrectionsOf(place, to);
     const TStoredCorrection* const renamed = FindKey(old, options.key);
     if (renamed == nullptr)
-        throw TToolError(fromPath, "has no correction '" + Printable(options.key) + "'");
+        throw TToolError(fromPath, "has no correction '" + Printable(options.key) + "'; 'list' shows its keys");
     const TStoredCorrection* const taken = FindKey(other, options.newKey);
     const auto index = renamed - old.data();
     if (taken != nullptr && (from != to || taken - other.data() != index))
-        throw TToolError(toPath, "has a correction '" + Printable(taken->key) + "' already (letter case is ignored)");
+        throw TToolError(toPath, "has a correction '" + Printable(taken->key) +
+                                     "' already (letter case is ignored); choose another key");
 
     std::vector<TCopiedCorrection> left = CopiesOf(fromPath, old);
     if (from == to) {

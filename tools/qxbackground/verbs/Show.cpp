@@ -40,7 +40,7 @@ std::string HistogramText(const THistogram& histogram)
         most = std::max(most, count);
         inside += count;
     }
-    std::string text;
+    std::string text = fmt::format("  {:<15}  {:>10}\n", "ADU", "pixels");
     for (std::size_t bar = 0; bar < bars.size(); ++bar) {
         const int from = low + static_cast<int>(bar) * step;
         const std::uint64_t length = bars[bar] == 0 ? 0 : std::max<std::uint64_t>(1, bars[bar] * kLongestBar / most);

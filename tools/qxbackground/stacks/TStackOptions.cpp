@@ -10,7 +10,8 @@ namespace workbench {
 
 std::string TStackOptions::CombinationText() const
 {
-    return combination == TCombination::Median ? "median" : "average";
+    return std::string(combination == TCombination::Median ? "median" : "average") +
+           (alignLevels ? " of one level" : "");
 }
 
 std::string TStackOptions::RejectionText() const

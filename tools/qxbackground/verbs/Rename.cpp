@@ -29,7 +29,7 @@ struct TRenameOptions {
 
 void RunRename(const TContext& context, const TRenameOptions& options)
 {
-    CheckKey(options.newKey, "new");
+    CheckKey(options.newKey, "new-key");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
@@ -37,11 +37,11 @@ void RunRename(const TContext& context, const TRenameOptions& options)
     const TCalibrationWalk walk = RequireWhole(options.file);
     const TStoredCorrection* const renamed = FindKey(walk.corrections, options.key);
     if (renamed == nullptr)
-        throw TToolError(options.file, "has no correction '" + Printable(options.key) + "'");
+        throw TToolError(options.file, "has no correction '" + Printable(options.key) + "'; 'list' shows its keys");
     const TStoredCorrection* const taken = FindKey(walk.corrections, options.newKey);
     if (taken != nullptr && taken != renamed)
-        throw TToolError(options.file,
-                         "has a correction '" + Printable(taken->key) + "' already (letter case is ignored)");
+        throw TToolError(options.file, "has a correction '" + Printable(taken->key) +
+                                           "' already (letter case is ignored); choose another key");
     std::vector<TCopiedCorrection> corrections = CopiesOf(options.file, walk.corrections);
     corrections[static_cast<std::size_t>(renamed - walk.corrections.data())].key = options.newKey;
 

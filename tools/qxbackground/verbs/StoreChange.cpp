@@ -94,7 +94,9 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
     if (!fs::exists(place.PathOf(file)))
-        throw TToolError(place.PathOf(file).string(), "the group of key '" + options.key + "' has no file");
+        throw TToolError(place.PathOf(file).string(),
+                         "the group of key '" + options.key +
+                             "' has no file; 'store list' shows the groups that there are");
     TScratchStore scratch(place, {file});
     std::size_t left = 0;
     {

@@ -1,5 +1,6 @@
 #include "commandline/TVerb.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -45,6 +46,8 @@ CLI::Option* TVerb::Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFil
                 // A library's plain name is no path: it is looked for where the system's loader looks.
                 if (kind != TPathKind::Library || std::filesystem::path(path).has_parent_path())
                     plan.AddFile(name, use, path);
+                if (kind == TPathKind::Calibration)
+                    plan.AddProvenance(name, use, TCalibrationPlace(path));
             }
         };
     }
@@ -69,6 +72,23 @@ CLI::Option* TVerb::Creates(TPathKind kind, CLI::Option* option, bool& overwrite
         add_flag("--overwrite", overwrite, "Replace what exists already under the names of the output");
     }
     return Uses(TPathUse::Creates, kind, option, std::move(fill));
+}
+
+CLI::Option* TVerb::NamesKey(CLI::Option* option)
+{
+    keys.push_back(option);
+    return option;
+}
+
+void TVerb::AddExample(const std::string& what, const std::string& command)
+{
+    examples.push_back({what, command});
+}
+
+void TVerb::AddNote(const std::string& text)
+{
+    if (std::find(notes.begin(), notes.end(), text) == notes.end())
+        notes.push_back(text);
 }
 
 void TVerb::Run(std::function<void()> action)
@@ -100,6 +120,24 @@ const TVerb::TPathOption* TVerb::PathOptionOf(const CLI::Option* option) const
             return &path;
     }
     return nullptr;
+}
+
+bool TVerb::IsKey(const CLI::Option* option) const
+{
+    return std::find(keys.begin(), keys.end(), option) != keys.end();
+}
+
+TVerb* TVerb::Find(const std::vector<std::string>& words)
+{
+    TVerb* verb = this;
+    for (const std::string& word : words) {
+        const auto found = std::find_if(verb->verbs.begin(), verb->verbs.end(),
+                                        [&](const TVerb* inner) { return inner->get_name() == word; });
+        if (found == verb->verbs.end())
+            return nullptr;
+        verb = *found;
+    }
+    return verb;
 }
 
 } // namespace workbench

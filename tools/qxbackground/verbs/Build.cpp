@@ -1,9 +1,15 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
+#include "verbs/TBuildProvenance.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -18,15 +24,18 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
+    bool json = false;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
 {
-    CheckKey(options.key);
+    CheckKey(options.key, "--key");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
+    TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
@@ -34,12 +43,23 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
                    static_cast<float>(options.conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(options.file), options.key, stack);
+    if (options.json) {
+        nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
+        json["file"] = options.file;
+        json["key"] = options.key;
+        json["corrections"] = object.Count();
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels ("
               << options.conditions.Text() << "): " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Print();
 }
 
 } // namespace
@@ -56,7 +76,9 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddInputOptions(verb, options->input);
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
+    AddProvenanceOption(verb, options->noProvenance);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunBuild(context, *options); });
 }
 

@@ -6,6 +6,8 @@
 #include "images/TSignificantBits.h"
 #include "verbs/Options.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -42,6 +44,9 @@ struct TCorrectionReport {
 
 // Adds lines about what does not look right: a background that is scaled up by `factor`, a result that is cut off.
 void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
+
+// Without figures: which files, what is to be told.
+nlohmann::json RunJson(const TCorrectionReport& report, const TCorrectOptions& options);
 
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);
 

@@ -1,8 +1,10 @@
 #include "verbs/CorrectionRun.h"
 
+#include "base/Color.h"
 #include "base/Interrupts.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
+#include "batch/TOutputFolder.h"
 #include "batch/TPageSource.h"
 #include "batch/TSeparateOutputs.h"
 #include "batch/TStatisticsSample.h"
@@ -154,40 +156,13 @@ std::uint64_t BytesOf(const std::string& path)
     return error ? 0 : bytes;
 }
 
-// The folder of the outputs, made when it is missing, with those it lies in; gone again when nothing came into it.
-class TOutputFolder {
-public:
-    explicit TOutputFolder(const std::string& name) : path(name)
-    {
-        std::error_code error;
-        for (std::filesystem::path part = path; !part.empty() && !std::filesystem::exists(part, error);
-             part = part.parent_path())
-            made.push_back(part);
-        std::filesystem::create_directories(path, error);
-        if (!std::filesystem::is_directory(path))
-            throw TToolError(path, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
-    }
-    ~TOutputFolder()
-    {
-        std::error_code ignored;
-        for (const std::filesystem::path& part : made)
-            std::filesystem::remove(part, ignored); // not when there is something in it
-    }
-    TOutputFolder(const TOutputFolder&) = delete;
-    TOutputFolder& operator=(const TOutputFolder&) = delete;
-
-private:
-    std::string path;
-    std::vector<std::filesystem::path> made; // the innermost first
-};
-
 void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
 {
     std::size_t told = 0;
     const auto tell = [&] {
         for (; told < outputs.Failures().size(); ++told) {
             if (options.inputs.size() > 1) // otherwise it is what the command ends with
-                progress.Say("qxbackground: " + Printable(outputs.Failures()[told].why));
+                progress.Say(ErrorMark("qxbackground:") + " " + Printable(outputs.Failures()[told].why));
         }
     };
     TPageSteps steps = Steps();
@@ -273,7 +248,7 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
     report.notes = setup.notes;
     report.warnings = setup.warnings;
     TImage background;
-    const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
+    const bool isUnfiltered = setup.unfiltered.size.width > 0;
     if (options.noStatistics && options.picture.empty() && !isUnfiltered) {
         Call(what, [&] {
             const TBackgroundCorrection::TRegion region = object.Region();
@@ -292,8 +267,10 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
         refinement = setup.refinement.Cut(region.left, region.top, {region.width, region.height});
         if (isUnfiltered)
             refinement.rest =
-                RestOf(setup.unfilteredDark, region.left, region.top, factor * options.levelPercent / 100, background);
+                RestOf(setup.unfiltered, region.left, region.top, factor * options.levelPercent / 100, background);
     });
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
     TCorrectionRun run(object, options, report, refinement);

@@ -2,9 +2,12 @@
 #define QXBACKGROUND_VERBS_DARKFRAMES_H
 
 #include "batch/TFrameStack.h"
+#include "stacks/TDarkNoise.h"
 #include "stacks/THotPixels.h"
 #include "stacks/TStackOptions.h"
 #include "verbs/Options.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <string>
 #include <vector>
@@ -25,18 +28,21 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options);
 constexpr double kUsualHotSigma = 5;
 extern const char* const kHotSigmaHelp;
 
-// The average of bias frames, which must have that size.
-TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size);
+// The average of bias frames, which must have that size; before it is rounded, too, where that is asked for.
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size,
+                     bool keepExact = false);
 
 // Adds a line when so many pixels were found that something else is the matter.
 void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);
 
-// The frame that the library gets, less the bias where there is one.
-TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input);
+// The frame that the library gets, less the bias where there is one. `noise` sees every frame.
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise = nullptr);
 
 // "10 dark frames", and how they were combined where that is not the plain average.
 std::string DarksText(const TFrameStack& stack, const TDarkOptions& options);
 
+// What a correction was made of, for --json.
+nlohmann::json DarksJson(const TFrameStack& stack, const TDarkOptions& options, const TConditions& conditions);
 // One line each.
 void PrintNotes(const std::vector<std::string>& notes);
 void PrintWarnings(const std::vector<std::string>& warnings);

@@ -5,7 +5,9 @@
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
 #include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationPlace.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -34,16 +36,23 @@ void RunList(const TContext& context, const TListOptions& options)
         Call(options.file, [&] { object.LoadHeaderOnly(LibraryName(options.file)); });
         listed = ListCorrections(object, walk);
     });
+    // What the corrections were built from; "check" says whether it is true.
+    std::string record = TCalibrationPlace(options.file).ProvenanceFile();
+    if (!StateOf(record).exists)
+        record.clear();
     if (options.json) {
         std::cout << JsonText(nlohmann::json{{"file", options.file},
                                              {"bytes", walk.fileBytes},
                                              {"whole", walk.Whole()},
+                                             {"provenance", record.empty() ? nlohmann::json() : nlohmann::json(record)},
                                              {"corrections", ListingJson(listed)}});
         return;
     }
     std::cout << options.file << ": " << Counted(listed.size(), "correction") << ", " << Counted(walk.fileBytes, "byte")
               << '\n'
               << ListingTable(listed);
+    if (!record.empty())
+        std::cout << "What they were built from is recorded in " << record << '\n';
     if (!walk.Whole())
         std::cout << "This file does not load whole (" << walk.Complaint()
                   << "); see 'qxbackground check' and\n"
@@ -57,7 +66,7 @@ void AddListVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("list", "List a calibration file's corrections (reads no pixels)");
     const auto options = std::make_shared<TListOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_flag("--json", options->json, "Print as JSON");
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunList(context, *options); });
 }
 

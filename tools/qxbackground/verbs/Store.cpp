@@ -106,21 +106,29 @@ struct TStoreApplyOptions {
 void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
 {
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
+    TBackgroundCorrection object = OpenInStore(context, place, options.key);
     const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
-    TBackgroundCorrection object = context.Library().MakeStore(place.names);
-    ReadStoreSteadily(place, [&] {
-        if (!std::filesystem::exists(file))
-            throw TToolError(file, "the group of key '" + options.key + "' has no file");
-        RequireWhole(file);
-        const TWorkingFolder working(place.folder);
-        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
-        Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
-    });
     CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,
                   ReadSetup(options.correct, SizeOf(object)));
 }
 
 } // namespace
+
+TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key)
+{
+    const std::string file = place.PathOf(GroupFileOf(place, key)).string();
+    TBackgroundCorrection object = context.Library().MakeStore(place.names);
+    ReadStoreSteadily(place, [&] {
+        if (!std::filesystem::exists(file))
+            throw TToolError(file, "the group of key '" + key +
+                                       "' has no file; 'store list' shows the groups that there are");
+        RequireWhole(file);
+        const TWorkingFolder working(place.folder);
+        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
+        Call(file, [&] { object.SetActive(key); });
+    });
+    return object;
+}
 
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
 {
@@ -135,33 +143,34 @@ void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
         verb.Changes(TPathKind::Store, base, fill);
     else
         verb.Reads(TPathKind::Store, base, fill);
-    verb.add_option("--group", options.groups,
-                    "A grouping name; one --group for each, in their order. Not needed with the name of a file")
-        ->allow_extra_args(false);
+    verb.add_option("--group", options.groups, kGroupHelp)->allow_extra_args(false);
 }
 
 void AddStoreVerb(TVerb& app, TContext& context)
 {
     TVerb& store = app.AddVerb("store", "Work with an offline store: one calibration file per group");
-    store.footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
-                 "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
-                 "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
+    store.AddNote("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
+                  "of the values of its grouping names. A key carries them: with --group Gain --group Mode the key "
+                  "Gain,2,Mode,fast,flat belongs to the file BASE_Gain_2_Mode_fast.");
     store.require_subcommand(1);
     AddStoreChangeVerbs(store, context);
+    AddStoreRenameVerb(store);
+    AddStoreShowVerb(store, context);
+    AddStoreExportVerb(store);
     {
         TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TStoreListOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.add_flag("--json", options->json, "Print as JSON");
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ListStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("apply", "Correct images with a correction of a store");
         const auto options = std::make_shared<TStoreApplyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
+        AddKeyOption(verb, options->key)->required();
         AddCorrectOptions(verb, options->correct);
-        verb.footer(kSomeFailedHelp);
+        verb.AddNote(kSomeFailedHelp);
         verb.Run([&context, options] { ApplyFromStore(context, *options); });
     }
 }

@@ -1,21 +1,26 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "base/JsonText.h"
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Keys.h"
+#include "calibration/NewGroups.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
+#include "verbs/TBuildProvenance.h"
 
-#include <cctype>
+#include <nlohmann/json.hpp>
+
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <set>
-#include <system_error>
 
 namespace workbench {
 
@@ -30,33 +35,6 @@ std::string About(const TStorePlace& place, const std::string& key)
     return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
 }
 
-// A text without what is easily mistyped: blanks, and the case of letters.
-std::string Loosely(const std::string& text)
-{
-    std::string loose;
-    for (const char character : text) {
-        if (character != ' ' && character != '\t')
-            loose += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    }
-    return loose;
-}
-
-// Throws TToolError when the group file would be new, and another one differs from it by slips of the keyboard only.
-void RefuseAlmostSameGroup(const TStorePlace& place, const std::string& file)
-{
-    std::error_code error;
-    if (fs::exists(place.PathOf(file), error))
-        return;
-    for (fs::directory_iterator entry(place.Folder(), error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (name != file && Loosely(name) == Loosely(file))
-            throw TToolError(place.PathOf(file).string(),
-                             "would be a new group, but differs from " + place.PathOf(name).string() +
-                                 " only by letter case or blanks; --new-group if it is meant");
-    }
-}
-
 struct TStoreAddOptions {
     bool newGroup = false;
     TStoreOptions store;
@@ -64,15 +42,17 @@ struct TStoreAddOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
+    bool json = false;
 };
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
-    CheckKey(options.key);
+    CheckKey(options.key, "--key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
-    if (!options.newGroup)
-        RefuseAlmostSameGroup(place, file);
+    AgreeOnNewGroups(place, {options.key}, options.newGroup);
+    TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
     const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
@@ -85,16 +65,28 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         });
         scratch.SaveAndCommit(object);
     }
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(place), options.key, stack);
+    if (options.json) {
+        nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
+        json["file"] = place.PathOf(file).string();
+        json["key"] = options.key;
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Added '" << Printable(options.key) << "' from " << DarksText(stack, options.darks) << " of "
               << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Print();
 }
 
 struct TStoreKeyOptions {
     TStoreOptions store;
     std::string key;
+    bool noProvenance = false;
+    bool json = false;
 };
 
 void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
@@ -102,7 +94,9 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
     if (!fs::exists(place.PathOf(file)))
-        throw TToolError(place.PathOf(file).string(), "the group of key '" + options.key + "' has no file");
+        throw TToolError(place.PathOf(file).string(),
+                         "the group of key '" + options.key +
+                             "' has no file; 'store list' shows the groups that there are");
     TScratchStore scratch(place, {file});
     std::size_t left = 0;
     {
@@ -113,14 +107,25 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
         scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
     }
+    const TProvenanceOutcome provenance = DropProvenance(TCalibrationPlace(place), file, options.noProvenance);
+    if (options.json) {
+        nlohmann::json json{{"file", place.PathOf(file).string()}, {"deleted", options.key}, {"corrections", left}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
               << Counted(left, "correction") << '\n';
+    provenance.Print();
 }
 
 struct TStoreImportOptions {
     TStoreOptions store;
     std::string source;
     bool overwrite = false;
+    bool newGroup = false;
+    bool noProvenance = false;
+    bool json = false;
 };
 
 bool IsSingleFile(const std::string& path)
@@ -162,19 +167,39 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
     const std::vector<std::string> keys = source.Keys();
     for (const std::string& key : keys)
         files.insert(GroupFileOf(place, key));
+    AgreeOnNewGroups(place, keys, options.newGroup);
     TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
     std::size_t added = 0;
+    std::vector<std::string> copied;
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
         const std::size_t before = object.Count();
+        copied = CopiedKeys(source, object, options.overwrite);
         Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
         added = object.Count() - before;
         scratch.SaveAndCommit(object);
     }
+    const TProvenanceOutcome provenance = CopyProvenance(
+        IsSingleFile(options.source) ? TCalibrationPlace(options.source) : TCalibrationPlace(SourceStore(options)),
+        TCalibrationPlace(place), copied, TCopyInto::Among, options.noProvenance);
+    if (options.json) {
+        nlohmann::json written = nlohmann::json::array();
+        for (const std::string& file : files)
+            written.push_back(place.PathOf(file).string());
+        nlohmann::json json{{"base", place.Text()},
+                            {"source", options.source},
+                            {"added", added},
+                            {options.overwrite ? "overwritten" : "kept", keys.size() - added},
+                            {"files", written}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
               << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
               << Counted(files.size(), "group file") << '\n';
+    provenance.Print();
 }
 
 struct TStoreCopyOptions {
@@ -182,20 +207,23 @@ struct TStoreCopyOptions {
     std::string newBase;
     bool overwrite = false;
     bool force = false;
+    bool noProvenance = false;
+    bool json = false;
 };
 
 // The files of the target that the copy removes or replaces. Refuses when that was not asked for.
 std::vector<std::string> FilesThatGo(const TStorePlace& to, const TStoreCopyOptions& options)
 {
     std::vector<std::string> doomed;
+    std::string list;
     bool own = false, foreign = false;
     for (const TClaimedFile& file : ClaimedFiles(to)) {
-        std::cout << (doomed.empty() ? "Files that have to go:\n" : "") << "  " << to.PathOf(file.name).string()
-                  << (file.own ? "" : "   (no group file of this store)") << '\n';
+        list += "  " + to.PathOf(file.name).string() + (file.own ? "\n" : "   (no group file of this store)\n");
         doomed.push_back(file.name);
         (file.own ? own : foreign) = true;
     }
-    std::cout << std::flush;
+    if (!list.empty()) // the standard output is for the one document alone, when that is asked for
+        (options.json ? std::cerr : std::cout) << "Files that have to go:\n" << list << std::flush;
     if (foreign && !options.force)
         throw TToolError(to.Text(), "its base name claims files that are none of its group files (listed above); "
                                     "nothing was removed; --force removes them");
@@ -214,12 +242,22 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (files.empty())
         throw TToolError(from.Text(), "there is no group file of this store");
     std::size_t corrections = 0;
-    for (const std::string& file : files)
-        corrections += RequireWhole(from.PathOf(file).string()).corrections.size();
+    std::vector<std::string> keys;
+    for (const std::string& file : files) {
+        const TCalibrationWalk walk = RequireWhole(from.PathOf(file).string());
+        corrections += walk.corrections.size();
+        for (const TStoredCorrection& correction : walk.corrections)
+            keys.push_back(correction.key);
+    }
     for (const TClaimedFile& file : ClaimedFiles(from)) {
         if (!file.own)
             throw TToolError(from.PathOf(file.name).string(),
                              "is claimed by the base name '" + from.base + "' but is no group file of that store");
+    }
+    for (const std::string& file : files) {
+        const fs::path copy = to.PathOf(to.base + file.substr(from.base.size()));
+        if (const std::string refusal = NameRefusal(copy); !refusal.empty())
+            throw TToolError(copy.string(), refusal + "; choose another base name");
     }
     const std::vector<std::string> doomed = FilesThatGo(to, options);
     TScratchStore scratch(to, {});
@@ -232,8 +270,23 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (StatesOfStore(from) != before)
         throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
     scratch.Commit(corrections, doomed);
+    const TProvenanceOutcome provenance = CopyProvenance(TCalibrationPlace(from), TCalibrationPlace(to), keys,
+                                                         TCopyInto::InPlaceOfAll, options.noProvenance);
+    if (options.json) {
+        nlohmann::json written = nlohmann::json::array(), removed = nlohmann::json::array();
+        for (const std::string& file : files)
+            written.push_back(to.PathOf(to.base + file.substr(from.base.size())).string());
+        for (const std::string& file : doomed)
+            removed.push_back(to.PathOf(file).string());
+        nlohmann::json json{
+            {"base", to.Text()}, {"corrections", corrections}, {"files", written}, {"removed", removed}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
               << " to " << to.Text() << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -249,16 +302,19 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);
         AddBiasOption(verb, options->darks.bias);
-        verb.add_flag("--new-group", options->newGroup,
-                      "Make the group even where another one differs from it only by letter case or blanks");
+        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+        AddProvenanceOption(verb, options->noProvenance);
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
         const auto options = std::make_shared<TStoreKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.add_option("--key", options->key, "Which correction")->required();
+        AddKeyOption(verb, options->key)->required();
+        AddProvenanceOption(verb, options->noProvenance);
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { DeleteInStore(context, *options); });
     }
     {
@@ -267,7 +323,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreImportOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.Reads(TPathKind::CalibrationOrStore,
-                   verb.add_option("src", options->source, "Calibration file, base name or group file; not changed")
+                   verb.add_option("source", options->source, "Calibration file, base name or group file; not changed")
                        ->required(),
                    [options](const std::string& name, TPathPlan& plan) {
                        if (IsSingleFile(options->source))
@@ -276,6 +332,9 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                            plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+        AddProvenanceOption(verb, options->noProvenance);
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ImportInStore(context, *options); });
     }
     {
@@ -283,13 +342,15 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreCopyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.Creates(TPathKind::Store,
-                     verb.add_option("newbase", options->newBase, "Base name of the copy")->required(),
+                     verb.add_option("new-base", options->newBase, "Base name of the copy")->required(),
                      options->overwrite, [options](const std::string& name, TPathPlan& plan) {
                          const TStorePlace from = FindStore(options->store.base, options->store.groups);
                          plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
                      });
         verb.add_flag("--force", options->force,
                       "Also remove files that the new base name claims though they are none of its group files");
+        AddProvenanceOption(verb, options->noProvenance);
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { CopyInStore(context, *options); });
     }
 }

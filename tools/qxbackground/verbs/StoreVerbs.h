@@ -2,6 +2,7 @@
 #define QXBACKGROUND_VERBS_STOREVERBS_H
 
 #include "calibration/TContext.h"
+#include "calibration/TStorePlace.h"
 
 #include "commandline/TVerb.h"
 
@@ -18,7 +19,14 @@ struct TStoreOptions {
 // `use` says what the verb does with the store.
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 
+// The store with the correction of `key` active; no file is read after that.
+QX_KRLSDK::TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key);
+
+// Each adds one verb or some to those of `store`.
 void AddStoreChangeVerbs(TVerb& store, const TContext& context);
+void AddStoreShowVerb(TVerb& store, const TContext& context);
+void AddStoreExportVerb(TVerb& store);
+void AddStoreRenameVerb(TVerb& store);
 
 } // namespace workbench
 

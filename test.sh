@@ -126,6 +126,10 @@ if [[ " ${presets[*]} " == *" windows-tool "* ]]; then
     lane scripts/windows-libraries.sh >/dev/null
 fi
 
+if [[ " ${presets[*]} " == *" windows"* ]]; then # what Wine makes for its first program takes it half a minute
+    lane scripts/run-wine.sh cmd /c exit >/dev/null 2>&1
+fi
+
 say "Formatting"
 step "formatting" check_formatting
 

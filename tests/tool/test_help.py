@@ -261,17 +261,17 @@ class ManPage(ToolTest):
         self.page = subprocess.run([TOOL, "--man-page"], capture_output=True, text=True, check=True,
                                    env={**os.environ, "SOURCE_DATE_EPOCH": "1700000000"}).stdout
 
-    def rendered(self):
+    def rendered(self, columns):
         shown = subprocess.run(["man", "-l", "-"], input=self.page, capture_output=True, text=True, check=True,
-                               env={**os.environ, "MANWIDTH": "400", "MANROFFOPT": "-c", "LC_ALL": "C.UTF-8"}).stdout
-        return re.sub(".\b", "", shown)
+                               env={**os.environ, "MANWIDTH": str(columns), "MANROFFOPT": "-c", "LC_ALL": "C.UTF-8"})
+        return re.sub(".\b", "", shown.stdout)
 
     def test_has_what_help_has(self):
         self.assertRegex(self.page, r'\A\.TH QXBACKGROUND 1 2023-11-14 "qxbackground [\d.]+" ')
         headings = re.findall(r"(?m)^\.SH (.*)$", self.page)
         self.assertEqual(headings, ["NAME", "SYNOPSIS", "DESCRIPTION", "EXAMPLES", "VERBS", "OPTIONS", "EXIT STATUS",
                                     "ENVIRONMENT", "FILES"])
-        shown = self.rendered()
+        shown = self.rendered(400)
         flat = " ".join(shown.split())
         for name, verb in VERBS.items():
             self.assertIn(f"\n   {name}\n", shown)
@@ -289,6 +289,12 @@ class ManPage(ToolTest):
         result = subprocess.run(["man", "--warnings", "-E", "UTF-8", "-Tutf8", "-Z", "-l", "qxbackground.1"], cwd=self.folder,
                                 capture_output=True, text=True, env={**os.environ, "MANWIDTH": "80", "LC_ALL": "C.UTF-8"})
         self.assertEqual((result.stderr, result.returncode), ("", 0))
+
+    @unittest.skipUnless(shutil.which("man"), "no man here")
+    def test_fits_80_columns_with_options_whole(self):
+        lines = self.rendered(80).splitlines()
+        self.assertGreater(len(lines), 500)
+        self.assertEqual([line for line in lines if len(line) > 80 or line.endswith("\u2010")], [])
 
     @unittest.skipUnless(shutil.which("mandoc"), "no mandoc here")
     def test_mandoc_has_nothing_to_complain_of(self):

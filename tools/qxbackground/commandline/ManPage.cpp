@@ -69,12 +69,26 @@ std::string Paragraph(const std::string& text)
     return page + (isVerbatim ? ".fi\n" : "");
 }
 
+// In lines that fit into what man leaves of 80 columns beside its margins.
+std::string CommandLines(const std::string& command)
+{
+    constexpr std::size_t kMargins = 13;
+    const std::string wrapped = WrappedCommand(command, kMargins);
+    std::string lines;
+    for (std::size_t begin = 0; begin < wrapped.size();) {
+        const std::size_t end = wrapped.find('\n', begin) + 1;
+        lines += wrapped.substr(begin + kMargins, end - begin - kMargins);
+        begin = end;
+    }
+    return lines;
+}
+
 std::string Examples(const TVerb& verb)
 {
     std::string page;
     for (const TVerb::TExample& example : verb.Examples())
         page += kNewParagraph + Escaped(example.what) + ":\n.PP\n.nf\n.RS 4\n" +
-                Escaped(WrappedCommand(example.command, 0)) + ".RE\n.fi\n";
+                Escaped(CommandLines(example.command)) + ".RE\n.fi\n";
     return page;
 }
 
@@ -193,6 +207,7 @@ std::string ManPage(const TVerb& root, const TProgramText& program)
     for (char& character : title)
         character = static_cast<char>(character >= 'a' && character <= 'z' ? character - 'a' + 'A' : character);
     std::string page = ".TH " + title + " 1 " + Day() + " \"" + program.version + "\" \"User Commands\"\n";
+    page += ".nh\n.ad l\n"; // names of options stay whole, and blanks single
     page += ".SH NAME\n" + Escaped(program.name + " - " + program.summary) + "\n";
     page += ".SH SYNOPSIS\n" + Bold(program.name) + " \\fIVERB\\fR [\\fIOPTIONS\\fR] ...\n.br\n" + Bold(program.name) +
             " help \\fIVERB\\fR\n";

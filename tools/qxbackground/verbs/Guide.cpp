@@ -123,13 +123,10 @@ TProgramText ProgramText()
     text.summary = "background correction of 16-bit camera images";
     text.about = {
         "Subtracts what a camera adds to every image by itself, as dark frames show it. Corrections are made of dark "
-        "frames, "
-        "kept in calibration files under a key, and scaled to the exposure and light intensity of the images.",
-        "Images are TIFF, FITS, PNG, PGM, SER and raw files with 16 bits per pixel, told by their content; TIFF and "
-        "FITS are "
-        "written. Pages are counted from 1. Files appear whole or not at all; nothing is written over without "
-        "--overwrite, "
-        "and nothing at all over an input."};
+        "frames, kept in calibration files under a key, and scaled to the exposure and light intensity of the images.",
+        "Images are TIFF, FITS, PNG, PGM, SER and raw files with 16 bits per pixel, told by their content; TIFF, FITS "
+        "and PNG are written. Pages are counted from 1. Files appear whole or not at all; nothing is written over "
+        "without --overwrite, and nothing at all over an input."};
     text.exitStatus = {
         {"0", "Done."},
         {"1",

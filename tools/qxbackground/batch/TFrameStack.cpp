@@ -81,7 +81,7 @@ TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOption
             group.AddTo(*sum);
     });
     group.AddTo(*sum);
-    return {sum->Frames(), sum->Average(), {}, {}};
+    return {sum->Frames(), sum->Average(), {}, {}, {}};
 }
 
 } // namespace workbench

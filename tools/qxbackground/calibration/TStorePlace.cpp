@@ -123,18 +123,21 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
     return place;
 }
 
-std::string GroupFileOf(const TStorePlace& place, const std::string& key)
+std::string GroupValueOf(const std::string& key, const std::string& name)
 {
     const std::vector<std::string> fields = Fields(key);
+    for (std::size_t index = 0; index + 1 < fields.size(); index += 2) {
+        if (fields[index] == name)
+            return fields[index + 1];
+    }
+    return {};
+}
+
+std::string GroupFileOf(const TStorePlace& place, const std::string& key)
+{
     std::string file = place.base;
     for (const std::string& name : place.names) {
-        std::string value;
-        for (std::size_t index = 0; index + 1 < fields.size(); index += 2) {
-            if (fields[index] == name) {
-                value = fields[index + 1];
-                break;
-            }
-        }
+        const std::string value = GroupValueOf(key, name);
         const std::string about = place.Text() + ": key '" + key + "': ";
         if (value.empty())
             throw TToolError(about + "there is no value for the grouping name '" + name + "' (keys read " + name +

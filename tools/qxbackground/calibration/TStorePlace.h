@@ -23,6 +23,9 @@ struct TStorePlace {
 // for a group file because it records them. Throws TToolError when the two do not make a store.
 TStorePlace FindStore(const std::string& path, const std::vector<std::string>& groups);
 
+// The value that `key` has for a grouping name; empty when it has none.
+std::string GroupValueOf(const std::string& key, const std::string& name);
+
 // The name of the group file that holds `key`. Throws TToolError when the key lacks a value for a grouping name, or
 // has one that could not be read back out of a file's name.
 std::string GroupFileOf(const TStorePlace& place, const std::string& key);

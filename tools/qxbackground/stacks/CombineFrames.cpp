@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "stacks/TFrameHeaders.h"
 #include "stacks/TFrameShelf.h"
 #include "stacks/TFrameWatch.h"
 #include "stacks/TPixelCombiner.h"
@@ -146,10 +147,20 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
                           const std::string& what)
 {
     TFrameWatch watch;
+    TFrameHeaders headers(how.headers);
+    const auto look = [&](const TPage& page) {
+        headers.Add(paths[page.file], page.number, page.metadata);
+        watch.Add(paths[page.file], page.number, page.image);
+    };
+    const auto tell = [&](TFrameStack& stack) {
+        stack.warnings = headers.Warnings(what);
+        for (const std::string& warning : watch.Warnings(what))
+            stack.warnings.push_back(warning);
+        stack.shot = headers.Common();
+    };
     if (how.IsPlain()) {
-        TFrameStack stack = ReadFrames(
-            paths, options, [&](const TPage& page) { watch.Add(paths[page.file], page.number, page.image); }, what);
-        stack.warnings = watch.Warnings(what);
+        TFrameStack stack = ReadFrames(paths, options, look, what);
+        tell(stack);
         return stack;
     }
     std::optional<TFrameShelf> shelf;
@@ -160,15 +171,15 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
             size = page.image.size;
             shelf.emplace(size, how.memory);
         }
-        watch.Add(paths[page.file], page.number, page.image);
+        look(page);
         noise.Add(page.image);
         shelf->Put(page.image);
     });
     RequireFrames(how, shelf->Frames(), what);
     TRejected rejected(shelf->Frames());
-    TFrameStack stack{shelf->Frames(), CombineShelf(*shelf, size, how, noise.Adu(), rejected), {}, {}};
+    TFrameStack stack{shelf->Frames(), CombineShelf(*shelf, size, how, noise.Adu(), rejected), {}, {}, {}};
     stack.notes = Notes(how, rejected, watch, size);
-    stack.warnings = watch.Warnings(what);
+    tell(stack);
     return stack;
 }
 

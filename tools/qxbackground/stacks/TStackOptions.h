@@ -1,6 +1,8 @@
 #ifndef QXBACKGROUND_STACKS_TSTACKOPTIONS_H
 #define QXBACKGROUND_STACKS_TSTACKOPTIONS_H
 
+#include "stacks/THeaderDemands.h"
+
 #include <cstddef>
 #include <string>
 
@@ -16,6 +18,7 @@ struct TStackOptions {
     double low = 3, high = 3;                    // in units of the spread: how far a value may lie from the median
     unsigned extremes = 0;                       // with MinMax: how many are left out at either end
     std::size_t memory = std::size_t{128} << 20; // bytes of frames that are held at a time
+    THeaderDemands headers;
 
     // Whether this is what the library does by itself.
     bool IsPlain() const { return combination == TCombination::Average && rejection == TRejection::None; }

@@ -2,11 +2,12 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Choice.h"
-#include "images/TImageReader.h"
+#include "calibration/Doubts.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
 #include <memory>
+#include <set>
 
 namespace workbench {
 
@@ -19,23 +20,61 @@ struct TApplyOptions {
     TCorrectOptions correct;
 };
 
-// Into the options: the key of the correction that fits the images. What it fits by is returned.
-std::string Choose(const TApplyOptions& options, std::string& key)
-{
-    TWantedCorrection wanted;
-    wanted.exposureSeconds = options.correct.conditions.exposureSeconds;
-    wanted.lightIntensityPercent = options.correct.conditions.lightIntensityPercent;
-    wanted.mayBeLarger = !options.correct.region.empty();
-    const std::string& first = options.correct.inputs.front();
-    const std::unique_ptr<TImageReader> reader = OpenImage(first, options.correct.input);
-    if (!reader->NextPage())
-        throw TToolError(first, "holds no image");
-    wanted.width = static_cast<std::uint32_t>(reader->Size().width);
-    wanted.height = static_cast<std::uint32_t>(reader->Size().height);
-    const TChoice choice = ChooseCorrection(options.file, RequireWhole(options.file).corrections, wanted);
-    key = choice.key;
-    return choice.reason;
-}
+// Makes turns of one file's corrections.
+class TTurnsOfFile {
+public:
+    TTurnsOfFile(QX_KRLSDK::TBackgroundCorrection& loaded, const TApplyOptions& wanted)
+        : object(loaded), options(wanted), day(DayOfChange(wanted.file))
+    {}
+
+    // The correction is active then.
+    TTurn Take(const std::string& key)
+    {
+        TTurn turn;
+        turn.object = &object;
+        turn.key = key;
+        turn.what = "'" + Printable(key) + "' of " + options.file;
+        turn.darks.day = day;
+        Call(options.file, [&] {
+            object.SetActive(key);
+            const auto reference = object.Reference();
+            turn.referenceProduct =
+                static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent);
+        });
+        return turn;
+    }
+
+    // Of the correction that fits the image.
+    TTurn Choose(const std::vector<TStoredCorrection>& stored, const TShot& shot, TSize size)
+    {
+        TWantedCorrection wanted;
+        wanted.exposureSeconds = *shot.exposureSeconds;
+        wanted.lightIntensityPercent = options.correct.conditions.lightIntensityPercent;
+        wanted.mayBeLarger = !options.correct.region.empty();
+        wanted.width = static_cast<std::uint32_t>(size.width);
+        wanted.height = static_cast<std::uint32_t>(size.height);
+        const std::vector<TCandidate> candidates = CandidatesOf(options.file, stored);
+        const TChoice choice = ChooseCorrection(options.file, candidates, wanted);
+        const std::string& key = choice.candidate->correction.key;
+        TTurn turn = Take(key);
+        turn.reason = choice.reason;
+        if (chosen.insert(key).second) {
+            for (const std::string& line : HotterThanLonger(options.file, stored, key)) {
+                if (told.insert(line).second)
+                    warnings.push_back(line);
+            }
+        }
+        return turn;
+    }
+
+    std::vector<std::string> warnings;
+
+private:
+    QX_KRLSDK::TBackgroundCorrection& object;
+    const TApplyOptions& options;
+    const std::optional<std::int64_t> day;
+    std::set<std::string> chosen, told;
+};
 
 void RunApply(TContext& context, const TApplyOptions& options)
 {
@@ -43,13 +82,20 @@ void RunApply(TContext& context, const TApplyOptions& options)
         throw TToolError("--key or --auto says which correction is meant");
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
-    std::string key = options.key;
-    const std::string reason = options.chooses ? Choose(options, key) : std::string();
-    Call(options.file, [&] { object.SetActive(key); });
+    TTurnsOfFile turns(object, options);
+    TChooseTurn choose;
+    if (options.chooses)
+        choose = [&, stored = RequireWhole(options.file).corrections](
+                     const std::string&, const TShot& shot, TSize size) { return turns.Choose(stored, shot, size); };
+    else
+        choose = [turn = turns.Take(options.key)](const std::string&, const TShot&, TSize) { return turn; };
+    const TCorrectionPlan plan(options.correct, options.chooses, choose);
+    const TTurn& first = plan.Turns().front();
+    if (plan.Turns().size() > 1)
+        Call(options.file, [&] { object.SetActive(first.key); });
     TCorrectionSetup setup = ReadSetup(options.correct, SizeOf(object));
-    if (!reason.empty())
-        setup.notes.insert(setup.notes.begin(), reason);
-    CorrectImages(context, object, options.correct, "'" + Printable(key) + "' of " + options.file, setup);
+    setup.warnings.insert(setup.warnings.end(), turns.warnings.begin(), turns.warnings.end());
+    CorrectImages(context, plan, options.correct, setup);
 }
 
 } // namespace
@@ -61,13 +107,16 @@ void AddApplyVerb(TVerb& app, TContext& context)
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     CLI::Option* const key = verb.add_option("--key", options->key, "Which correction (letter case ignored)");
     verb.add_flag("--auto", options->chooses,
-                  "Choose the correction: of exactly the images' exposure x intensity, else the nearest that is scaled "
-                  "down, else the nearest; of the images' size. Says which, and by what factor")
+                  "Choose the correction: of exactly the image's exposure x intensity, else the nearest that is scaled "
+                  "down, else the nearest; of the images' size. Says which, and by what factor. Where images' headers "
+                  "say the exposure, each gets its own")
         ->excludes(key);
     AddCorrectOptions(verb, options->correct);
     verb.footer("Examples:\n"
                 "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
-                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 lights/ -o corrected/\n" +
+                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 lights/ -o corrected/\n"
+                "  FITS, which say their exposure: qxbackground apply night.qxb --auto --intensity 100 lights/ -o "
+                "corrected/\n" +
                 std::string(kSomeFailedHelp));
     verb.Run([&context, options] { RunApply(context, *options); });
 }

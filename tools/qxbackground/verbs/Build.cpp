@@ -1,6 +1,7 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
@@ -27,19 +28,20 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
-    const TFrameStack stack = ReadDarks(options.darks, options.input);
+    TConditions conditions = options.conditions;
+    const TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
-                   static_cast<float>(options.conditions.exposureSeconds),
-                   static_cast<float>(options.conditions.lightIntensityPercent));
+                   static_cast<float>(conditions.exposureSeconds),
+                   static_cast<float>(conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
-              << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels ("
-              << options.conditions.Text() << "): " << options.file << " holds "
-              << Counted(object.Count(), "correction") << '\n';
+              << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels (" << conditions.Text()
+              << "): " << options.file << " holds " << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    PrintWarnings(HotterThanLonger(options.file, WalkCalibrationFile(options.file).corrections, options.key));
 }
 
 } // namespace

@@ -2,8 +2,10 @@
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
@@ -36,6 +38,7 @@ void Check(TContext& context, const std::string& path)
     std::cout << Counted(walk.corrections.size(), "correction") << ", " << Counted(walk.fileBytes, "byte") << ": ";
     if (walk.Whole()) {
         std::cout << "loads whole\n";
+        PrintWarnings(HotterThanLonger(path, walk.corrections));
     } else {
         std::cout << Counted(walk.departures.size(), "departure") << '\n';
         context.status = kSomeFailed;

@@ -26,9 +26,15 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     TCorrectionSetup setup;
+    TConditions darkConditions = options.darkConditions;
+    TShot darks;
     const std::string what = [&] {
-        TFrameStack stack = ReadDarks(options.darks, options.correct.input); // freed once the correction is built
+        // Freed once the correction is built.
+        TFrameStack stack = ReadDarks(options.darks, options.correct.input, "--dark-exposure", darkConditions);
+        darks = stack.shot;
+        darks.exposureSeconds.reset();
         setup = ReadSetup(options.correct, stack.Size());
+        WarnOfOtherCamera(darks, setup.bias, setup.warnings);
         if (!options.correct.bias.empty())
             SubtractBias(stack.average, setup.refinement.bias);
         TRefinement& refinement = setup.refinement;
@@ -40,17 +46,26 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
             refinement.history.push_back("Dark frames combined: " + DarksText(stack, options.darks));
         Call(options.darks.files.front(), [&] {
             object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
-                       static_cast<float>(options.darkConditions.exposureSeconds),
-                       static_cast<float>(options.darkConditions.lightIntensityPercent));
+                       static_cast<float>(darkConditions.exposureSeconds),
+                       static_cast<float>(darkConditions.lightIntensityPercent));
         });
         if (options.unfiltered)
             setup.unfilteredDark = std::move(stack.average);
         setup.notes.insert(setup.notes.begin(), stack.notes.begin(), stack.notes.end());
         setup.warnings.insert(setup.warnings.begin(), stack.warnings.begin(), stack.warnings.end());
-        return DarksText(stack, options.darks) + " (" + options.darkConditions.Text() + ")";
+        return DarksText(stack, options.darks) + " (" + darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(context, object, options.correct, what, setup);
+    const TCorrectionPlan plan(options.correct, false, [&](const std::string&, const TShot&, TSize) {
+        TTurn turn;
+        turn.object = &object;
+        turn.key = kKey;
+        turn.what = what;
+        turn.referenceProduct = darkConditions.Product();
+        turn.darks = darks;
+        return turn;
+    });
+    CorrectImages(context, plan, options.correct, setup);
 }
 
 } // namespace

@@ -21,7 +21,15 @@ struct TCorrectionReport {
         std::string input, why;
     };
 
-    std::string what; // the correction, in words
+    struct TCorrection {
+        std::string what;
+        double exposureSeconds = 0, factor = 0;
+        std::uint64_t pages = 0;
+    };
+
+    std::vector<TCorrection> corrections; // those used, and for which exposures
+    std::string what;                     // the correction, in words
+    std::string conditions;               // of the images
     std::vector<std::string> notes, warnings;
     TSize size;
     std::uint64_t pages = 0;           // corrected and written
@@ -33,7 +41,8 @@ struct TCorrectionReport {
     std::vector<std::string> legend; // of the picture
 };
 
-// Adds lines about what does not look right: a background that is scaled up by `factor`, a result that is cut off.
+// Adds lines about what does not look right: a background that is scaled up by `factor` (or less), a result that is cut
+// off.
 void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
 
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);

@@ -2,6 +2,7 @@
 
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "stacks/TShotWatch.h"
 #include "verbs/CorrectionReport.h"
 #include "verbs/DarkFrames.h"
 
@@ -35,6 +36,7 @@ TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size)
         setup.refinement.bias = std::move(bias.average);
         setup.refinement.biasFrames = bias.frames;
         setup.warnings = bias.warnings;
+        setup.bias = bias.shot;
     }
     if (!options.hotList.empty()) {
         setup.refinement.hotPixels = THotPixels::Read(options.hotList);
@@ -46,9 +48,10 @@ TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size)
 }
 
 // Which images the run would correct, and which of them it could not.
-void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const std::string& what, TSize size,
-                        double factor, const TCorrectionSetup& setup)
+void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const TCorrectionPlan& plan, TSize size,
+                        const TCorrectionSetup& setup)
 {
+    TShotWatch watch(options.toleranceCelsius, options.olderDays);
     std::string lines;
     std::size_t failing = 0;
     std::uint64_t pages = 0;
@@ -56,22 +59,31 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
         const std::string& input = options.inputs[file];
         try {
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
-            for (; reader->NextPage(); ++pages)
+            for (; reader->NextPage(); ++pages) {
                 RequireSize(input, *reader, size);
+                const TTurn& turn = plan.For(input, file, reader->Page());
+                watch.Add(input, ShotOf(reader->Metadata()), plan.Expected(turn));
+            }
             lines += "  " + input + " -> " + (options.IsBatch() ? options.outputs[file] : options.output) + '\n';
         } catch (const TToolError& error) {
             ++failing;
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';
         }
     }
+    std::string factors = fmt::format("{:.4g}", plan.LeastFactor());
+    if (const std::string largest = fmt::format("{:.4g}", plan.LargestFactor()); largest != factors)
+        factors += " to " + largest;
     std::cout << "Would correct " << Counted(pages, "page") << " of "
-              << Counted(options.inputs.size() - failing, "file") << " with " << what << ", scaled by "
-              << fmt::format("{:.4g}", factor) << "; nothing is written:\n"
+              << Counted(options.inputs.size() - failing, "file") << " with " << plan.What() << ", scaled by "
+              << factors << "; nothing is written:\n"
               << lines;
+    PrintNotes(plan.Notes());
     PrintNotes(setup.notes);
     TCorrectionReport report;
     report.warnings = setup.warnings;
-    AddWarnings(report, options, factor);
+    for (const std::string& warning : watch.Warnings())
+        report.warnings.push_back(warning);
+    AddWarnings(report, options, plan.LargestFactor());
     PrintWarnings(report.warnings);
     if (failing > 0)
         context.status = kSomeFailed;

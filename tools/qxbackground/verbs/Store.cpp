@@ -7,7 +7,6 @@
 #include "calibration/SteadyRead.h"
 #include "calibration/TStorePlace.h"
 #include "calibration/TWorkingFolder.h"
-#include "verbs/CorrectionRun.h"
 #include "verbs/StoreVerbs.h"
 #include "verbs/Verbs.h"
 
@@ -23,22 +22,6 @@ namespace workbench {
 namespace {
 
 using QX_KRLSDK::TBackgroundCorrection;
-
-// For a failure over a whole store the library gives no text, so this looks for the file that causes it.
-void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
-{
-    try {
-        Call(place.Text(), step);
-    } catch (const TToolError&) {
-        for (const TClaimedFile& file : ClaimedFiles(place)) {
-            const std::string path = place.PathOf(file.name).string();
-            const TCalibrationWalk walk = WalkCalibrationFile(path);
-            if (!walk.Whole())
-                throw TToolError(path, "does not load whole (" + walk.Complaint() + ")");
-        }
-        throw;
-    }
-}
 
 struct TStoreListOptions {
     TStoreOptions store;
@@ -97,30 +80,22 @@ void ListStore(const TContext& context, const TStoreListOptions& options)
               << listing.text;
 }
 
-struct TStoreApplyOptions {
-    TStoreOptions store;
-    std::string key;
-    TCorrectOptions correct;
-};
-
-void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
-{
-    const TStorePlace place = FindStore(options.store.base, options.store.groups);
-    const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
-    TBackgroundCorrection object = context.Library().MakeStore(place.names);
-    ReadStoreSteadily(place, [&] {
-        if (!std::filesystem::exists(file))
-            throw TToolError(file, "the group of key '" + options.key + "' has no file");
-        RequireWhole(file);
-        const TWorkingFolder working(place.folder);
-        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
-        Call(file, [&] { object.SetActive(options.key); }); // reads the group; nothing is read after that
-    });
-    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,
-                  ReadSetup(options.correct, SizeOf(object)));
-}
-
 } // namespace
+
+void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
+{
+    try {
+        Call(place.Text(), step);
+    } catch (const TToolError&) {
+        for (const TClaimedFile& file : ClaimedFiles(place)) {
+            const std::string path = place.PathOf(file.name).string();
+            const TCalibrationWalk walk = WalkCalibrationFile(path);
+            if (!walk.Whole())
+                throw TToolError(path, "does not load whole (" + walk.Complaint() + ")");
+        }
+        throw;
+    }
+}
 
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
 {
@@ -155,15 +130,7 @@ void AddStoreVerb(TVerb& app, TContext& context)
         verb.add_flag("--json", options->json, "Print as JSON");
         verb.Run([&context, options] { ListStore(context, *options); });
     }
-    {
-        TVerb& verb = store.AddVerb("apply", "Correct images with a correction of a store");
-        const auto options = std::make_shared<TStoreApplyOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.add_option("--key", options->key, "Which correction; its group is found by its key")->required();
-        AddCorrectOptions(verb, options->correct);
-        verb.footer(kSomeFailedHelp);
-        verb.Run([&context, options] { ApplyFromStore(context, *options); });
-    }
+    AddStoreApplyVerb(store, context);
 }
 
 } // namespace workbench

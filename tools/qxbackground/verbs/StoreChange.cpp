@@ -2,12 +2,14 @@
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
 #include "calibration/TWorkingFolder.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
 
 #include <cctype>
@@ -70,26 +72,34 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
     CheckKey(options.key);
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
-    const std::string file = GroupFileOf(place, options.key);
-    if (!options.newGroup)
+    const bool isOpen = MayBeCompleted(place, options.key); // by the frames' headers, which are read with the frames
+    if (!isOpen && !options.newGroup)
+        RefuseAlmostSameGroup(place, GroupFileOf(place, options.key));
+    TConditions conditions = options.conditions;
+    const TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
+    CheckKey(key);
+    const std::string file = GroupFileOf(place, key);
+    if (isOpen && !options.newGroup)
         RefuseAlmostSameGroup(place, file);
-    const TFrameStack stack = ReadDarks(options.darks, options.input);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        Call(About(place, options.key), [&] {
-            object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
-                       static_cast<float>(options.conditions.exposureSeconds),
-                       static_cast<float>(options.conditions.lightIntensityPercent));
+        Call(About(place, key), [&] {
+            object.Add(key, stack.Pointers(), stack.Size().width, stack.Size().height,
+                       static_cast<float>(conditions.exposureSeconds),
+                       static_cast<float>(conditions.lightIntensityPercent));
         });
         scratch.SaveAndCommit(object);
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << DarksText(stack, options.darks) << " of "
-              << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
+    std::cout << "Added '" << Printable(key) << "' from " << DarksText(stack, options.darks) << " of "
+              << stack.Size().Text() << " pixels (" << conditions.Text() << ") to the group file "
               << place.PathOf(file).string() << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    const std::string path = place.PathOf(file).string();
+    PrintWarnings(HotterThanLonger(path, WalkCalibrationFile(path).corrections, key));
 }
 
 struct TStoreKeyOptions {
@@ -244,7 +254,11 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
         const auto options = std::make_shared<TStoreAddOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+        verb.add_option("--key", options->key,
+                        std::string(kKeyHelp) + ". It names its group: A,1,B,2. Values of Gain, "
+                                                "Binning, Temperature and Exposure may be left "
+                                                "out where the frames' headers say them")
+            ->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);

@@ -1,0 +1,28 @@
+#include "batch/TOutputFolder.h"
+
+#include "base/TToolError.h"
+
+#include <system_error>
+
+namespace workbench {
+
+namespace fs = std::filesystem;
+
+TOutputFolder::TOutputFolder(const std::string& path)
+{
+    std::error_code error;
+    for (fs::path part = path; !part.empty() && !fs::exists(part, error); part = part.parent_path())
+        made.push_back(part);
+    fs::create_directories(path, error);
+    if (!fs::is_directory(path))
+        throw TToolError(path, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
+}
+
+TOutputFolder::~TOutputFolder()
+{
+    std::error_code ignored;
+    for (const fs::path& part : made)
+        fs::remove(part, ignored); // not when there is something in it
+}
+
+} // namespace workbench

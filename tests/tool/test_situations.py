@@ -1,4 +1,5 @@
 """What can be wrong with a correction though every file is fine: each is told, and the right correction is chosen."""
+import hashlib
 import json
 import os
 
@@ -403,6 +404,49 @@ class Groups(Situation):
         self.refused("store", "add", "t", "--group", "Binning", "--group", "Temp", "--key", "z", "--intensity", 100,
                      self.fits("d.fits", 100, EXPTIME=2, XBINNING=2), says=["'Temp'", "the frames' headers do not say one"])
         self.assertEqual(said, [])
+
+
+class Recorded(Situation):
+    """What stands beside a calibration file of how it was built. Nothing is said where nothing is recorded."""
+
+    def record(self, key, exposure, bias, date="2026-11-22T06:35:00Z", level=100, pixels=None):
+        frames = {"frames": 2, "files": [{"name": "x.tif", "bytes": 1, "sha256": None}]}
+        data = (self.folder / "c.qxb").read_bytes()[-20 * 30 * 2:]
+        entry = {"key": key, "width": 30, "height": 20, "exposureSeconds": exposure, "lightIntensityPercent": 100,
+                 "pixelsSha256": hashlib.sha256(pixels or data).hexdigest(),
+                 "built": {"date": date, "tool": "x", "combine": "average", "reject": "none", "darks": frames,
+                           "bias": frames if bias else None, "hotPixels": {"sigma": 5, "hot": 0, "dead": 0}, "notes": [],
+                           "warnings": []}}
+        (self.folder / "c.qxb.json").write_text(json.dumps({"format": "qxbackground-provenance", "version": 1,
+                                                            "corrections": [entry]}))
+
+    def test_a_bias_on_one_side_only(self):
+        self.build("k", 1)
+        (self.folder / "c.qxb.json").unlink(missing_ok=True)
+        self.write("light.tif", [self.flat(900)])
+        self.write("bias.tif", [self.flat(50)])
+        with_bias = ["--bias", "bias.tif", "--warn-clipped", 100]
+        self.assertEqual(self.apply(1, "--key", "k"), [])
+        self.assertEqual(self.apply(1, "--key", "k", *with_bias), [])
+        self.record("k", 1, bias=True)
+        self.assertEqual(self.apply(1, "--key", "K"),
+                         ["'K' of c.qxb: built with --bias, which took the camera's offset off the dark frames; without "
+                          "--bias here it stays in the images"])
+        self.assertEqual(self.apply(1, "--key", "k", *with_bias), [])
+        self.record("k", 1, bias=False)
+        self.assertEqual(self.apply(1, "--key", "k"), [])
+        self.assertEqual(self.apply(1, "--auto", *with_bias),
+                         ["'k' of c.qxb: built without --bias, so that it holds the camera's offset; with --bias here that "
+                          "is taken off the images twice"])
+        self.record("k", 1, bias=False, pixels=b"of another correction")
+        self.assertEqual(self.apply(1, "--key", "k", *with_bias), [])
+
+    def test_its_date_counts(self):
+        self.build("k", 1)
+        self.fits("a.fits", EXPTIME=1, DATE__OBS="2026-11-22")
+        self.assertEqual(self.apply(1, "--key", "k", image="a.fits"), [])
+        self.record("k", 1, bias=False, date="2024-11-22T06:35:00Z")
+        self.assertIn("730 days older than a.fits", self.apply(1, "--key", "k", image="a.fits")[0])
 
 
 class Neighbours(Situation):

@@ -6,6 +6,7 @@
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
+#include <map>
 #include <memory>
 #include <set>
 
@@ -41,6 +42,8 @@ public:
             turn.referenceProduct =
                 static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent);
         });
+        active = key;
+        TakeRecord(turn, TCalibrationPlace(options.file));
         return turn;
     }
 
@@ -56,16 +59,20 @@ public:
         const std::vector<TCandidate> candidates = CandidatesOf(options.file, stored);
         const TChoice choice = ChooseCorrection(options.file, candidates, wanted);
         const std::string& key = choice.candidate->correction.key;
-        TTurn turn = Take(key);
-        turn.reason = choice.reason;
-        if (chosen.insert(key).second) {
+        auto known = chosen.find(key);
+        if (known == chosen.end()) {
+            known = chosen.emplace(key, Take(key)).first;
             for (const std::string& line : HotterThanLonger(options.file, stored, key)) {
                 if (told.insert(line).second)
                     warnings.push_back(line);
             }
         }
+        TTurn turn = known->second;
+        turn.reason = choice.reason;
         return turn;
     }
+
+    const std::string& Active() const { return active; }
 
     std::vector<std::string> warnings;
 
@@ -73,7 +80,9 @@ private:
     QX_KRLSDK::TBackgroundCorrection& object;
     const TApplyOptions& options;
     const std::optional<std::int64_t> day;
-    std::set<std::string> chosen, told;
+    std::string active;                  // key
+    std::map<std::string, TTurn> chosen; // by their keys
+    std::set<std::string> told;
 };
 
 void RunApply(TContext& context, const TApplyOptions& options)
@@ -91,7 +100,7 @@ void RunApply(TContext& context, const TApplyOptions& options)
         choose = [turn = turns.Take(options.key)](const std::string&, const TShot&, TSize) { return turn; };
     const TCorrectionPlan plan(options.correct, options.chooses, choose);
     const TTurn& first = plan.Turns().front();
-    if (plan.Turns().size() > 1)
+    if (turns.Active() != first.key)
         Call(options.file, [&] { object.SetActive(first.key); });
     TCorrectionSetup setup = ReadSetup(options.correct, SizeOf(object));
     setup.warnings.insert(setup.warnings.end(), turns.warnings.begin(), turns.warnings.end());

@@ -262,6 +262,8 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
     report.notes = plan.Notes();
     report.notes.insert(report.notes.end(), setup.notes.begin(), setup.notes.end());
     report.warnings = setup.warnings;
+    for (const std::string& warning : plan.Warnings())
+        report.warnings.push_back(warning);
     TImage background;
     const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
     if (options.noStatistics && options.picture.empty() && !isUnfiltered) {

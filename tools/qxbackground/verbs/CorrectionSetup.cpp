@@ -81,6 +81,8 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
     PrintNotes(setup.notes);
     TCorrectionReport report;
     report.warnings = setup.warnings;
+    for (const std::string& warning : plan.Warnings())
+        report.warnings.push_back(warning);
     for (const std::string& warning : watch.Warnings())
         report.warnings.push_back(warning);
     AddWarnings(report, options, plan.LargestFactor());

@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <set>
 
 namespace workbench {
 
@@ -56,6 +55,7 @@ public:
         turn.darks = ShotOf(ConditionsOfKey(place, key));
         turn.darks.exposureSeconds.reset();
         turn.darks.day = DayOfChange(file);
+        TakeRecord(turn, TCalibrationPlace(place));
         return turn;
     }
 
@@ -87,7 +87,7 @@ TCorrectionPlan PlanByHeaders(const TStoreApplyOptions& options, const TStorePla
     wanted.values = options.values;
     RequireGroupingNames(place, wanted);
     const std::vector<TCandidate> all = CandidatesOf(place);
-    std::set<std::string> looked; // keys
+    std::map<std::string, TTurn> turns; // by their keys
     return {options.correct, true, [&, wanted](const std::string& path, const TShot& shot, TSize size) mutable {
                 wanted.images = ConditionsOf(shot);
                 TWantedCorrection image;
@@ -99,15 +99,17 @@ TCorrectionPlan PlanByHeaders(const TStoreApplyOptions& options, const TStorePla
                 const std::vector<TCandidate> fitting = InFittingGroups(place, all, wanted, path);
                 const TChoice choice = ChooseCorrection(place.Text(), fitting, image);
                 const TCandidate& chosen = *choice.candidate;
-                TTurn turn = groups.Take(chosen.correction.key);
-                turn.reason = choice.reason;
-                if (looked.insert(turn.key).second) {
+                auto known = turns.find(chosen.correction.key);
+                if (known == turns.end()) {
+                    known = turns.emplace(chosen.correction.key, groups.Take(chosen.correction.key)).first;
                     for (const std::string& line :
                          HotterThanLonger(chosen.file, RequireWhole(chosen.file).corrections, chosen.correction.key)) {
                         if (std::find(warnings.begin(), warnings.end(), line) == warnings.end())
                             warnings.push_back(line);
                     }
                 }
+                TTurn turn = known->second;
+                turn.reason = choice.reason;
                 return turn;
             }};
 }
@@ -126,7 +128,8 @@ void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
                                               return turn;
                                           });
     const TTurn& first = plan.Turns().front();
-    Call(first.what, [&] { first.object->SetActive(first.key); });
+    if (options.chooses)
+        Call(first.what, [&] { first.object->SetActive(first.key); });
     TCorrectionSetup setup = ReadSetup(options.correct, SizeOf(*first.object));
     setup.warnings.insert(setup.warnings.end(), warnings.begin(), warnings.end());
     CorrectImages(context, plan, options.correct, setup);

@@ -5,6 +5,7 @@
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "images/TImageReader.h"
+#include "stacks/TFrameWatch.h"
 
 #include <fmt/format.h>
 
@@ -190,6 +191,25 @@ std::vector<std::string> TCorrectionPlan::Notes() const
     if (turns.size() > kMost)
         notes.push_back(fmt::format("and so on for {} more exposures", turns.size() - kMost));
     return notes;
+}
+
+std::vector<std::string> TCorrectionPlan::Warnings() const
+{
+    std::set<std::string> taken, kept;
+    for (const TTurn& turn : turns) {
+        if (turn.hasBias.has_value())
+            (*turn.hasBias ? taken : kept).insert(turn.what);
+    }
+    std::vector<std::string> warnings;
+    const auto named = [](const std::set<std::string>& names) { return FirstOf({names.begin(), names.end()}); };
+    if (!taken.empty() && options.bias.empty())
+        warnings.push_back(named(taken) + ": built with --bias, which took the camera's offset off the dark frames; "
+                                          "without --bias here it stays in the images");
+    if (!kept.empty() && !options.bias.empty())
+        warnings.push_back(named(kept) +
+                           ": built without --bias, so that it holds the camera's offset; with --bias here "
+                           "that is taken off the images twice");
+    return warnings;
 }
 
 TShot TCorrectionPlan::Expected(const TTurn& turn) const

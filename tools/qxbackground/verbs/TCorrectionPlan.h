@@ -40,6 +40,8 @@ public:
     double LargestFactor() const;
     // What was chosen and why, one line for each turn.
     std::vector<std::string> Notes() const;
+    // What does not fit between the options and how corrections were built.
+    std::vector<std::string> Warnings() const;
     // What the dark frames and the options say of an image of that turn, to be held against its header.
     TShot Expected(const TTurn& turn) const;
 

@@ -1,8 +1,11 @@
 #include "verbs/TTurn.h"
 
 #include "base/TToolError.h"
+#include "calibration/TProvenance.h"
+#include "images/FitsCards.h"
 
 #include <cstdio>
+#include <filesystem>
 
 namespace workbench {
 
@@ -41,6 +44,26 @@ void Activate(const TTurn& turn, const TCorrectOptions& options)
 {
     Call(turn.what, [&] { turn.object->SetActive(turn.key); });
     Configure(turn, options);
+}
+
+void TakeRecord(TTurn& turn, const TCalibrationPlace& place)
+{
+    if (!std::filesystem::exists(place.ProvenanceFile()))
+        return;
+    const std::optional<std::string> key = turn.object->ActiveKey(); // as it is spelled in the file
+    if (!key)
+        return;
+    for (const TStoredCorrection& stored : WalkCalibrationFile(place.FileOf(place.GroupOf(*key))).corrections) {
+        if (stored.key != *key)
+            continue;
+        const std::optional<TProvenanceEntry> entry = KnownProvenance(place, stored);
+        if (!entry || !entry->built)
+            return;
+        turn.hasBias = entry->built->bias.has_value();
+        if (const std::optional<std::int64_t> day = DayIn(entry->built->date))
+            turn.darks.day = day;
+        return;
+    }
 }
 
 } // namespace workbench

@@ -1,11 +1,13 @@
 #ifndef QXBACKGROUND_VERBS_TTURN_H
 #define QXBACKGROUND_VERBS_TTURN_H
 
+#include "calibration/TCalibrationPlace.h"
 #include "calibration/TContext.h"
 #include "images/TShot.h"
 #include "verbs/Options.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace workbench {
@@ -18,6 +20,7 @@ struct TTurn {
     std::string reason;          // why it was chosen; empty where the command names it
     double referenceProduct = 0; // exposure x intensity of the dark frames
     TShot darks;                 // how they were taken, as far as it is known; without the exposure
+    std::optional<bool> hasBias; // taken off the dark frames; where that is known
 
     // Filled in by the plan.
     double exposureSeconds = 0; // of the images
@@ -30,6 +33,9 @@ struct TTurn {
 void SetExposure(const TTurn& turn, const TCorrectOptions& options);
 void Configure(const TTurn& turn, const TCorrectOptions& options);
 void Activate(const TTurn& turn, const TCorrectOptions& options);
+
+// Takes into the turn, whose correction is active, what is recorded of how that was built.
+void TakeRecord(TTurn& turn, const TCalibrationPlace& place);
 
 } // namespace workbench
 

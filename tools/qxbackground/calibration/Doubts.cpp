@@ -67,9 +67,9 @@ std::vector<std::string> HotterThanLonger(const std::string& path, const std::ve
             sorted.push_back(&correction);
     }
     // Those of one size together, by what they should be sorted.
-    std::stable_sort(sorted.begin(), sorted.end(), [](const TStoredCorrection* one, const TStoredCorrection* other) {
-        return std::tuple(one->width, one->height, ProductOf(*one)) <
-               std::tuple(other->width, other->height, ProductOf(*other));
+    std::sort(sorted.begin(), sorted.end(), [](const TStoredCorrection* one, const TStoredCorrection* other) {
+        return std::tuple(one->width, one->height, ProductOf(*one), one->offset) <
+               std::tuple(other->width, other->height, ProductOf(*other), other->offset);
     });
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     std::vector<std::string> lines;

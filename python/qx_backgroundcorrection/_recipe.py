@@ -6,8 +6,9 @@ import operator
 import os
 import tempfile
 from dataclasses import dataclass
+from functools import cached_property
 from hashlib import sha256
-from typing import Any, Optional, Tuple, Union
+from typing import Any, Iterable, Optional, Tuple, Union
 
 import numpy as np
 
@@ -87,7 +88,7 @@ class Recipe:
     level: int
     region: Optional[Region]
 
-    @property
+    @cached_property
     def token(self) -> str:
         settings: Tuple[object, ...] = (type(self.source).__name__, self.source.digest, self.exposure, self.intensity,
                                         self.level, self.region)
@@ -205,7 +206,11 @@ def check_images(shape: Tuple[int, ...], correction: Tuple[int, int], region: Op
 def apply_to_stack(processor: Processor, images: Image, out: Image) -> None:
     """Corrects images (..., height, width) into `out`, which may be the images themselves."""
     in_place = out is images
-    for index in np.ndindex(images.shape[:-2]):
+    # Chunks mostly have one leading axis; numpy's walk over indices costs more than a small image.
+    indices: Iterable[Any] = range(images.shape[0])
+    if images.ndim != 3:
+        indices = np.ndindex(images.shape[:-2])
+    for index in indices:
         if in_place:
             processor.apply(images[index])
         else:

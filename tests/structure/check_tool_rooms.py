@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks rules about the workbench's sources: each room includes only the rooms that it may know, the operating system is
-met in base/posix and base/windows alone, files are named like their headers and headers like their classes.
+met in base/posix and base/windows alone, files are named like their headers and headers like their classes, and opened by
+paths.
 
 check_tool_rooms.py ROOT           reports every violation below ROOT/tools/qxbackground and fails when there is one
 check_tool_rooms.py --self-test    makes violations of every kind and fails when one is not reported
@@ -31,6 +32,9 @@ SYSTEM_ROOMS = ("base/posix/", "base/windows/")
 # A class, but no declaration of one, and nothing within another class.
 CLASS = re.compile(r"^class (T\w+)[^;]*$", re.M)
 LONGEST = 400
+# Windows finds a file of any name by a path, and by a text only what its code page can spell.
+OPENED = re.compile(r"\bi?o?fstream (?!&)\w+[({]|\bi?o?fstream\(|\bstream\.open\(|\bfile\.open\(")
+BY_PATH = re.compile(r"std::filesystem::path[({]|fs::path[({]")
 
 
 def check_includes(path, number, name, tool):
@@ -76,6 +80,9 @@ def check(root):
             yield path, 0, f"has more than {LONGEST} lines"
         yield from check_names(path, text, tool)
         for number, line in enumerate(text.splitlines(), 1):
+            opened = OPENED.search(line)
+            if opened and not BY_PATH.match(line, opened.end()):
+                yield path, number, "opens a file by a text instead of by a path"
             include = INCLUDE.match(line)
             if include and include.group(1):
                 yield from check_includes(path, number, include.group(1), tool)
@@ -86,7 +93,8 @@ def check(root):
 GOOD_TREE = {
     "main.cpp": '#include "base/Text.h"\n#include "verbs/Verbs.h"\n',
     "base/Text.h": "#include <string>\nclass TOther;\nstruct TPart {\n};\n",
-    "base/Text.cpp": '#include "base/Text.h"\n// #include <unistd.h> would be wrong\n',
+    "base/Text.cpp": '#include "base/Text.h"\n// #include <unistd.h> would be wrong\n'
+                     'std::ofstream file(std::filesystem::path(name));\nvoid Put(std::ofstream& file);\n',
     "base/TLock.h": "class TLock {\n    class TInner {\n    };\n};\n",
     "base/posix/TLock.cpp": '#include "base/TLock.h"\n#include <unistd.h>\n',
     "base/windows/TLock.cpp": '#include "base/TLock.h"\n#include "base/windows/Handle.h"\n#include <windows.h>\n',
@@ -129,6 +137,10 @@ VIOLATIONS = [
     ("images/Bad.h", "class TGood final : public TImage {\n};\n", "not named like its class"),
     ("images/TBad.h", "class TBad;\n", "does not hold"),
     ("images/Bad.h", "\n" * (LONGEST + 1), "lines"),
+    ("images/Bad.h", "std::ifstream from(options.file, std::ios::binary);\n", "by a text"),
+    ("images/Bad.h", "    source = std::fstream(name);\n", "by a text"),
+    ("images/Bad.h", "    std::ifstream file{name};\n", "by a text"),
+    ("images/Bad.h", "    stream.open(file->Path(), std::ios::binary);\n", "by a text"),
 ]
 
 

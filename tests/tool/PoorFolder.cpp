@@ -3,7 +3,7 @@
 //   nolock     files cannot be locked
 //   noname     a file cannot be made without a name
 // and QX_PAUSE_AT_FLUSH the name of a file: the program makes it before it flushes what it wrote, and waits until it
-// is gone.
+// is gone. QX_END_AT_RENAME is a number: the program ends, with status 9, when it would rename its so manieth file.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -64,4 +64,14 @@ extern "C" int fsync(int descriptor)
             usleep(1000);
     }
     return original(descriptor);
+}
+
+extern "C" int rename(const char* from, const char* to)
+{
+    static int renamed = 0;
+    if (const char* const end = std::getenv("QX_END_AT_RENAME"); end != nullptr && ++renamed == std::atoi(end))
+        _exit(9);
+    using TRename = int (*)(const char*, const char*);
+    static const auto original = reinterpret_cast<TRename>(dlsym(RTLD_NEXT, "rename"));
+    return original(from, to);
 }

@@ -33,10 +33,24 @@ def by_convert(*options, kind):
     """ImageMagick, of the first page alone where the format has no more."""
     def write(path, pages):
         source = path.with_name(path.name + ".source.tif")
-        plain_tiff(source, pages[:1] if kind != "TIFF" else pages)
+        plain_tiff(source, pages[:1] if not kind.startswith("TIFF") else pages)
         run("convert", source, "-depth", 16, *options, f"{kind}:{path}")
         source.unlink()
     return write
+
+
+def by_raw2tiff(path, pages):
+    """libtiff's own maker of TIFF files, of the first page."""
+    height, width = pages[0].shape
+    source = path.with_name(path.name + ".source.raw")
+    pages[0].astype("<u2").tofile(source)
+    run("raw2tiff", "-w", width, "-l", height, "-d", "short", "-p", "minisblack", source, path)
+    source.unlink()
+
+
+def raw_by_convert(path, pages):
+    run("convert", "-size", "x".join(map(str, pages[0].shape[::-1])), "-depth", 16, "-endian", "MSB",
+        "GRAY:-", "-depth", 16, "-endian", "LSB", f"GRAY:{path}", input=pages[0].astype(">u2").tobytes())
 
 
 def by_tifffile(**how):
@@ -112,6 +126,20 @@ def pgm_by_netpbm(*filters):
     return write
 
 
+def gray_profile():
+    """A small ICC profile, version 2: gray values that are proportional to the light."""
+    white = struct.pack(">3i", 0xF6D6, 0x10000, 0xD32D)  # D50, in 65536ths
+    tags = {b"desc": b"desc" + bytes(4) + struct.pack(">I", 5) + b"gray\0" + bytes(78), b"wtpt": b"XYZ " + bytes(4) + white,
+            b"cprt": b"text" + bytes(4) + b"none\0", b"kTRC": b"curv" + bytes(4) + struct.pack(">IH", 1, 256)}
+    table, data, at = b"", b"", 128 + 4 + 12 * len(tags)
+    for name, content in tags.items():
+        table += name + struct.pack(">II", at + len(data), len(content))
+        data += content + bytes(-len(content) % 4)
+    header = struct.pack(">I4xI4s4s4s6H4s28x", at + len(data), 0x02400000, b"mntr", b"GRAY", b"XYZ ", 2026, 1, 2, 3, 4, 5,
+                         b"acsp") + white
+    return header.ljust(128, b"\0") + struct.pack(">I", len(tags)) + table + data
+
+
 def chunk(kind, data):
     """A chunk of a PNG file."""
     return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
@@ -140,6 +168,9 @@ WRITERS = {
     "big-endian.tif": (by_tifffile(byteorder=">"), every),
     "big-endian-strips.tif": (by_tifffile(byteorder=">", rowsperstrip=5), every),
     "bigtiff.tif": (by_tifffile(bigtiff=True), every),
+    "bigtiff-big-endian-strips.tif": (by_tifffile(bigtiff=True, byteorder=">", rowsperstrip=5), every),
+    "deflate-strips.tif": (by_tifffile(rowsperstrip=5, compression="deflate"), every),
+    "big-endian-tiles-deflate.tif": (by_tifffile(byteorder=">", tile=(32, 16), compression="deflate"), every),
     "tiles.tif": (by_tifffile(tile=(16, 32)), every),
     "deflate-tiles-predictor.tif": (by_tifffile(tile=(16, 16), compression="deflate", predictor=True), every),
     "image-j.tif": (image_j, every),
@@ -148,9 +179,14 @@ WRITERS = {
     "tiffcp-zip-big-endian.tif": (by_tiffcp("-B", "-c", "zip:2"), every),
     "tiffcp-packbits.tif": (by_tiffcp("-c", "packbits"), every),
     "tiffcp-bigtiff-tiles.tif": (by_tiffcp("-8", "-t", "-w", "32", "-l", "16"), every),
+    "tiffcp-lzw-tiles-big-endian.tif": (by_tiffcp("-B", "-c", "lzw:2", "-t", "-w", "16", "-l", "16"), every),
+    "raw2tiff.tif": (by_raw2tiff, first),
     "tiffcp-lsb-bits.tif": (by_tiffcp("-f", "lsb2msb"), every),
     "convert-lzw.tif": (by_convert("-compress", "LZW", kind="TIFF"), every),
     "convert-big-endian.tif": (by_convert("-compress", "None", "-endian", "MSB", kind="TIFF"), every),
+    "convert-zip.tif": (by_convert("-compress", "Zip", kind="TIFF"), every),
+    "convert-bigtiff.tif": (by_convert("-compress", "None", kind="TIFF64"), every),
+    "convert-tiles.tif": (by_convert("-compress", "LZW", "-define", "tiff:tile-geometry=16x16", kind="TIFF"), every),
     "convert.png": (by_convert(kind="PNG"), first),
     "convert-interlaced.png": (by_convert("-interlace", "PNG", kind="PNG"), first),
     "convert.pgm": (by_convert(kind="PGM"), first),

@@ -77,6 +77,12 @@ class Pixels(FormatTest):
 
 
 class Raw(FormatTest):
+    def test_frames_of_another_program(self):
+        pages = self.some(1)
+        formats.raw_by_convert(self.folder / "f.gray", pages)
+        self.unchanged("f.gray", "--raw", f"{self.WIDTH}x{self.HEIGHT}")
+        self.assert_same_pages(self.read("o.tif"), pages)
+
     def test_frames_behind_an_offset(self):
         pages = self.some()
         data = np.array(pages).astype("<u2").tobytes()

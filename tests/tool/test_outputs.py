@@ -20,10 +20,10 @@ CODES = {"ImageDescription": 270, "Make": 271, "Model": 272, "Software": 305, "A
 
 
 class OutputTest(FormatTest):
-    def tagged(self, name, pages, description=TAGS["ImageDescription"]):
+    def tagged(self, name, pages, description=TAGS["ImageDescription"], profile=bytes(range(256)) + bytes(44)):
         tags = [(CODES[tag], "s", 0, text, False) for tag, text in TAGS.items() if tag in ("Make", "Model", "Artist",
                 "HostComputer", "Copyright", "DocumentName", "PageName")]
-        tags += [(274, "H", 1, 3, True), (34675, "B", 300, bytes(range(256)) + bytes(44), True),
+        tags += [(274, "H", 1, 3, True), (34675, "B", len(profile), profile, True),
                  (700, "B", 11, b"<x:xmpmeta>", True)]
         formats.plain_tiff(self.folder / name, pages, description=description, software=TAGS["Software"],
                            datetime=TAGS["DateTime"], resolution=(300, 150), resolutionunit="CENTIMETER",
@@ -51,6 +51,31 @@ class Tiff(OutputTest):
                 self.assertEqual(bytes(tags["InterColorProfile"].value), bytes(range(256)) + bytes(44))
                 self.assertEqual(bytes(tags["XMP"].value), b"<x:xmpmeta>")
                 self.assertEqual(tiff.pages[1].tags["PageName"].value, "a page")
+
+    def test_other_programs_read_the_tags_back(self):
+        """Of each verb that writes images, by libtiff's tools and ImageMagick."""
+        profile = formats.gray_profile()
+        self.tagged("i.tif", self.some(1), profile=profile)
+        page = tifffile.imread(self.folder / "i.tif")
+        self.tool("build", "zero.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "zero.tif")
+        for name, command in [
+                ("a.tif", ["apply", "zero.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "i.tif", "-o", "a.tif"]),
+                ("out/i.tif", ["correct", "--dark", "zero.tif", *CONDITIONS, "i.tif", "-o", "out/", "--compress"]),
+                ("c.tif", ["convert", "i.tif", "-o", "c.tif"])]:
+            with self.subTest(command=command[0]):
+                self.tool(*command)
+                np.testing.assert_array_equal(tifffile.imread(self.folder / name), page)
+                info = subprocess.run(["tiffinfo", name], cwd=self.folder, capture_output=True, text=True)
+                self.assertEqual((info.returncode, info.stderr), (0, ""))
+                for line in ("ImageDescription: Ein Bild", "Resolution: 300, 150 pixels/cm", "Artist: me",
+                             "DateTime: 2026:01:02 03:04:05", "Software: a program", "Orientation: row 0 bottom, col 0 rhs",
+                             f"ICC Profile: <present>, {len(profile)} bytes"):
+                    self.assertIn(line, info.stdout)
+                formats.run("convert", self.folder / name, f"icc:{self.folder / 'back.icc'}")
+                self.assertEqual((self.folder / "back.icc").read_bytes(), profile)
+                formats.run("convert", self.folder / name, "-depth", 16, "-endian", "LSB",
+                            f"GRAY:{self.folder / 'back.raw'}")
+                np.testing.assert_array_equal(np.fromfile(self.folder / "back.raw", "<u2").reshape(page.shape), page)
 
     def test_compressed_is_deflate_with_the_horizontal_predictor(self):
         pages = [np.arange(self.WIDTH * self.HEIGHT, dtype=np.uint16).reshape(self.HEIGHT, self.WIDTH)]
@@ -102,13 +127,15 @@ class Tiff(OutputTest):
 
     def test_png_says_what_it_has(self):
         formats.plain_tiff(self.folder / "a.tif", self.some(1))
-        formats.run("convert", self.folder / "a.tif", "-units", "PixelsPerCentimeter", "-density", "50x25", "-set",
-                    "Description", "a description", "-set", "Author", "me", f"PNG:{self.folder / 'i.png'}")
+        (self.folder / "gray.icc").write_bytes(formats.gray_profile())
+        formats.run("convert", self.folder / "a.tif", "-units", "PixelsPerCentimeter", "-density", "50x25", "-profile",
+                    self.folder / "gray.icc", "-set", "Description", "a description", "-set", "Author", "me", f"PNG:{self.folder / 'i.png'}")
         with tifffile.TiffFile(self.unchanged("i.png")) as tiff:
             tags = tiff.pages[0].tags
             self.assertEqual((tags["XResolution"].value, tags["YResolution"].value, tags["ResolutionUnit"].value),
                              ((50, 1), (25, 1), 3))
             self.assertEqual((tags["ImageDescription"].value, tags["Artist"].value), ("a description", "me"))
+            self.assertEqual(bytes(tags["InterColorProfile"].value), formats.gray_profile())
 
 
 class Fits(OutputTest):

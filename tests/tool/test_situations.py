@@ -369,11 +369,11 @@ class Groups(Situation):
         self.refuses(self.light("a.fits", celsius=-12),
                      says=["Temperature of -10, -20, the image's sensor was at -12 C; --temperature-tolerance 1 C"])
         self.assertIn("Temperature,-10", self.auto("a.fits", "--temperature-tolerance", 3))
-        self.refuses(self.light("a.fits", gain=None), says=["a.fits: its header does not say the Gain (GAIN)", "--value Gain="])
-        self.assertIn("Chose 'Gain,200,", self.auto("a.fits", "--value", "Gain=200"))
+        self.refuses(self.light("a.fits", gain=None), says=["a.fits: its header does not say the Gain (GAIN)", "--where Gain="])
+        self.assertIn("Chose 'Gain,200,", self.auto("a.fits", "--where", "Gain=200"))
         self.refuses(self.light("a.fits", shape=(9, 8)), says=["has no correction for images of 8 x 9 pixels", "30 x 20"])
-        self.refuses("a.fits", "--value", "Mode=fast", says=["--value Mode=fast", "grouped by Binning, Gain, Temperature"])
-        self.refuses("a.fits", "--value", "Gain", says=["--value: 'Gain' is not NAME=VALUE"])
+        self.refuses("a.fits", "--where", "Mode=fast", says=["--where Mode=fast", "grouped by Binning, Gain, Temperature"])
+        self.refuses("a.fits", "--where", "Gain", says=["--where: 'Gain' is not NAME=VALUE"])
 
     def test_two_alike_are_refused(self):
         self.add("b", 120)
@@ -390,8 +390,8 @@ class Groups(Situation):
         for mode, level in (("fast", 100), ("slow", 200)):
             self.add(f"Mode,{mode},x", level, groups=["--group", "Gain", "--group", "Mode"], gain=7)
         apply = ["store", "apply", "s", *groups, "--auto", "--intensity", 100, self.light("a.fits", gain=7), "-o", "n.tif"]
-        self.refused(*apply, says=["grouped by Mode as well", "fast, slow", "--value Mode=fast"])
-        self.assertIn("Chose 'Gain,7,Mode,slow,x'", self.tool(*apply, "--value", "Mode=slow"))
+        self.refused(*apply, says=["grouped by Mode as well", "fast, slow", "--where Mode=fast"])
+        self.assertIn("Chose 'Gain,7,Mode,slow,x'", self.tool(*apply, "--where", "Mode=slow"))
 
     def test_added_to_the_group_that_is_meant(self):
         """A group that is there already is not made anew in another spelling."""
@@ -404,6 +404,8 @@ class Groups(Situation):
         self.refused("store", "add", "t", "--group", "Binning", "--group", "Temp", "--key", "z", "--intensity", 100,
                      self.fits("d.fits", 100, EXPTIME=2, XBINNING=2), says=["'Temp'", "the frames' headers do not say one"])
         self.assertEqual(said, [])
+        self.refused("store", "add", "t", "--group", "Binning", "--group", "Temp", "--key", "binning,1,z", "--intensity", 100,
+                     "d.fits", says=["no value for the grouping name 'Binning'", "'binning'"])
 
 
 class Recorded(Situation):

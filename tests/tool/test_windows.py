@@ -118,7 +118,9 @@ class Names(WindowsTest):
                 self.assertIn("loads whole", self.tool("check", name))
                 self.tool("import", name, "plain.qxb", "--overwrite")
                 self.assertEqual(self.keys(name), ["k"])
-                self.tool("delete", name, "--key", "k")
+                self.tool("rename", name, "--key", "k", "new")
+                self.assertEqual(self.keys(name), ["new"])
+                self.tool("delete", name, "--key", "new")
                 self.assertEqual(self.keys(name), [])
         self.assertEqual([n for n in self.names() if "qxbackground" in n], [])
 

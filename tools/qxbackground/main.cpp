@@ -1,6 +1,7 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
 #include "base/Arguments.h"
 #include "base/Interrupts.h"
+#include "base/Wording.h"
 #include "commandline/CommandLine.h"
 #include "verbs/Verbs.h"
 
@@ -22,7 +23,7 @@ int Report(std::string text)
         if (static_cast<unsigned char>(character) < ' ')
             character = ' ';
     }
-    std::fprintf(stderr, "qxbackground: %s\n", text.c_str());
+    std::fprintf(stderr, "qxbackground: %s\n", workbench::Printable(text).c_str());
     return kFailed;
 }
 

@@ -22,6 +22,9 @@ bool SamePlace(const std::filesystem::path& one, const std::filesystem::path& ot
 // Why no file can have the name that `path` ends in: "names a device". Nothing when one can.
 std::string NameRefusal(const std::filesystem::path& path);
 
+// The same for the other systems that files are carried to: where names may be anything, what Windows refuses.
+std::string NameRefusalElsewhere(const std::filesystem::path& path);
+
 } // namespace workbench
 
 #endif

@@ -46,14 +46,59 @@ std::string Counted(std::uint64_t count, const std::string& noun)
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
+namespace {
+
+// How many bytes of a control character begin at `at`, in ASCII or in UTF-8 (U+0080 to U+009F); mostly none.
+std::size_t ControlBytes(const std::string& text, std::size_t at)
+{
+    const auto byte = static_cast<unsigned char>(text[at]);
+    if (byte < 32 || byte == 127)
+        return 1;
+    const unsigned next = at + 1 < text.size() ? static_cast<unsigned char>(text[at + 1]) : 0u;
+    return byte == 0xc2 && next >= 0x80 && next < 0xa0 ? 2 : 0;
+}
+
+} // namespace
+
 std::string Printable(std::string text)
 {
-    for (char& character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 32 || byte == 127)
-            character = '?';
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (const std::size_t bytes = ControlBytes(text, at); bytes > 0)
+            text.replace(at, bytes, "?");
     }
     return text;
+}
+
+bool HasControlCharacter(const std::string& text)
+{
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (ControlBytes(text, at) > 0)
+            return true;
+    }
+    return false;
+}
+
+std::string WithoutSlips(const std::string& text)
+{
+    // The blanks that are not ASCII's, in UTF-8: no-break space, those of U+2000 to U+200B, the narrow and the wide
+    // one.
+    static const std::string kOtherBlanks[] = {"\u00a0", "\u2000", "\u2001", "\u2002", "\u2003",
+                                               "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
+                                               "\u2009", "\u200a", "\u200b", "\u202f", "\u3000"};
+    std::string loose;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto* const blank =
+            std::find_if(std::begin(kOtherBlanks), std::end(kOtherBlanks),
+                         [&](const std::string& known) { return text.compare(at, known.size(), known) == 0; });
+        if (blank != std::end(kOtherBlanks)) {
+            at += blank->size();
+            continue;
+        }
+        if (text[at] != ' ' && text[at] != '\t')
+            loose += Lower(text[at]);
+        ++at;
+    }
+    return loose;
 }
 
 std::string Nearest(const std::string& word, const std::vector<std::string>& names)

@@ -5,54 +5,34 @@
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/CorrectionCopy.h"
 #include "calibration/TCalibrationWalk.h"
 
-#include "file/CalibrationFormat.h"
-
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <random>
 
 namespace workbench {
 
 namespace {
 
-namespace format = CalibrationFormat;
 using QX_KRLSDK::TBackgroundCorrection;
 
 constexpr std::size_t kMostLines = 10; // of damage; lost corrections are all listed
 
-void Put32(std::ofstream& file, std::uint32_t value)
+// A calibration file of its own around one correction. False when the damaged file does not hold all of it.
+bool WriteAlone(const TNewFile& alone, const std::string& source, const TStoredCorrection& correction)
 {
-    unsigned char bytes[4];
-    format::Store32(bytes, value);
-    file.write(reinterpret_cast<const char*>(bytes), sizeof bytes);
-}
-
-// A calibration file of its own around the bytes of one correction. False when it cannot be written.
-bool WriteAlone(const std::string& path, std::ifstream& source, const TStoredCorrection& correction)
-{
-    std::ofstream file(std::filesystem::path(path), std::ios::binary | std::ios::trunc);
-    file.write(format::kSignature, static_cast<std::streamsize>(format::kSignatureLength));
-    Put32(file, format::kUngroupedVersion);
-    Put32(file, format::kCorrectionCount.identifier);
-    Put32(file, format::kCorrectionCount.version);
-    Put32(file, format::kCorrectionCount.dataLength);
-    Put32(file, 1);
-    std::uint64_t left =
-        correction.pixelOffset + std::uint64_t{2} * correction.width * correction.height - correction.offset;
-    source.clear();
-    source.seekg(static_cast<std::streamoff>(correction.offset));
-    std::vector<char> block(1 << 20);
-    while (left > 0 && source && file) {
-        const auto count = static_cast<std::streamsize>(std::min<std::uint64_t>(left, block.size()));
-        source.read(block.data(), count);
-        file.write(block.data(), source.gcount());
-        left -= static_cast<std::uint64_t>(count);
+    bool written = false;
+    try {
+        written = WriteCorrections(alone.Path(), {}, {{source, correction, correction.key}});
+    } catch (const TToolError&) {
+        ThrowIfInterrupted();
+        return false;
     }
-    file.close();
-    return file.good();
+    if (!written)
+        throw TToolError(std::filesystem::temp_directory_path().string(),
+                         "a temporary file cannot be written: " + alone.CannotGrow().message());
+    return true;
 }
 
 bool LoadAlone(TBackgroundCorrection& object, const std::string& path)
@@ -85,17 +65,13 @@ TSalvaged LoadWhatIsWhole(const TContext& context, TBackgroundCorrection& object
         result.losses.push_back("byte " + std::to_string(departure.offset) + ": " + Printable(departure.what));
     }
 
-    std::ifstream source(std::filesystem::path(path), std::ios::binary);
     TProgress progress("Salvaging", walk.corrections.size());
     for (const TStoredCorrection& correction : walk.corrections) {
         // In the system's folder for temporary files: the damaged file's own folder may be full or read-only.
         TNewFile alone(HiddenBeside(std::filesystem::temp_directory_path() / "qxbackground",
                                     "." + std::to_string(std::random_device{}())));
-        if (!WriteAlone(alone.Path(), source, correction))
-            throw TToolError(std::filesystem::temp_directory_path().string(),
-                             "a temporary file cannot be written: " + alone.CannotGrow().message());
         TBackgroundCorrection single = context.Library().MakeProcessor();
-        bool taken = LoadAlone(single, alone.Path());
+        bool taken = WriteAlone(alone, path, correction) && LoadAlone(single, alone.Path());
         const unsigned before = object.Count();
         if (taken) {
             try {

@@ -49,7 +49,7 @@ public:
         const auto said = std::find_if(wanted.values.begin(), wanted.values.end(),
                                        [&name](const auto& value) { return value.first == name; });
         if (said != wanted.values.end())
-            Keep(name, "--value asks for " + Printable(said->second),
+            Keep(name, "--where asks for " + Printable(said->second),
                  [&](const std::string& value) { return MeansSame(meaning, value, said->second); });
         else if (meaning == TGroupMeaning::Temperature)
             KeepNear(name);
@@ -68,7 +68,7 @@ private:
         const std::optional<std::string> value = ValueFor(name, wanted.images);
         if (!value)
             throw TToolError(image, fmt::format("its header does not say the {} ({}), by which {} is grouped; say it "
-                                                "with --value {}=...",
+                                                "with --where {}=...",
                                                 name, HeaderOf(meaning), place.Text(), name));
         return *value;
     }
@@ -121,7 +121,7 @@ private:
         const std::set<std::string> values = Values(name);
         if (values.size() > 1)
             throw TToolError(image, fmt::format("{} is grouped by {} as well, and the header does not tell {} apart; "
-                                                "say which with --value {}={}",
+                                                "say which with --where {}={}",
                                                 place.Text(), name, Listed(values), name, Printable(*values.begin())));
     }
 
@@ -164,7 +164,7 @@ void RequireGroupingNames(const TStorePlace& place, const TWantedGroup& wanted)
 {
     for (const auto& [name, value] : wanted.values) {
         if (std::find(place.names.begin(), place.names.end(), name) == place.names.end())
-            throw TToolError("--value " + name + "=" + value, "the store is grouped by " +
+            throw TToolError("--where " + name + "=" + value, "the store is grouped by " +
                                                                   Listed({place.names.begin(), place.names.end()}) +
                                                                   ", not by that");
     }

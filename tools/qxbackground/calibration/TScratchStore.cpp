@@ -78,13 +78,20 @@ std::string TScratchStore::Reason(const std::string& what) const
     }
 }
 
+void TScratchStore::Write(const std::string& file, const std::vector<TCopiedCorrection>& corrections) const
+{
+    if (!WriteCorrections((folder / file).string(), place.names, corrections))
+        throw TToolError(place.PathOf(file).string(),
+                         "cannot be written: " + Reason("unknown error") + "; the store is unchanged");
+}
+
 void TScratchStore::SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object)
 {
     Save([&] { object.Save(LibraryName(place.base)); });
     Commit(object.Count(), {});
 }
 
-void TScratchStore::Commit(std::size_t corrections, const std::vector<std::string>& doomed)
+void TScratchStore::Commit(std::size_t corrections, const std::vector<std::string>& doomed, const std::string& last)
 {
     std::vector<std::string> written;
     std::size_t found = 0;
@@ -115,6 +122,7 @@ void TScratchStore::Commit(std::size_t corrections, const std::vector<std::strin
                              "was changed by another process meanwhile; the store is unchanged, try again");
     }
     // The new files first: whatever stops this half way, no correction is without a file.
+    std::stable_partition(written.begin(), written.end(), [&](const std::string& name) { return name != last; });
     std::error_code error;
     for (const std::string& name : written) {
         TakeAfter(folder / name, home / name);

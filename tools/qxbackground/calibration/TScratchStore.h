@@ -2,6 +2,7 @@
 #define QXBACKGROUND_CALIBRATION_TSCRATCHSTORE_H
 
 #include "base/TFileState.h"
+#include "calibration/CorrectionCopy.h"
 #include "calibration/TContext.h"
 #include "calibration/TStorePlace.h"
 
@@ -31,11 +32,13 @@ public:
     QX_KRLSDK::TBackgroundCorrection Open(const TContext& context) const;
     // Runs `save`, which is to write here; an error names the system's reason.
     void Save(const std::function<void()>& save) const;
+    // Writes a group file here without the library.
+    void Write(const std::string& file, const std::vector<TCopiedCorrection>& corrections) const;
     // Saves `object` here, checks every file, and moves all of them into the store's folder.
     void SaveAndCommit(QX_KRLSDK::TBackgroundCorrection& object);
     // Checks that exactly `corrections` corrections were written, all whole, and removes those `doomed` files of
-    // the store's folder that no new one replaces.
-    void Commit(std::size_t corrections, const std::vector<std::string>& doomed);
+    // the store's folder that no new one replaces. The file `last` takes its place after all others.
+    void Commit(std::size_t corrections, const std::vector<std::string>& doomed, const std::string& last = {});
 
 private:
     std::string Reason(const std::string& what) const; // the system's, or `what` when it has none

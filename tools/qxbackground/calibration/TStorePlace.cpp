@@ -2,6 +2,7 @@
 
 #include "base/Names.h"
 #include "base/TToolError.h"
+#include "base/Wording.h"
 #include "calibration/TCalibrationWalk.h"
 
 #include "file/CalibrationFormat.h"
@@ -43,6 +44,17 @@ void CheckName(const std::string& name)
                          " bytes of a grouping name");
     if (name.find_first_of("_,/\\") != std::string::npos)
         throw TToolError(about + "a grouping name with _ , / or \\ could not be read back from a file's name");
+    if (HasControlCharacter(name))
+        throw TToolError(about + "it has a control character (a tab, a line feed); grouping names are printable text");
+}
+
+void CheckNames(const std::vector<std::string>& names)
+{
+    for (const std::string& name : names) {
+        CheckName(name);
+        if (std::count(names.begin(), names.end(), name) > 1)
+            throw TToolError("--group '" + name + "': is given twice; one --group for each grouping name");
+    }
 }
 
 // The key's fields; runs of commas count as one.
@@ -56,6 +68,17 @@ std::vector<std::string> Fields(const std::string& key)
         from = to;
     }
     return fields;
+}
+
+// A field of the key that was probably meant to be the grouping name: "; did you mean ..."; empty when there is none.
+std::string MeantName(const std::string& key, const std::string& name)
+{
+    const std::vector<std::string> fields = Fields(key);
+    for (std::size_t index = 0; index < fields.size(); index += 2) {
+        if (fields[index] != name && WithoutSlips(fields[index]) == WithoutSlips(name))
+            return "; '" + fields[index] + "' is another name: letter case and blanks count";
+    }
+    return {};
 }
 
 } // namespace
@@ -89,8 +112,7 @@ bool IsExactName(const TStorePlace& place, const std::string& file)
 
 TStorePlace FindStore(const std::string& path, const std::vector<std::string>& groups)
 {
-    for (const std::string& name : groups)
-        CheckName(name);
+    CheckNames(groups);
     TStorePlace place;
     place.names = groups;
     place.folder = fs::path(path).parent_path();
@@ -141,7 +163,7 @@ std::string GroupFileOf(const TStorePlace& place, const std::string& key)
         const std::string about = place.Text() + ": key '" + key + "': ";
         if (value.empty())
             throw TToolError(about + "there is no value for the grouping name '" + name + "' (keys read " + name +
-                             ",value,...)");
+                             ",value,...)" + MeantName(key, name));
         if (value.find_first_of("_/\\") != std::string::npos)
             throw TToolError(about + "the value '" + value + "' of '" + name +
                              "' holds _ / or \\ and could not be read back from a file's name");

@@ -42,7 +42,7 @@ void TFrameShelf::Spill()
         FailOnScratch("made: " + error.code().message());
     }
     stream.rdbuf()->pubsetbuf(nullptr, 0);
-    stream.open(file->Path(), std::ios::binary | std::ios::in | std::ios::out);
+    stream.open(std::filesystem::path(file->Path()), std::ios::binary | std::ios::in | std::ios::out);
     if (!stream)
         FailOnScratch("opened: " + SystemReason());
     Write(held.data(), held.size());

@@ -2,6 +2,7 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Doubts.h"
+#include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
@@ -23,7 +24,7 @@ struct TBuildOptions {
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
 {
-    CheckKey(options.key);
+    CheckKey(options.key, "--key");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)

@@ -1,6 +1,7 @@
 // qxbackground diff: what two calibration files have in common, and what not.
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Keys.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
 
@@ -22,16 +23,6 @@ struct TStored {
     TConditions conditions;
     TImage pixels;
 };
-
-// As the library compares keys.
-std::string Folded(std::string key)
-{
-    for (char& character : key) {
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    }
-    return key;
-}
 
 TStored Stored(QX_KRLSDK::TBackgroundCorrection& object, const std::string& key)
 {
@@ -83,7 +74,7 @@ void RunDiff(TContext& context, const TDiffOptions& options)
     };
     for (const std::string& key : one.Keys()) {
         const auto found = std::find_if(otherKeys.begin(), otherKeys.end(),
-                                        [&](const std::string& otherKey) { return Folded(otherKey) == Folded(key); });
+                                        [&](const std::string& otherKey) { return IsSameKey(otherKey, key); });
         if (found == otherKeys.end()) {
             tell("'" + Printable(key) + "': only in " + options.one);
             continue;

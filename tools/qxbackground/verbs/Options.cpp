@@ -8,16 +8,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace workbench {
-
-namespace {
-
-constexpr std::size_t kLongestKey = 512;
-
-} // namespace
 
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
@@ -184,20 +177,6 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                   "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
                   "40th page, since they take longer than correcting")
         ->excludes(none);
-}
-
-void CheckKey(const std::string& key)
-{
-    if (key.empty())
-        throw TToolError("--key: the key is empty");
-    const auto isControl = [](char character) {
-        return static_cast<unsigned char>(character) < ' ' || character == 0x7f;
-    };
-    if (std::any_of(key.begin(), key.end(), isControl))
-        throw TToolError("--key: the key has a control character (a tab, a line feed); keys are printable text");
-    if (key.size() > kLongestKey)
-        throw TToolError("--key: the key has " + std::to_string(key.size()) +
-                         " bytes; files keep 512, and a cut key may no longer tell corrections apart");
 }
 
 } // namespace workbench

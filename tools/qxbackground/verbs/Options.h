@@ -66,8 +66,6 @@ void AddBiasOption(TVerb& verb, std::vector<std::string>& bias);
 
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 
-// Throws TToolError when the key is empty, has control characters, or is so long that the library's files would cut it.
-void CheckKey(const std::string& key);
 extern const char* const kKeyHelp;
 // For the verbs that write into folders.
 extern const char* const kSomeFailedHelp;

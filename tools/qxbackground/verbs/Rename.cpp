@@ -2,15 +2,14 @@
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/CorrectionCopy.h"
+#include "calibration/Keys.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
-#include "file/CalibrationFormat.h"
-
-#include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace workbench {
 
@@ -22,57 +21,30 @@ struct TRenameOptions {
     std::string newKey;
 };
 
-bool IsSameKey(const std::string& one, const std::string& other)
-{
-    const auto folded = [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    };
-    return one.size() == other.size() &&
-           std::equal(one.begin(), one.end(), other.begin(), [&](char a, char b) { return folded(a) == folded(b); });
-}
-
-// Where the text of a correction's key lies: the record of the key follows the one that opens the correction.
-std::uint64_t KeyOffset(const TStoredCorrection& correction)
-{
-    return correction.offset + 2 * CalibrationFormat::kRecordHeaderLength;
-}
-
 void RunRename(const TContext& context, const TRenameOptions& options)
 {
-    CheckKey(options.newKey);
+    CheckKey(options.newKey, "new");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
     object.Clear();
     const TCalibrationWalk walk = RequireWhole(options.file);
-    const TStoredCorrection* renamed = nullptr;
-    for (const TStoredCorrection& correction : walk.corrections) {
-        if (IsSameKey(correction.key, options.key))
-            renamed = &correction;
-        else if (IsSameKey(correction.key, options.newKey))
-            throw TToolError(options.file,
-                             "has a correction '" + Printable(correction.key) + "' already (letter case is ignored)");
-    }
+    const TStoredCorrection* const renamed = FindKey(walk.corrections, options.key);
     if (renamed == nullptr)
         throw TToolError(options.file, "has no correction '" + Printable(options.key) + "'");
+    const TStoredCorrection* const taken = FindKey(walk.corrections, options.newKey);
+    if (taken != nullptr && taken != renamed)
+        throw TToolError(options.file,
+                         "has a correction '" + Printable(taken->key) + "' already (letter case is ignored)");
+    std::vector<TCopiedCorrection> corrections = CopiesOf(options.file, walk.corrections);
+    corrections[static_cast<std::size_t>(renamed - walk.corrections.data())].key = options.newKey;
+
     TReplacedFile replaced(options.file, before);
-    {
-        std::ifstream from(options.file, std::ios::binary);
-        std::fstream to(replaced.Temporary(), std::ios::binary | std::ios::in | std::ios::out | std::ios::trunc);
-        to << from.rdbuf();
-        std::string text = options.newKey;
-        text.resize(CalibrationFormat::kKeyLength, '\0');
-        to.seekp(static_cast<std::streamoff>(KeyOffset(*renamed)));
-        to.write(text.data(), static_cast<std::streamsize>(text.size()));
-        to.close();
-        if (!from || !to)
-            throw TToolError(options.file,
-                             "cannot be written: " + replaced.Reason("unknown error") + "; the old file is unchanged");
-    }
+    if (!WriteCorrections(replaced.Temporary(), {}, corrections))
+        throw TToolError(options.file,
+                         "cannot be written: " + replaced.Reason("unknown error") + "; the old file is unchanged");
     const TCalibrationWalk after = WalkCalibrationFile(replaced.Temporary());
-    const std::size_t place = static_cast<std::size_t>(renamed - walk.corrections.data());
-    if (!after.Whole() || after.corrections.size() != walk.corrections.size() ||
-        after.corrections[place].key != options.newKey)
+    if (!after.Whole() || after.corrections.size() != walk.corrections.size())
         throw TToolError(options.file, "was not written correctly; the old file is unchanged");
     replaced.Commit();
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in "

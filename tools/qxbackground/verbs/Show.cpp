@@ -5,6 +5,7 @@
 #include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
 #include "verbs/CorrectionRun.h"
+#include "verbs/ShowCorrection.h"
 #include "verbs/Verbs.h"
 
 #include <fmt/format.h>
@@ -17,11 +18,9 @@ namespace workbench {
 
 namespace {
 
-struct TShowOptions {
+struct TShowFileOptions {
     std::string file;
-    std::string key;
-    std::string picture;
-    bool overwrite = false;
+    TShowOptions show;
 };
 
 // Bars over the values between the 0.1st and the 99.9th percentile; what lies outside is counted in words.
@@ -51,15 +50,22 @@ std::string HistogramText(const THistogram& histogram)
     return text + fmt::format("  outside          {:10}\n", histogram.Count() - inside);
 }
 
-void RunShow(const TContext& context, const TShowOptions& options)
+void RunShow(const TContext& context, const TShowFileOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
-    const std::string about = options.file + ": key '" + options.key + "'";
+    const std::string about = options.file + ": key '" + options.show.key + "'";
+    Call(about, [&] { object.SetActive(options.show.key); });
+    ShowCorrection(object, options.file, options.show);
+}
+
+} // namespace
+
+void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string& file, const TShowOptions& options)
+{
     TImage background;
     QX_KRLSDK::TBackgroundCorrection::TReference reference;
-    Call(about, [&] {
-        object.SetActive(options.key);
+    Call(file + ": key '" + options.key + "'", [&] {
         reference = object.Reference();
         // At its own exposure and intensity the background is scaled by exactly 1.
         object.SetExposureAndIntensity(reference.exposureSeconds, reference.lightIntensityPercent);
@@ -69,7 +75,7 @@ void RunShow(const TContext& context, const TShowOptions& options)
     statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
-    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << options.file << ": " << background.size.Text()
+    std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << file << ": " << background.size.Text()
               << " pixels, taken at " << conditions.Text() << "\n"
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
     if (!options.picture.empty()) {
@@ -80,16 +86,19 @@ void RunShow(const TContext& context, const TShowOptions& options)
     }
 }
 
-} // namespace
+void AddShowOptions(TVerb& verb, TShowOptions& options)
+{
+    verb.add_option("--key", options.key, "Which correction (letter case ignored)")->required();
+    verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options.picture, "Write a PNG picture of it"),
+                 options.overwrite);
+}
 
 void AddShowVerb(TVerb& app, const TContext& context)
 {
     TVerb& verb = app.AddVerb("show", "Show one stored correction: statistics, histogram, picture");
-    const auto options = std::make_shared<TShowOptions>();
+    const auto options = std::make_shared<TShowFileOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options->picture, "Write a PNG picture of it"),
-                 options->overwrite);
+    AddShowOptions(verb, options->show);
     verb.Run([&context, options] { RunShow(context, *options); });
 }
 

@@ -23,6 +23,22 @@ namespace {
 
 using QX_KRLSDK::TBackgroundCorrection;
 
+// For a failure over a whole store the library gives no text, so this looks for the file that causes it.
+void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
+{
+    try {
+        Call(place.Text(), step);
+    } catch (const TToolError&) {
+        for (const TClaimedFile& file : ClaimedFiles(place)) {
+            const std::string path = place.PathOf(file.name).string();
+            const TCalibrationWalk walk = WalkCalibrationFile(path);
+            if (!walk.Whole())
+                throw TToolError(path, "does not load whole (" + walk.Complaint() + ")");
+        }
+        throw;
+    }
+}
+
 struct TStoreListOptions {
     TStoreOptions store;
     bool json = false;
@@ -82,19 +98,19 @@ void ListStore(const TContext& context, const TStoreListOptions& options)
 
 } // namespace
 
-void CallOnStore(const TStorePlace& place, const std::function<void()>& step)
+TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key)
 {
-    try {
-        Call(place.Text(), step);
-    } catch (const TToolError&) {
-        for (const TClaimedFile& file : ClaimedFiles(place)) {
-            const std::string path = place.PathOf(file.name).string();
-            const TCalibrationWalk walk = WalkCalibrationFile(path);
-            if (!walk.Whole())
-                throw TToolError(path, "does not load whole (" + walk.Complaint() + ")");
-        }
-        throw;
-    }
+    const std::string file = place.PathOf(GroupFileOf(place, key)).string();
+    TBackgroundCorrection object = context.Library().MakeStore(place.names);
+    ReadStoreSteadily(place, [&] {
+        if (!std::filesystem::exists(file))
+            throw TToolError(file, "the group of key '" + key + "' has no file");
+        RequireWhole(file);
+        const TWorkingFolder working(place.folder);
+        CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
+        Call(file, [&] { object.SetActive(key); });
+    });
+    return object;
 }
 
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
@@ -123,6 +139,9 @@ void AddStoreVerb(TVerb& app, TContext& context)
                  "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
     store.require_subcommand(1);
     AddStoreChangeVerbs(store, context);
+    AddStoreRenameVerb(store);
+    AddStoreShowVerb(store, context);
+    AddStoreExportVerb(store);
     {
         TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TStoreListOptions>();

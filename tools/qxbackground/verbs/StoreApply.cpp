@@ -3,15 +3,12 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Doubts.h"
-#include "calibration/SteadyRead.h"
 #include "calibration/StoreChoice.h"
-#include "calibration/TWorkingFolder.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
 #include <memory>
 
@@ -41,7 +38,7 @@ public:
         const std::string file = place.PathOf(GroupFileOf(place, key)).string();
         auto object = objects.find(file);
         if (object == objects.end())
-            object = objects.emplace(file, Open(file, key)).first;
+            object = objects.emplace(file, OpenInStore(context, place, key)).first;
         TTurn turn;
         turn.object = &object->second;
         turn.key = key;
@@ -60,20 +57,6 @@ public:
     }
 
 private:
-    TBackgroundCorrection Open(const std::string& file, const std::string& key) const
-    {
-        TBackgroundCorrection object = context.Library().MakeStore(place.names);
-        ReadStoreSteadily(place, [&] {
-            if (!std::filesystem::exists(file))
-                throw TToolError(file, "the group of key '" + key + "' has no file");
-            RequireWhole(file);
-            const TWorkingFolder working(place.folder);
-            CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });
-            Call(file, [&] { object.SetActive(key); }); // reads the group; nothing is read after that
-        });
-        return object;
-    }
-
     const TContext& context;
     const TStorePlace& place;
     std::map<std::string, TBackgroundCorrection> objects; // by group file
@@ -151,7 +134,7 @@ void AddStoreApplyVerb(TVerb& store, TContext& context)
                 "intensity, else the nearest that is scaled down, else the nearest. Says which, and by what "
                 "factor. Grouping names that mean these: Gain, Binning, Temperature")
             ->excludes(key);
-    AddValueOption(verb, options->values,
+    AddWhereOption(verb, options->values,
                    "With --auto, where headers do not say it: which group, by a grouping name and its value. It counts "
                    "whatever headers say")
         ->needs(chooses);

@@ -3,6 +3,8 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Doubts.h"
+#include "calibration/Keys.h"
+#include "calibration/NewGroups.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "calibration/TScratchStore.h"
@@ -12,12 +14,10 @@
 #include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
 
-#include <cctype>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 #include <set>
-#include <system_error>
 
 namespace workbench {
 
@@ -32,33 +32,6 @@ std::string About(const TStorePlace& place, const std::string& key)
     return place.PathOf(GroupFileOf(place, key)).string() + ": key '" + key + "'";
 }
 
-// A text without what is easily mistyped: blanks, and the case of letters.
-std::string Loosely(const std::string& text)
-{
-    std::string loose;
-    for (const char character : text) {
-        if (character != ' ' && character != '\t')
-            loose += static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
-    }
-    return loose;
-}
-
-// Throws TToolError when the group file would be new, and another one differs from it by slips of the keyboard only.
-void RefuseAlmostSameGroup(const TStorePlace& place, const std::string& file)
-{
-    std::error_code error;
-    if (fs::exists(place.PathOf(file), error))
-        return;
-    for (fs::directory_iterator entry(place.Folder(), error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (name != file && Loosely(name) == Loosely(file))
-            throw TToolError(place.PathOf(file).string(),
-                             "would be a new group, but differs from " + place.PathOf(name).string() +
-                                 " only by letter case or blanks; --new-group if it is meant");
-    }
-}
-
 struct TStoreAddOptions {
     bool newGroup = false;
     TStoreOptions store;
@@ -70,18 +43,18 @@ struct TStoreAddOptions {
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
-    CheckKey(options.key);
+    CheckKey(options.key, "--key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const bool isOpen = MayBeCompleted(place, options.key); // by the frames' headers, which are read with the frames
-    if (!isOpen && !options.newGroup)
-        RefuseAlmostSameGroup(place, GroupFileOf(place, options.key));
+    if (!isOpen)
+        AgreeOnNewGroups(place, {options.key}, options.newGroup);
     TConditions conditions = options.conditions;
     const TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
-    CheckKey(key);
+    CheckKey(key, "--key");
     const std::string file = GroupFileOf(place, key);
-    if (isOpen && !options.newGroup)
-        RefuseAlmostSameGroup(place, file);
+    if (isOpen)
+        AgreeOnNewGroups(place, {key}, options.newGroup);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
@@ -131,6 +104,7 @@ struct TStoreImportOptions {
     TStoreOptions store;
     std::string source;
     bool overwrite = false;
+    bool newGroup = false;
 };
 
 bool IsSingleFile(const std::string& path)
@@ -172,6 +146,7 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
     const std::vector<std::string> keys = source.Keys();
     for (const std::string& key : keys)
         files.insert(GroupFileOf(place, key));
+    AgreeOnNewGroups(place, keys, options.newGroup);
     TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
     std::size_t added = 0;
     {
@@ -231,6 +206,11 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
             throw TToolError(from.PathOf(file.name).string(),
                              "is claimed by the base name '" + from.base + "' but is no group file of that store");
     }
+    for (const std::string& file : files) {
+        const fs::path copy = to.PathOf(to.base + file.substr(from.base.size()));
+        if (const std::string refusal = NameRefusal(copy); !refusal.empty())
+            throw TToolError(copy.string(), refusal + "; choose another base name");
+    }
     const std::vector<std::string> doomed = FilesThatGo(to, options);
     TScratchStore scratch(to, {});
     {
@@ -263,8 +243,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);
         AddBiasOption(verb, options->darks.bias);
-        verb.add_flag("--new-group", options->newGroup,
-                      "Make the group even where another one differs from it only by letter case or blanks");
+        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
@@ -290,6 +269,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                            plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
         verb.Run([&context, options] { ImportInStore(context, *options); });
     }
     {

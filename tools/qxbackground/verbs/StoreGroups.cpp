@@ -3,6 +3,7 @@
 #include "base/TToolError.h"
 #include "calibration/TCalibrationWalk.h"
 
+#include <algorithm>
 #include <set>
 
 namespace workbench {
@@ -18,6 +19,18 @@ std::set<std::string> ValuesInUse(const TStorePlace& place, const std::string& n
             values.insert(GroupValueOf(correction.key, name));
     }
     return values;
+}
+
+// Whether the key says something under another spelling of the name: a slip that must not be passed over.
+bool HasOtherSpelling(const std::string& key, const std::string& name)
+{
+    for (std::size_t start = 0; start < key.size();) {
+        const std::size_t end = std::min(key.find(',', start), key.size());
+        if (MeaningOf(key.substr(start, end - start)) == MeaningOf(name))
+            return true;
+        start = end + 1;
+    }
+    return false;
 }
 
 } // namespace
@@ -51,7 +64,7 @@ bool MayBeCompleted(const TStorePlace& place, const std::string& key)
         if (!GroupValueOf(key, name).empty())
             continue;
         lacks = true;
-        if (MeaningOf(name) == TGroupMeaning::Other)
+        if (MeaningOf(name) == TGroupMeaning::Other || HasOtherSpelling(key, name))
             return false;
     }
     return lacks;
@@ -80,17 +93,17 @@ std::string CompletedKey(const TStorePlace& place, const std::string& key, const
     return values + key;
 }
 
-CLI::Option* AddValueOption(TVerb& verb, std::vector<std::pair<std::string, std::string>>& values,
+CLI::Option* AddWhereOption(TVerb& verb, std::vector<std::pair<std::string, std::string>>& values,
                             const std::string& help)
 {
     return verb
         .add_option_function<std::vector<std::string>>(
-            "--value",
+            "--where",
             [&values](const std::vector<std::string>& given) {
                 for (const std::string& text : given) {
                     const std::size_t equals = text.find('=');
                     if (equals == 0 || equals == std::string::npos || equals + 1 == text.size())
-                        throw TToolError("--value: '" + text + "' is not NAME=VALUE");
+                        throw TToolError("--where: '" + text + "' is not NAME=VALUE");
                     values.emplace_back(text.substr(0, equals), text.substr(equals + 1));
                 }
             },

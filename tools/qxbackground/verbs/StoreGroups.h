@@ -21,8 +21,8 @@ bool MayBeCompleted(const TStorePlace& place, const std::string& key);
 // there already and means the same. Throws TToolError when headers do not say one.
 std::string CompletedKey(const TStorePlace& place, const std::string& key, const TShot& frames);
 
-// --value NAME=VALUE, once for each.
-CLI::Option* AddValueOption(TVerb& verb, std::vector<std::pair<std::string, std::string>>& values,
+// --where NAME=VALUE, once for each.
+CLI::Option* AddWhereOption(TVerb& verb, std::vector<std::pair<std::string, std::string>>& values,
                             const std::string& help);
 
 } // namespace workbench

@@ -20,12 +20,15 @@ struct TStoreOptions {
 // `use` says what the verb does with the store.
 void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 
-// Runs one step against the library. For a failure over a whole store it gives no text, so this looks for the file that
-// causes it.
-void CallOnStore(const TStorePlace& place, const std::function<void()>& step);
+// The store with the correction of `key` active; no file is read after that.
+QX_KRLSDK::TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key);
 
+// Each adds one verb or some to those of `store`.
 void AddStoreApplyVerb(TVerb& store, TContext& context);
 void AddStoreChangeVerbs(TVerb& store, const TContext& context);
+void AddStoreShowVerb(TVerb& store, const TContext& context);
+void AddStoreExportVerb(TVerb& store);
+void AddStoreRenameVerb(TVerb& store);
 
 } // namespace workbench
 

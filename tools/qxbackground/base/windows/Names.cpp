@@ -71,4 +71,9 @@ std::string NameRefusal(const fs::path& path)
     return {};
 }
 
+std::string NameRefusalElsewhere(const fs::path&)
+{
+    return {}; // what Windows takes the others take as well
+}
+
 } // namespace workbench

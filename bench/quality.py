@@ -166,7 +166,7 @@ def compare(tool, folder, truth, valid, dark_seconds, seconds, rivals, has_bias=
 
 def simulated(tool, folder, camera, dark_seconds, more=()):
     """Files of a camera, named as `compare` wants them; the truth, and where an image can tell it."""
-    run(tool, "simulate", "-o", folder, "--exposures", "0.001,1,2", "--frames", 10, "--lights", 1, *camera, *more)
+    run(tool, "simulate", "-o", folder, "--exposure", "0.001,1,2", "--frames", 10, "--lights", 1, *camera, *more)
     for name, other in (("bias", "dark_0.001s"), ("darks", f"dark_{dark_seconds}s"), ("light", "light_2s")):
         (folder / f"{other}.tif").rename(folder / f"{name}.tif")
     scene = tifffile.imread(folder / "truth_scene_2s.tif").astype(float)

@@ -31,7 +31,7 @@ say "To repeat any of it: paste the commands, in order, into a shell in an empty
 echo "\$ PATH='${PATH%%:*}':\$PATH"
 
 say "1. A simulated camera: dark stacks and an image at 1 s and at 2 s, and the noise-free truth"
-run qxbackground simulate -o simulated --seed 1 --frames 10 --exposures 1,2
+run qxbackground simulate -o simulated --seed 1 --frames 10 --exposure 1,2
 
 say "2. Ten dark frames of 1 s make a correction; it corrects an image of 2 s"
 run qxbackground correct --dark simulated/dark_1s.tif --dark-exposure 1 --dark-intensity 100 --exposure 2 --intensity 100 \
@@ -82,7 +82,7 @@ fi
 say "5. An offline store: two sessions at two exposures, one calibration file per group"
 run mkdir store
 for session in 1 2; do
-    run qxbackground simulate -o "session$session" --seed "1$session" --width 256 --height 256 --exposures 1,2
+    run qxbackground simulate -o "session$session" --seed "1$session" --width 256 --height 256 --exposure 1,2
     for exposure in 1 2; do
         run qxbackground store add store/cal --group Session --group Exposure --key "Session,$session,Exposure,$exposure" \
             --exposure "$exposure" --intensity 100 "session$session/dark_${exposure}s.tif"
@@ -99,7 +99,7 @@ run cmp session2_corrected.tif session2_direct.tif
 echo "session2_corrected.tif is identical to what session 2's own dark frames give"
 
 say "6. Is the calibration good, and for which images? The report says it on one page"
-run qxbackground report calibration.qxb --darks simulated/dark_1s.tif simulated/dark_2s.tif --dark-exposure 1,2 \
+run qxbackground report calibration.qxb --dark simulated/dark_1s.tif simulated/dark_2s.tif --dark-exposure 1,2 \
     --against simulated/light_2s.tif --exposure 2 -o report.html
 note "Open it in a browser; it needs no network:"
 echo "  $out/report.html"

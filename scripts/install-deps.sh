@@ -20,6 +20,7 @@ if [ "$level" != build ]; then
     packages+=(mono-mcs mono-runtime) # a host in C#
     packages+=(pocl-opencl-icd ocl-icd-opencl-dev opencl-headers opencl-clhpp-headers) # a host whose images live on a GPU
     packages+=(dpkg-dev lintian pkgconf) # to make and to try the packages
+    packages+=(man-db mandoc zsh fish) # the manual page and completions are tried in them
     packages+=(chromium) # the page of "qxbackground report" is tried in it
     command -v npm >/dev/null || packages+=(npm) # brings axe-core, which looks for faults in that page
     packages+=(libopencv-core-dev libopencv-imgproc-dev) # what the benchmarks compare with

@@ -72,7 +72,7 @@ class Page(ToolTest):
         self.write("d.tif", self.images(4, width, height, 100, 130))
         self.write("d2.tif", self.images(4, width, height, 100, 160))
         self.exposure = exposure
-        self.how = ["c.qxb", "--against", "i.tif", "--exposure", exposure, "--key", "first", "--darks", "d.tif", "d2.tif",
+        self.how = ["c.qxb", "--against", "i.tif", "--exposure", exposure, "--key", "first", "--dark", "d.tif", "d2.tif",
                     "--dark-exposure", 1, 2]
         self.tool("report", *self.how, "-o", "r.html")
         self.open()

@@ -82,7 +82,7 @@ class Contents(FileTest):
 
     def test_show_gives_statistics_histogram_and_picture(self):
         self.build("k", frames=[np.full((8, 9), 1234, np.uint16)])
-        text = self.tool("show", "c.qxb", "--key", "k", "-o", "k.png")
+        text = self.tool("show", "c.qxb", "--key", "k", "--picture", "k.png")
         for part in ("9 x 8", "1234.00", "1234 ...  1234", "####", "k.png"):
             self.assertIn(part, text)
         self.assertEqual(struct.unpack(">II", (self.folder / "k.png").read_bytes()[16:24]), (9, 8))

@@ -81,7 +81,7 @@ class Convert(Verbs):
         self.assertIn("Converted 3 pages of 2 files: o.fits", self.tool("convert", "a.tif", "b.tif", "-o", "o.fits"))
         self.tool("convert", "o.fits", "-o", "o.tif")
         self.assert_same_pages(self.read("o.tif"), [self.one, self.two, self.one.T])
-        self.tool("simulate", "-o", "s", "--width", 8, "--height", 6, "--frames", 2, "--exposures", 0.5)
+        self.tool("simulate", "-o", "s", "--width", 8, "--height", 6, "--frames", 2, "--exposure", 0.5)
         self.tool("convert", "s/dark_0.5s.tif", "--compress", "-o", "c.fits")
         self.tool("convert", "c.fits", "--format", "tiff", "-o", "c.dat")
         self.assert_same_pages(self.read("c.dat"), self.read("s/dark_0.5s.tif"))

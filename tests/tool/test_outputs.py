@@ -236,13 +236,13 @@ class Choice(OutputTest):
                      says=["--format", "'png'", "tiff", "fits"])
 
     def test_simulated_frames_say_their_exposure(self):
-        self.tool("simulate", "-o", "s", "--width", 8, "--height", 6, "--frames", 2, "--exposures", 0.5, 2, "--format",
+        self.tool("simulate", "-o", "s", "--width", 8, "--height", 6, "--frames", 2, "--exposure", 0.5, 2, "--format",
                   "fits", "--compress")
         names = sorted(path.name for path in (self.folder / "s").iterdir())
         self.assertEqual(names[:2], ["dark_0.5s.fits", "dark_2s.fits"])
         with fits.open(self.folder / "s/dark_0.5s.fits") as units:
             self.assertEqual([unit.header["EXPTIME"] for unit in units[1:]], [0.5, 0.5])
-        self.tool("simulate", "-o", "t", "--width", 8, "--height", 6, "--frames", 2, "--exposures", 0.5)
+        self.tool("simulate", "-o", "t", "--width", 8, "--height", 6, "--frames", 2, "--exposure", 0.5)
         self.tool("correct", "--dark", "s/dark_0.5s.fits", *CONDITIONS, "t/light_0.5s.tif", "-o", "a.tif")
         self.tool("correct", "--dark", "t/dark_0.5s.tif", *CONDITIONS, "t/light_0.5s.tif", "-o", "b.tif")
         self.assert_same_pages(self.read("a.tif"), self.read("b.tif"))

@@ -82,10 +82,12 @@ class Scene:
                 continue
             elif name == "--key":
                 words = [NEW_KEY if builds else OLD_KEY]
-            elif name == "new":
+            elif name == "new-key":
                 words = [NEW_KEY]
             elif not option["required"]:
                 continue
+            elif option["choices"]:
+                words = option["choices"][:1]
             elif option["type"] == "number":
                 words = ["1"]
             else:
@@ -244,7 +246,7 @@ class SomeMore(ToolTest):
         (self.folder / "s").mkdir()
         (self.folder / "s" / "dark_1s.tif").write_bytes(b"precious")
         os.link(self.folder / "s" / "dark_1s.tif", self.folder / "s" / "light_1s.tif")
-        self.refused("simulate", "-o", "s", "--width", 8, "--height", 8, "--exposures", 1, "--overwrite",
+        self.refused("simulate", "-o", "s", "--width", 8, "--height", 8, "--exposure", 1, "--overwrite",
                      says=["light_1s.tif", "choose another name"])
 
     def test_pictures_upon_any_group_of_a_store_there_or_not(self):
@@ -256,7 +258,7 @@ class SomeMore(ToolTest):
             self.refused(*apply, "-o", name, says=[name, "another name"])
 
     def test_the_folder_of_a_simulation_is_made_when_nothing_is_in_the_way(self):
-        self.tool("simulate", "-o", "new/deep", "--width", 8, "--height", 8, "--exposures", 1)
+        self.tool("simulate", "-o", "new/deep", "--width", 8, "--height", 8, "--exposure", 1)
         self.assertTrue((self.folder / "new/deep/simulation.json").exists())
 
     def test_a_file_that_appears_while_the_command_runs_stays(self):

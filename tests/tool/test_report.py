@@ -158,7 +158,7 @@ class Camera(ReportTest):
 
     def setUp(self):
         super().setUp()
-        self.tool("simulate", "-o", ".", "--width", 256, "--height", 256, "--frames", 8, "--exposures", *self.EXPOSURES,
+        self.tool("simulate", "-o", ".", "--width", 256, "--height", 256, "--frames", 8, "--exposure", *self.EXPOSURES,
                   "--seed", 3)
         for exposure in self.EXPOSURES:
             self.tool("build", "c.qxb", "--key", exposure, "--exposure", exposure, "--intensity", 100,
@@ -177,7 +177,7 @@ class Camera(ReportTest):
         self.assertLess(line["offsetError"], 0.1)
 
     def test_read_noise_and_dark_current_within_three_percent(self):
-        camera = self.report("c.qxb", "--darks", *self.darks, "--dark-exposure", *self.EXPOSURES)["darks"]["camera"]
+        camera = self.report("c.qxb", "--dark", *self.darks, "--dark-exposure", *self.EXPOSURES)["darks"]["camera"]
         current = (self.truth["4"] - self.truth["1"])[self.usual].mean() / 3
         for name, truth in (("readNoiseElectrons", 6), ("readNoiseAdu", 3), ("electronsPerAdu", 2),
                             ("darkCurrentAduPerSecond", current), ("darkCurrentElectronsPerSecond", 2 * current)):
@@ -186,7 +186,7 @@ class Camera(ReportTest):
                 self.assertLess(abs(camera[name]["value"] - truth), 5 * camera[name]["error"] + 0.003 * truth)
 
     def test_hot_pixels_and_cosmic_rays_do_not_count_as_noise(self):
-        self.tool("simulate", "-o", "hot", "--width", 256, "--height", 256, "--frames", 4, "--exposures", 0.25, 1, 4,
+        self.tool("simulate", "-o", "hot", "--width", 256, "--height", 256, "--frames", 4, "--exposure", 0.25, 1, 4,
                   "--hot-pixels", 0.02)
         darks = [f"hot/dark_{e}s.tif" for e in self.EXPOSURES]
         for name in darks:
@@ -195,36 +195,36 @@ class Camera(ReportTest):
                 hits = self.random.integers(0, 256, (2, 200))
                 page[hits[0], hits[1]] = np.minimum(page[hits[0], hits[1]].astype(int) + 400, 65535)
             self.write(name, pages)
-        camera = self.report("c.qxb", "--darks", *darks, "--dark-exposure", *self.EXPOSURES)["darks"]["camera"]
+        camera = self.report("c.qxb", "--dark", *darks, "--dark-exposure", *self.EXPOSURES)["darks"]["camera"]
         self.assertAlmostEqual(camera["readNoiseElectrons"]["value"] / 6, 1, delta=0.03)
         self.assertAlmostEqual(camera["electronsPerAdu"]["value"] / 2, 1, delta=0.03)
 
     def test_fits_frames_say_their_exposure(self):
-        self.tool("simulate", "-o", "f", "--width", 64, "--height", 64, "--frames", 2, "--exposures", 1, 2, "--format",
+        self.tool("simulate", "-o", "f", "--width", 64, "--height", 64, "--frames", 2, "--exposure", 1, 2, "--format",
                   "fits")
-        stacks = self.report("c.qxb", "--darks", "f/dark_1s.fits", "f/dark_2s.fits")["darks"]["stacks"]
+        stacks = self.report("c.qxb", "--dark", "f/dark_1s.fits", "f/dark_2s.fits")["darks"]["stacks"]
         self.assertEqual([s["exposureSeconds"] for s in stacks], [1, 2])
 
     def test_frames_that_are_off_and_drift(self):
         frames = [p + np.uint16(n) for n, p in enumerate(self.read("dark_1s.tif"))]
         frames[5] += np.uint16(40)
         self.write("moved.tif", frames)
-        stack = self.report("c.qxb", "--darks", "moved.tif")["darks"]["stacks"][0]
+        stack = self.report("c.qxb", "--dark", "moved.tif")["darks"]["stacks"][0]
         self.assertEqual(stack["off"], [5])
         self.assertIn("moved.tif: page 6.", stack["remarks"][-1])
         self.write("moved.tif", frames[:5])
-        stack = self.report("c.qxb", "--darks", "moved.tif")["darks"]["stacks"][0]
+        stack = self.report("c.qxb", "--dark", "moved.tif")["darks"]["stacks"][0]
         self.assertAlmostEqual(stack["drift"]["aduPerFrame"], 1, delta=0.05)
         self.assertEqual(stack["off"], [])
         self.assertRegex(" ".join(stack["remarks"]), r"^The level drifts by 4 ADU")
-        steady = self.report("c.qxb", "--darks", "dark_1s.tif")["darks"]["stacks"][0]
+        steady = self.report("c.qxb", "--dark", "dark_1s.tif")["darks"]["stacks"][0]
         self.assertEqual((steady["off"], steady["remarks"]), ([], []))
 
     def test_drifting_frames_make_the_whole_worth_a_look(self):
         self.tool("build", "one.qxb", "--key", "k", "--exposure", 1, "--intensity", 100, "dark_1s.tif")
         self.write("moved.tif", [p + np.uint16(n) for n, p in enumerate(self.read("dark_1s.tif"))])
-        self.assertEqual(self.report("one.qxb", "--darks", "dark_1s.tif")["mark"], "good")
-        self.assertEqual(self.report("one.qxb", "--darks", "moved.tif")["mark"], "look")
+        self.assertEqual(self.report("one.qxb", "--dark", "dark_1s.tif")["mark"], "good")
+        self.assertEqual(self.report("one.qxb", "--dark", "moved.tif")["mark"], "look")
 
     def test_the_sentence_names_the_offset(self):
         sentences = self.report("c.qxb")["scaling"]["sentences"]
@@ -268,7 +268,7 @@ class Files(ReportTest):
 
     def test_shape(self):
         self.write("d.tif", self.images(2, 6, 4))
-        found = self.report("c.qxb", "--darks", "d.tif", "--against", "d.tif")
+        found = self.report("c.qxb", "--dark", "d.tif", "--against", "d.tif")
         self.assertEqual((found["format"], found["version"]), ("qxbackground-report", 1))
         self.assertEqual(set(found), {"format", "version", "tool", "made", "thresholds", "darks", "source", "scaling",
                                       "against", "corrections", "mark"})
@@ -301,7 +301,7 @@ class Files(ReportTest):
         self.refused("report", "c.qxb", "--against", "wide.tif", "-o", "r.html", says=["wide.tif: is 7 x 4 pixels"])
         self.refused("report", "c.qxb", "--against", "wide.tif", "--key", "none", "--json", says=["no correction 'none'"])
         self.write("d.tif", [np.zeros((4, 6), np.uint16)])
-        self.refused("report", "c.qxb", "--darks", "d.tif", "--dark-exposure", 1, 2, "--json", says=["2 exposure times"])
+        self.refused("report", "c.qxb", "--dark", "d.tif", "--dark-exposure", 1, 2, "--json", says=["2 exposure times"])
 
     def test_built_without_the_page(self):
         before = self.contents()

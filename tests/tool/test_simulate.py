@@ -9,7 +9,7 @@ from support import ToolTest
 
 
 class Determinism(ToolTest):
-    # Of --seed 7 --width 48 --height 32 --frames 3 --lights 2 --exposures 0.25,2. They may change only together with
+    # Of --seed 7 --width 48 --height 32 --frames 3 --lights 2 --exposure 0.25,2. They may change only together with
     # the model; a compiler or a machine that gives others is an error.
     EXPECTED = {
         "dark_0.25s.tif":
@@ -33,7 +33,7 @@ class Determinism(ToolTest):
     }
 
     def make(self, folder, *more):
-        self.tool("simulate", "-o", folder, "--width", 48, "--height", 32, "--frames", 3, "--lights", 2, "--exposures",
+        self.tool("simulate", "-o", folder, "--width", 48, "--height", 32, "--frames", 3, "--lights", 2, "--exposure",
                   "0.25,2", *more)
         return {p.name: hashlib.sha256(p.read_bytes()).hexdigest() for p in (self.folder / folder).iterdir()}
 
@@ -47,7 +47,7 @@ class Determinism(ToolTest):
 
     def test_more_frames_and_exposures_leave_the_others_as_they_were(self):
         self.make("a", "--seed", 7)
-        self.tool("simulate", "-o", "b", "--width", 48, "--height", 32, "--frames", 5, "--exposures", 2, 3, "--seed", 7)
+        self.tool("simulate", "-o", "b", "--width", 48, "--height", 32, "--frames", 5, "--exposure", 2, 3, "--seed", 7)
         self.assert_same_pages(self.read("b/dark_2s.tif")[:3], self.read("a/dark_2s.tif"))
 
 
@@ -55,7 +55,7 @@ class Extras(ToolTest):
     """Glow, cosmic rays, drift and fewer bits, each against the same camera without it."""
 
     def make(self, *options):
-        self.tool("simulate", "-o", ".", "--overwrite", "--width", 64, "--height", 48, "--frames", 20, "--exposures", 2,
+        self.tool("simulate", "-o", ".", "--overwrite", "--width", 64, "--height", 48, "--frames", 20, "--exposure", 2,
                   *options)
         self.description = json.loads((self.folder / "simulation.json").read_text())
         return np.stack(self.read("dark_2s.tif")).astype(int), self.read("light_2s.tif")[0].astype(int)
@@ -97,7 +97,7 @@ class Model(ToolTest):
 
     def setUp(self):
         super().setUp()
-        self.tool("simulate", "-o", ".", "--width", 128, "--height", 96, "--frames", 60, "--lights", 60, "--exposures",
+        self.tool("simulate", "-o", ".", "--width", 128, "--height", 96, "--frames", 60, "--lights", 60, "--exposure",
                   1, 4, "--gain", self.GAIN, "--read-noise", self.READ_NOISE)
 
     def test_the_mean_of_many_frames_is_the_truth(self):
@@ -135,8 +135,8 @@ class Model(ToolTest):
 
 class Refusals(ToolTest):
     def test_of_values_that_make_no_camera(self):
-        for options in (["--width", 0], ["--height", 99999], ["--frames", 0], ["--exposures", 0],
-                        ["--exposures", "1,1"], ["--gain", 0], ["--seed", "x"]):
+        for options in (["--width", 0], ["--height", 99999], ["--frames", 0], ["--exposure", 0],
+                        ["--exposure", "1,1"], ["--gain", 0], ["--seed", "x"]):
             with self.subTest(options=options):
                 self.refused("simulate", "-o", "s", *options)
 

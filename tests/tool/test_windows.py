@@ -61,7 +61,7 @@ class SameAsOnLinux(WindowsTest):
             ["delete", "c.qxb", "--key", "TWO"],
             ["list", "c.qxb", "--json"],
             ["check", "c.qxb"],
-            ["show", "c.qxb", "--key", "three", "-o", "shown.png"],
+            ["show", "c.qxb", "--key", "three", "--picture", "shown.png"],
             ["statistics", "corrected.tif"],
             ["apply", "c.qxb", "--key", "Three", *CONDITIONS, "--region", "3,4,20,10", "region.tif", "-o", "applied.tif"],
             ["store", "add", "s", "--group", "A", "--group", "B", "--key", "A,1,B,x,k", *CONDITIONS, "sim/dark_1s.tif"],

@@ -1,5 +1,6 @@
 // qxbackground, the command-line workbench: uses the library as any host would, through its exports.
 #include "base/Arguments.h"
+#include "base/Color.h"
 #include "base/Interrupts.h"
 #include "base/Wording.h"
 #include "commandline/CommandLine.h"
@@ -23,7 +24,7 @@ int Report(std::string text)
         if (static_cast<unsigned char>(character) < ' ')
             character = ' ';
     }
-    std::fprintf(stderr, "qxbackground: %s\n", workbench::Printable(text).c_str());
+    std::fprintf(stderr, "%s %s\n", workbench::ErrorMark("qxbackground:").c_str(), workbench::Printable(text).c_str());
     return kFailed;
 }
 
@@ -38,32 +39,28 @@ int main(int argumentCount, char** arguments)
         app.Reads(TPathKind::Library,
                   app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str());
         AddCorrectVerb(app, context);
+        AddApplyVerb(app, context);
         AddBuildVerb(app, context);
+        AddHotPixelsVerb(app);
         AddListVerb(app, context);
         AddShowVerb(app, context);
-        AddApplyVerb(app, context);
-        AddImportVerb(app, context);
-        AddDeleteVerb(app, context);
         AddCheckVerb(app, context);
-        AddStoreVerb(app, context);
-        AddSimulateVerb(app);
-        AddStatisticsVerb(app);
-        AddReportVerb(app, context);
-        AddHotPixelsVerb(app);
-        AddExportVerb(app, context);
         AddDiffVerb(app, context);
-        AddConvertVerb(app);
+        AddReportVerb(app, context);
+        AddImportVerb(app, context);
         AddRenameVerb(app, context);
+        AddDeleteVerb(app, context);
+        AddStatisticsVerb(app);
+        AddConvertVerb(app);
+        AddExportVerb(app, context);
+        AddSimulateVerb(app);
+        AddStoreVerb(app, context);
+        AddCompletionVerb(app);
+        AddGuide(app);
     };
     CatchInterrupts();
     try {
-        RunCommandLine(
-            given,
-            {"qxbackground", "qxbackground " QXBACKGROUND_VERSION,
-             "Background correction of 16-bit camera images from the command line.\n"
-             "Pages of TIFF files are counted from 1. Exit status: 0 done; 1 some of several files failed (each "
-             "with its line) or, with check, do not load whole; 2 refused or failed, with one line that says why."},
-            addVerbs);
+        RunCommandLine(given, ProgramText(), addVerbs);
         std::cout.flush();
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout)
             return Report("the standard output cannot be written to; the command itself was carried out");

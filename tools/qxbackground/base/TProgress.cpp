@@ -1,11 +1,13 @@
 #include "base/TProgress.h"
 
+#include "base/Escapes.h"
 #include "base/Interrupts.h"
 #include "base/TToolError.h"
 #include "base/Terminal.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace workbench {
@@ -23,7 +25,8 @@ void ThrowIfInterrupted()
 }
 
 TProgress::TProgress(const std::string& text, std::uint64_t steps)
-    : what(text), total(steps == 0 ? 1 : steps), visible(StandardErrorIsTerminal())
+    : what(text), total(steps == 0 ? 1 : steps), visible(StandardErrorIsTerminal()),
+      takesEscapes(TakesEscapes(TStream::Error))
 {}
 
 TProgress::~TProgress()
@@ -56,15 +59,27 @@ void TProgress::Draw(int percent)
     std::string left;
     if (seconds > kEnoughToTell && done > 0 && done < total)
         left = ", " + DurationText(seconds * static_cast<double>(total - done) / static_cast<double>(done)) + " left";
-    std::fputs(fmt::format("\r{} [{:<{}}] {:3} %{}\033[K", what, bar, kBarCharacters, percent, left).c_str(), stderr);
+    const std::string line = fmt::format("{} [{:<{}}] {:3} %{}", what, bar, kBarCharacters, percent, left);
+    Print(line);
+    drawnColumns = line.size();
+}
+
+void TProgress::Print(const std::string& line) const
+{
+    const std::string rest =
+        takesEscapes ? "\033[K" : std::string(drawnColumns - std::min(drawnColumns, line.size()), ' ');
+    std::fputs(("\r" + line + rest).c_str(), stderr);
     std::fflush(stderr);
 }
 
 void TProgress::Clear()
 {
-    if (visible && drawnPercent >= 0)
-        std::fputs("\r\033[K", stderr);
+    if (visible && drawnPercent >= 0) {
+        Print("");
+        std::fputs(takesEscapes ? "" : "\r", stderr);
+    }
     drawnPercent = -1;
+    drawnColumns = 0;
 }
 
 void TProgress::Say(const std::string& line)

@@ -2,6 +2,7 @@
 #define QXBACKGROUND_BASE_TPROGRESS_H
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -27,11 +28,14 @@ public:
 private:
     void Draw(int percent);
     void Clear();
+    void Print(const std::string& line) const;
 
     std::string what;
     std::uint64_t total;
     std::uint64_t done = 0;
     bool visible;
+    bool takesEscapes; // otherwise blanks go over what is left of a longer line
+    std::size_t drawnColumns = 0;
     int drawnPercent = -1;
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     std::chrono::steady_clock::time_point drawn;

@@ -1,7 +1,10 @@
 #include "commandline/CommandLine.h"
 
 #include "base/TToolError.h"
+#include "commandline/Completion.h"
 #include "commandline/Description.h"
+#include "commandline/Help.h"
+#include "commandline/ManPage.h"
 
 #include <algorithm>
 #include <iostream>
@@ -28,19 +31,15 @@ std::string Complaint(const CLI::ParseError& error)
 
 } // namespace
 
-bool RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
+void RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
                     const std::function<void(TVerb&)>& addVerbs)
 {
-    TVerb root(program.help, program.name, nullptr);
-    root.set_help_flag("-h,--help", "Print this help message and exit"); // verbs that are added take it from here
-    root.set_version_flag("--version", program.version, "Print the version and exit");
+    TVerb root(program.summary, program.name, nullptr);
+    root.set_help_flag("-h,--help"); // verbs that are added take it from here
+    root.set_version_flag("--version", program.version);
     root.require_subcommand(1);
     root.allow_windows_style_options(false); // "/folder/file" is a path, on every system
-    root.get_formatter()->label("SUBCOMMAND", "VERB");
-    root.get_formatter()->label("Subcommands", "Verbs");
     addVerbs(root);
-    // Last, because verbs that are added take their footer from here.
-    root.footer("'" + program.name + " help VERB' or '" + program.name + " VERB --help' explains a verb.");
 
     std::vector<std::string> words(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
     if (!words.empty() && words.front() == "help") {
@@ -48,16 +47,22 @@ bool RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
         RequireVerb(root, words);
         words.emplace_back("--help");
     } else if (words == std::vector<std::string>{"--describe"}) {
-        std::cout << DescriptionJson(root);
-        return false;
+        std::cout << DescriptionJson(root, program);
+        return;
+    } else if (words == std::vector<std::string>{"--man-page"}) {
+        std::cout << ManPage(root, program);
+        return;
+    } else if (!words.empty() && words.front() == "--complete") {
+        std::cout << CompletionText(root, {words.begin() + 1, words.end()});
+        return;
     }
     std::reverse(words.begin(), words.end()); // the parser takes them from the back
     try {
         root.parse(words);
-        return true;
-    } catch (const CLI::Success& asked) {
-        root.exit(asked);
-        return false;
+    } catch (const CLI::CallForHelp&) {
+        std::cout << HelpText(ParsedVerb(root), program);
+    } catch (const CLI::CallForVersion&) {
+        std::cout << program.version << '\n';
     } catch (const CLI::ParseError& error) {
         throw TToolError(ExplainRefusal(root, root.remaining(true), Complaint(error)));
     }

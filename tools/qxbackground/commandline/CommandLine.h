@@ -1,6 +1,7 @@
 #ifndef QXBACKGROUND_COMMANDLINE_COMMANDLINE_H
 #define QXBACKGROUND_COMMANDLINE_COMMANDLINE_H
 
+#include "commandline/TProgramText.h"
 #include "commandline/TVerb.h"
 
 #include <functional>
@@ -8,16 +9,10 @@
 
 namespace workbench {
 
-struct TProgramText {
-    std::string name;
-    std::string version;
-    std::string help;
-};
-
 // Parses and runs. `arguments` begin with the name of the program. `addVerbs` fills the command line. Throws what a
-// verb throws, and TToolError for a command line that makes no sense; returns false when only help, the version, or the
-// description of all options was asked for (and has been printed).
-bool RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
+// verb throws, and TToolError for a command line that makes no sense; what only help,
+// the version, the description of all options, the manual page or a completion asks for is printed.
+void RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
                     const std::function<void(TVerb&)>& addVerbs);
 
 } // namespace workbench

@@ -3,6 +3,7 @@
 #include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "commandline/TOptionText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -30,6 +31,10 @@ const char* KindText(TPathKind kind)
         return "image";
     case TPathKind::Picture:
         return "picture";
+    case TPathKind::Page:
+        return "page";
+    case TPathKind::Table:
+        return "table";
     case TPathKind::Calibration:
         return "calibration";
     case TPathKind::Store:
@@ -62,14 +67,22 @@ bool TakesMany(const CLI::Option* option)
 nlohmann::json OptionsJson(const TVerb& verb)
 {
     nlohmann::json options = nlohmann::json::array();
-    for (const CLI::Option* given : verb.Options()) {
-        const TVerb::TPathOption* const path = verb.PathOptionOf(given);
-        nlohmann::json option{{"name", given->get_name()},
-                              {"positional", given->get_positional()},
-                              {"required", given->get_required()},
-                              {"many", TakesMany(given)},
-                              {"type", TypeText(given, path != nullptr)},
-                              {"help", given->get_description()}};
+    for (const TOptionText& text : OptionTexts(verb)) {
+        if (text.option == nullptr) // --help and its like
+            continue;
+        const TVerb::TPathOption* const path = verb.PathOptionOf(text.option);
+        nlohmann::json option{{"name", text.name},
+                              {"letter", text.letter},
+                              {"positional", text.isArgument},
+                              {"required", text.isRequired},
+                              {"many", TakesMany(text.option)},
+                              {"type", TypeText(text.option, path != nullptr)},
+                              {"value", text.value},
+                              {"range", text.range},
+                              {"default", text.defaultValue},
+                              {"choices", text.choices},
+                              {"heading", text.heading},
+                              {"help", text.help}};
         if (path != nullptr)
             option["path"] = {{"use", UseText(path->use)}, {"kind", KindText(path->kind)}};
         options.push_back(option);
@@ -77,15 +90,34 @@ nlohmann::json OptionsJson(const TVerb& verb)
     return options;
 }
 
+nlohmann::json ExamplesJson(const TVerb& verb)
+{
+    nlohmann::json examples = nlohmann::json::array();
+    for (const TVerb::TExample& example : verb.Examples())
+        examples.push_back({{"what", example.what}, {"command", example.command}});
+    return examples;
+}
+
 void AddVerbsJson(const TVerb& verb, const std::vector<std::string>& words, nlohmann::json& list)
 {
     if (verb.Verbs().empty())
-        list.push_back({{"verb", words}, {"help", verb.get_description()}, {"options", OptionsJson(verb)}});
+        list.push_back({{"verb", words},
+                        {"help", verb.get_description()},
+                        {"options", OptionsJson(verb)},
+                        {"examples", ExamplesJson(verb)}});
     for (const TVerb* inner : verb.Verbs()) {
         std::vector<std::string> innerWords = words;
         innerWords.push_back(inner->get_name());
         AddVerbsJson(*inner, innerWords, list);
     }
+}
+
+nlohmann::json TermsJson(const std::vector<TProgramText::TTerm>& terms)
+{
+    nlohmann::json list = nlohmann::json::array();
+    for (const TProgramText::TTerm& term : terms)
+        list.push_back({{"term", term.term}, {"text", term.text}});
+    return list;
 }
 
 std::vector<std::string> VerbNames(const TVerb& verb)
@@ -106,11 +138,6 @@ std::vector<std::string> OptionNames(const TVerb& verb)
             names.push_back("--" + name);
     }
     return names;
-}
-
-std::string FullName(const TVerb& verb)
-{
-    return verb.Parent() == nullptr ? verb.get_name() : FullName(*verb.Parent()) + " " + verb.get_name();
 }
 
 std::string UnknownVerb(const TVerb& verb, const std::string& word)
@@ -136,16 +163,6 @@ std::string UnknownOption(const TVerb& root, const TVerb& verb, const std::strin
            (nearest.empty() ? " ('" + FullName(verb) + " --help' lists them)" : "; did you mean '" + nearest + "'?");
 }
 
-// The verb that was asked for: the innermost one that the parser came to.
-const TVerb& ParsedVerb(const TVerb& verb)
-{
-    for (const TVerb* inner : verb.Verbs()) {
-        if (inner->parsed())
-            return ParsedVerb(*inner);
-    }
-    return verb;
-}
-
 // An option that takes several values takes all words that follow; nothing may then be left for the last argument.
 std::string SwallowedArguments(const TVerb& verb)
 {
@@ -169,11 +186,25 @@ std::string SwallowedArguments(const TVerb& verb)
 
 } // namespace
 
-std::string DescriptionJson(const TVerb& root)
+std::string DescriptionJson(const TVerb& root, const TProgramText& program)
 {
     nlohmann::json verbs = nlohmann::json::array();
     AddVerbsJson(root, {}, verbs);
-    return JsonText({{"options", OptionsJson(root)}, {"verbs", verbs}});
+    return JsonText({{"version", program.version},
+                     {"options", OptionsJson(root)},
+                     {"verbs", verbs},
+                     {"examples", ExamplesJson(root)},
+                     {"exitStatus", TermsJson(program.exitStatus)},
+                     {"environment", TermsJson(program.environment)}});
+}
+
+const TVerb& ParsedVerb(const TVerb& verb)
+{
+    for (const TVerb* inner : verb.Verbs()) {
+        if (inner->parsed())
+            return ParsedVerb(*inner);
+    }
+    return verb;
 }
 
 std::string ExplainRefusal(const TVerb& root, const std::vector<std::string>& unread, const std::string& complaint)

@@ -24,7 +24,18 @@ enum class TPathUse {
 };
 
 // What is meant to lie there.
-enum class TPathKind { Image, Picture, Calibration, Store, CalibrationOrStore, Folder, Library, PixelList };
+enum class TPathKind {
+    Image,
+    Picture,
+    Page,
+    Table,
+    Calibration,
+    Store,
+    CalibrationOrStore,
+    Folder,
+    Library,
+    PixelList
+};
 
 // Everything that one command reads and writes. Made from the options before the command runs, so that no slip on the
 // command line costs a file: nothing is opened for writing until Check has held every written path against all others.

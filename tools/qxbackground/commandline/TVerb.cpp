@@ -1,5 +1,6 @@
 #include "commandline/TVerb.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -71,6 +72,23 @@ CLI::Option* TVerb::Creates(TPathKind kind, CLI::Option* option, bool& overwrite
     return Uses(TPathUse::Creates, kind, option, std::move(fill));
 }
 
+CLI::Option* TVerb::NamesKey(CLI::Option* option)
+{
+    keys.push_back(option);
+    return option;
+}
+
+void TVerb::AddExample(const std::string& what, const std::string& command)
+{
+    examples.push_back({what, command});
+}
+
+void TVerb::AddNote(const std::string& text)
+{
+    if (std::find(notes.begin(), notes.end(), text) == notes.end())
+        notes.push_back(text);
+}
+
 void TVerb::Run(std::function<void()> action)
 {
     callback([this, action = std::move(action)] {
@@ -100,6 +118,24 @@ const TVerb::TPathOption* TVerb::PathOptionOf(const CLI::Option* option) const
             return &path;
     }
     return nullptr;
+}
+
+bool TVerb::IsKey(const CLI::Option* option) const
+{
+    return std::find(keys.begin(), keys.end(), option) != keys.end();
+}
+
+TVerb* TVerb::Find(const std::vector<std::string>& words)
+{
+    TVerb* verb = this;
+    for (const std::string& word : words) {
+        const auto found = std::find_if(verb->verbs.begin(), verb->verbs.end(),
+                                        [&](const TVerb* inner) { return inner->get_name() == word; });
+        if (found == verb->verbs.end())
+            return nullptr;
+        verb = *found;
+    }
+    return verb;
 }
 
 } // namespace workbench

@@ -18,6 +18,10 @@ public:
     // Adds to the plan what an option was given, told the option's name.
     using TFill = std::function<void(const std::string& option, TPathPlan& plan)>;
 
+    struct TExample {
+        std::string what, command;
+    };
+
     struct TPathOption {
         const CLI::Option* option = nullptr;
         TPathUse use = TPathUse::Reads;
@@ -37,22 +41,39 @@ public:
     // Gives the verb the flag --overwrite, which goes to `overwrite`.
     CLI::Option* Creates(TPathKind kind, CLI::Option* option, bool& overwrite, TFill fill = {});
 
+    // The values of the option are keys of corrections that the verb's calibration file or store has. Returns the
+    // option.
+    CLI::Option* NamesKey(CLI::Option* option);
+
+    // For help and the manual page. A command stands in one line there and here; a note is a paragraph, and lines of it
+    // that begin with two blanks stay as they are. What is noted twice is told once.
+    void AddExample(const std::string& what, const std::string& command);
+    void AddNote(const std::string& text);
+
     // Before `action`, the verb's paths are checked and what it changes is locked; see TPathPlan.
     void Run(std::function<void()> action);
 
     const TVerb* Parent() const { return parent; }
-    const std::vector<const TVerb*>& Verbs() const { return verbs; }
+    std::vector<const TVerb*> Verbs() const { return {verbs.begin(), verbs.end()}; }
     // In the order in which they were added, without --help and --version.
     std::vector<const CLI::Option*> Options() const;
     // Null for an option that names no files.
     const TPathOption* PathOptionOf(const CLI::Option* option) const;
+    bool IsKey(const CLI::Option* option) const;
+    const std::vector<TExample>& Examples() const { return examples; }
+    const std::vector<std::string>& Notes() const { return notes; }
+    // The verb that the words name; null when there is none.
+    TVerb* Find(const std::vector<std::string>& words);
 
 private:
     CLI::Option* Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill);
 
     const TVerb* parent;
-    std::vector<const TVerb*> verbs;
+    std::vector<TVerb*> verbs;
     std::vector<TPathOption> paths;
+    std::vector<const CLI::Option*> keys;
+    std::vector<TExample> examples;
+    std::vector<std::string> notes;
     const bool* overwriteFlag = nullptr; // when the verb creates files
 };
 

@@ -114,19 +114,14 @@ void AddApplyVerb(TVerb& app, TContext& context)
     TVerb& verb = app.AddVerb("apply", "Correct images with a correction from a calibration file");
     const auto options = std::make_shared<TApplyOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    CLI::Option* const key = verb.add_option("--key", options->key, "Which correction (letter case ignored)");
+    CLI::Option* const key = AddKeyOption(verb, options->key);
     verb.add_flag("--auto", options->chooses,
                   "Choose the correction: of exactly the image's exposure x intensity, else the nearest that is scaled "
                   "down, else the nearest; of the images' size. Says which, and by what factor. Where images' headers "
                   "say the exposure, each gets its own")
         ->excludes(key);
     AddCorrectOptions(verb, options->correct);
-    verb.footer("Examples:\n"
-                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
-                "  qxbackground apply night.qxb --key dark60 --exposure 60 --intensity 100 lights/ -o corrected/\n"
-                "  FITS, which say their exposure: qxbackground apply night.qxb --auto --intensity 100 lights/ -o "
-                "corrected/\n" +
-                std::string(kSomeFailedHelp));
+    verb.AddNote(kSomeFailedHelp);
     verb.Run([&context, options] { RunApply(context, *options); });
 }
 

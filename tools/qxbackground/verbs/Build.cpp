@@ -1,4 +1,5 @@
 // qxbackground build: makes a calibration file, or adds a correction to one.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Doubts.h"
@@ -6,6 +7,8 @@
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -20,6 +23,7 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool json = false;
 };
 
 void RunBuild(const TContext& context, const TBuildOptions& options)
@@ -30,19 +34,29 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     if (before.exists)
         LoadWhole(object, options.file);
     TConditions conditions = options.conditions;
-    const TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                    static_cast<float>(conditions.exposureSeconds),
                    static_cast<float>(conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
+    const std::vector<std::string> doubts =
+        HotterThanLonger(options.file, WalkCalibrationFile(options.file).corrections, options.key);
+    stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
+    if (options.json) {
+        nlohmann::json json = DarksJson(stack, options.darks, conditions);
+        json["file"] = options.file;
+        json["key"] = options.key;
+        json["corrections"] = object.Count();
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
               << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels (" << conditions.Text()
               << "): " << options.file << " holds " << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
-    PrintWarnings(HotterThanLonger(options.file, WalkCalibrationFile(options.file).corrections, options.key));
 }
 
 } // namespace
@@ -60,6 +74,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunBuild(context, *options); });
 }
 

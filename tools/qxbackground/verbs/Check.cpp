@@ -1,4 +1,5 @@
 // qxbackground check: looks at every record of a calibration file and says where it departs from the format.
+#include "base/JsonText.h"
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
@@ -6,18 +7,28 @@
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
 #include "verbs/DarkFrames.h"
+#include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
 
+#include <nlohmann/json.hpp>
+
 #include <iostream>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace workbench {
 
 namespace {
 
-void Check(TContext& context, const std::string& path)
+struct TCheckOptions {
+    std::vector<std::string> files;
+    bool json = false;
+};
+
+TCalibrationWalk CheckedWalk(const TContext& context, const std::string& path)
 {
     TCalibrationWalk walk;
     ReadFileSteadily(path, [&] {
@@ -30,32 +41,67 @@ void Check(TContext& context, const std::string& path)
                 walk.departures.push_back({0, "the library finds another number of corrections in it"});
         }
     });
+    return walk;
+}
+
+std::vector<std::string> WarningsOf(const std::string& path, const TCalibrationWalk& walk)
+{
+    return walk.Whole() ? HotterThanLonger(path, walk.corrections) : std::vector<std::string>();
+}
+
+void PrintCheck(const std::string& path, const TCalibrationWalk& walk)
+{
     for (const TDeparture& departure : walk.departures)
         std::cout << path << ": byte " << departure.offset << ": " << Printable(departure.what) << '\n';
     std::cout << path << ": structure version " << walk.structureVersion << ", ";
     if (walk.structureVersion == CalibrationFormat::kGroupedVersion)
         std::cout << Counted(walk.groupingNames.size(), "grouping name") << ", ";
     std::cout << Counted(walk.corrections.size(), "correction") << ", " << Counted(walk.fileBytes, "byte") << ": ";
-    if (walk.Whole()) {
-        std::cout << "loads whole\n";
-        PrintWarnings(HotterThanLonger(path, walk.corrections));
-    } else {
-        std::cout << Counted(walk.departures.size(), "departure") << '\n';
-        context.status = kSomeFailed;
+    std::cout << (walk.Whole() ? "loads whole" : Counted(walk.departures.size(), "departure")) << '\n';
+    PrintWarnings(WarningsOf(path, walk));
+}
+
+nlohmann::json CheckJson(const std::string& path, const TCalibrationWalk& walk)
+{
+    nlohmann::json departures = nlohmann::json::array();
+    for (const TDeparture& departure : walk.departures)
+        departures.push_back({{"byte", departure.offset}, {"what", departure.what}});
+    return {{"file", path},
+            {"structureVersion", walk.structureVersion},
+            {"groupingNames", walk.groupingNames},
+            {"corrections", walk.corrections.size()},
+            {"bytes", walk.fileBytes},
+            {"whole", walk.Whole()},
+            {"departures", departures},
+            {"warnings", WarningsOf(path, walk)}};
+}
+
+void RunCheck(TContext& context, const TCheckOptions& options)
+{
+    nlohmann::json files = nlohmann::json::array();
+    for (const std::string& file : options.files) {
+        const TCalibrationWalk walk = CheckedWalk(context, file);
+        if (!walk.Whole())
+            context.status = kSomeFailed;
+        if (options.json)
+            files.push_back(CheckJson(file, walk));
+        else
+            PrintCheck(file, walk);
     }
+    if (options.json)
+        std::cout << JsonText({{"files", files}});
 }
 
 } // namespace
 
 void AddCheckVerb(TVerb& app, TContext& context)
 {
-    TVerb& verb = app.AddVerb("check", "Check every record of calibration files. Exit status: 0 all load whole, 1 not");
-    const auto files = std::make_shared<std::vector<std::string>>();
-    verb.Reads(TPathKind::Calibration, verb.add_option("files", *files, "Calibration files")->required());
-    verb.Run([&context, files] {
-        for (const std::string& file : *files)
-            Check(context, file);
-    });
+    TVerb& verb = app.AddVerb("check", "Check every record of calibration files");
+    const auto options = std::make_shared<TCheckOptions>();
+    verb.Reads(TPathKind::Calibration, verb.add_option("files", options->files, "Calibration files")->required());
+    AddJsonOption(verb, options->json);
+    verb.AddNote("Exit status: 0 all load whole, 1 some do not, 2 one cannot be read at all.");
+    verb.Run([&context, options] { RunCheck(context, *options); });
 }
 
 } // namespace workbench

@@ -1,4 +1,5 @@
 // qxbackground convert: images from one format to another, nothing else changed.
+#include "base/JsonText.h"
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
@@ -6,6 +7,8 @@
 #include "images/TImageWriter.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <iostream>
@@ -21,6 +24,7 @@ struct TConvertOptions {
     TInputOptions input;
     TOutputOptions outputAs;
     bool overwrite = false;
+    bool json = false;
 };
 
 void RunConvert(const TConvertOptions& options)
@@ -54,6 +58,10 @@ void RunConvert(const TConvertOptions& options)
         progress.Step();
     }
     writer->Close();
+    if (options.json) {
+        std::cout << JsonText({{"files", options.inputs}, {"pages", pages}, {"output", options.output}});
+        return;
+    }
     std::cout << "Converted " << Counted(pages, "page") << " of " << Counted(options.inputs.size(), "file") << ": "
               << options.output << '\n';
 }
@@ -70,6 +78,7 @@ void AddConvertVerb(TVerb& app)
                  verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF or FITS")->required(),
                  options->overwrite);
     AddOutputOptions(verb, options->outputAs);
+    AddJsonOption(verb, options->json);
     verb.Run([options] { RunConvert(*options); });
 }
 

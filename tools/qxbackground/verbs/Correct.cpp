@@ -89,13 +89,7 @@ void AddCorrectVerb(TVerb& app, TContext& context)
                   "smooths them, which is less noisy but leaves what differs from pixel to pixel in the image");
     AddCorrectOptions(verb, options->correct);
     repair->excludes(verb.get_option("--hot-list"));
-    verb.footer(
-        "Examples:\n"
-        "  one image:           qxbackground correct --dark dark.tif --dark-exposure 60 --dark-intensity 100 \\\n"
-        "                           --exposure 60 --intensity 100 light.tif -o corrected.tif\n"
-        "  a night, by folders: ... --dark darks/ ... lights/ -o corrected/\n"
-        "  by a pattern:        ... 'lights/m31*.fits' -o corrected/ --name '{stem}_corrected{ext}'\n" +
-        std::string(kSomeFailedHelp));
+    verb.AddNote(kSomeFailedHelp);
     verb.Run([&context, options] { RunCorrect(context, *options); });
 }
 

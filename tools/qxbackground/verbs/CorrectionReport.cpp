@@ -12,22 +12,18 @@
 
 namespace workbench {
 
-namespace {
-
-nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions& options)
+nlohmann::json RunJson(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     nlohmann::json json{{"output", options.output}, {"pages", report.pages}};
     json["corrections"] = nlohmann::json::array();
-    for (const TCorrectionReport::TCorrection& used : report.corrections)
-        json["corrections"].push_back({{"correction", used.what},
-                                       {"exposureSeconds", used.exposureSeconds},
-                                       {"scaledBy", used.factor},
-                                       {"pages", used.pages}});
+    for (const TUsedCorrection& used : report.corrections)
+        json["corrections"].push_back(
+            {{"correction", used.what}, {"exposureSeconds", used.exposureSeconds}, {"scaledBy", used.factor}});
     if (!report.notes.empty())
         json["notes"] = report.notes;
     if (!report.warnings.empty())
         json["warnings"] = report.warnings;
-    if (options.IsBatch()) {
+    if (!report.files.empty() || !report.failures.empty()) { // otherwise all pages went into one file
         json["files"] = nlohmann::json::array();
         for (const TCorrectionReport::TFile& file : report.files)
             json["files"].push_back({{"input", file.input}, {"output", file.output}});
@@ -35,6 +31,14 @@ nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions
         for (const TCorrectionReport::TFailure& failure : report.failures)
             json["failures"].push_back({{"input", failure.input}, {"why", failure.why}});
     }
+    return json;
+}
+
+namespace {
+
+nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions& options)
+{
+    nlohmann::json json = RunJson(report, options);
     if (!options.noStatistics) {
         json["statisticsPages"] = report.statisticsPages;
         json["before"] = report.before.Json();

@@ -5,6 +5,9 @@
 #include "images/TSeriesStatistics.h"
 #include "images/TSignificantBits.h"
 #include "verbs/Options.h"
+#include "verbs/TCorrectionPlan.h"
+
+#include <nlohmann/json_fwd.hpp>
 
 #include <cstdint>
 #include <string>
@@ -21,15 +24,9 @@ struct TCorrectionReport {
         std::string input, why;
     };
 
-    struct TCorrection {
-        std::string what;
-        double exposureSeconds = 0, factor = 0;
-        std::uint64_t pages = 0;
-    };
-
-    std::vector<TCorrection> corrections; // those used, and for which exposures
-    std::string what;                     // the correction, in words
-    std::string conditions;               // of the images
+    std::vector<TUsedCorrection> corrections;
+    std::string what;       // the correction, in words
+    std::string conditions; // of the images
     std::vector<std::string> notes, warnings;
     TSize size;
     std::uint64_t pages = 0;           // corrected and written
@@ -44,6 +41,9 @@ struct TCorrectionReport {
 // Adds lines about what does not look right: a background that is scaled up by `factor` (or less), a result that is cut
 // off.
 void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
+
+// Without figures: which files, what is to be told.
+nlohmann::json RunJson(const TCorrectionReport& report, const TCorrectOptions& options);
 
 void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options);
 

@@ -1,5 +1,6 @@
 #include "verbs/CorrectionRun.h"
 
+#include "base/Color.h"
 #include "base/Interrupts.h"
 #include "base/TProgress.h"
 #include "base/Wording.h"
@@ -179,7 +180,7 @@ void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
     const auto tell = [&] {
         for (; told < outputs.Failures().size(); ++told) {
             if (options.inputs.size() > 1) // otherwise it is what the command ends with
-                progress.Say("qxbackground: " + Printable(outputs.Failures()[told].why));
+                progress.Say(ErrorMark("qxbackground:") + " " + Printable(outputs.Failures()[told].why));
         }
     };
     TPageSteps steps = Steps();
@@ -296,9 +297,7 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
     if (!options.picture.empty())
         WritePng(options.picture, SideBySide({&run.firstBefore, &background, &run.firstAfter}, report.legend),
                  ExistingFor(options.overwrite));
-    for (const TTurn& turn : plan.Turns())
-        report.corrections.push_back(
-            {turn.what, turn.exposureSeconds, turn.factor, plan.Turns().size() == 1 ? report.pages : turn.pages});
+    report.corrections = plan.Used();
     for (const std::string& warning : run.Warnings())
         report.warnings.push_back(warning);
     AddWarnings(report, options, plan.LargestFactor());

@@ -1,5 +1,6 @@
 #include "verbs/CorrectionSetup.h"
 
+#include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "stacks/TShotWatch.h"
@@ -7,6 +8,7 @@
 #include "verbs/DarkFrames.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -52,43 +54,51 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
                         const TCorrectionSetup& setup)
 {
     TShotWatch watch(options.toleranceCelsius, options.olderDays);
+    TCorrectionReport report;
+    report.notes = plan.Notes();
+    report.notes.insert(report.notes.end(), setup.notes.begin(), setup.notes.end());
+    report.warnings = setup.warnings;
+    report.corrections = plan.Used();
     std::string lines;
-    std::size_t failing = 0;
-    std::uint64_t pages = 0;
     for (std::size_t file = 0; file < options.inputs.size(); ++file) {
         const std::string& input = options.inputs[file];
         try {
+            std::uint64_t pagesOfFile = 0;
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
-            for (; reader->NextPage(); ++pages) {
+            for (; reader->NextPage(); ++pagesOfFile) {
                 RequireSize(input, *reader, size);
                 const TTurn& turn = plan.For(input, file, reader->Page());
                 watch.Add(input, ShotOf(reader->Metadata()), plan.Expected(turn));
             }
-            lines += "  " + input + " -> " + (options.IsBatch() ? options.outputs[file] : options.output) + '\n';
+            report.pages += pagesOfFile;
+            report.files.push_back({input, options.IsBatch() ? options.outputs[file] : options.output});
+            lines += "  " + input + " -> " + report.files.back().output + '\n';
         } catch (const TToolError& error) {
-            ++failing;
+            report.failures.push_back({input, error.what()});
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';
         }
     }
+    for (const std::vector<std::string>& more : {plan.Warnings(), watch.Warnings()})
+        report.warnings.insert(report.warnings.end(), more.begin(), more.end());
+    AddWarnings(report, options, plan.LargestFactor());
     std::string factors = fmt::format("{:.4g}", plan.LeastFactor());
     if (const std::string largest = fmt::format("{:.4g}", plan.LargestFactor()); largest != factors)
         factors += " to " + largest;
-    std::cout << "Would correct " << Counted(pages, "page") << " of "
-              << Counted(options.inputs.size() - failing, "file") << " with " << plan.What() << ", scaled by "
-              << factors << "; nothing is written:\n"
-              << lines;
-    PrintNotes(plan.Notes());
-    PrintNotes(setup.notes);
-    TCorrectionReport report;
-    report.warnings = setup.warnings;
-    for (const std::string& warning : plan.Warnings())
-        report.warnings.push_back(warning);
-    for (const std::string& warning : watch.Warnings())
-        report.warnings.push_back(warning);
-    AddWarnings(report, options, plan.LargestFactor());
-    PrintWarnings(report.warnings);
-    if (failing > 0)
+    if (!report.failures.empty())
         context.status = kSomeFailed;
+    if (options.json) {
+        nlohmann::json json = RunJson(report, options);
+        json["dryRun"] = true;
+        json["correction"] = plan.What();
+        json["factor"] = plan.LargestFactor();
+        std::cout << JsonText(json);
+        return;
+    }
+    std::cout << "Would correct " << Counted(report.pages, "page") << " of " << Counted(report.files.size(), "file")
+              << " with " << plan.What() << ", scaled by " << factors << "; nothing is written:\n"
+              << lines;
+    PrintNotes(report.notes);
+    PrintWarnings(report.warnings);
 }
 
 } // namespace workbench

@@ -1,10 +1,13 @@
 #include "verbs/DarkFrames.h"
 
+#include "base/Color.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "stacks/CombineFrames.h"
 #include "stacks/TRefinement.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 
@@ -18,21 +21,19 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 {
     TStackOptions& stack = options.stack;
     verb.add_option_function<std::string>(
-            "--reject", [&stack](const std::string& text) { SetRejection(stack, text); },
-            "Leave values out of a pixel's stack before it is combined: sigma[:LOW,HIGH] what lies further from the "
-            "median than LOW or HIGH times the spread (by the median distance; default 3,3), winsor[:LOW,HIGH] the "
-            "same by a winsorised standard deviation, minmax:N the N lowest and N highest. Default: none, the "
-            "library's own average")
-        ->type_name("sigma|winsor|minmax:N");
+        "--reject", [&stack](const std::string& text) { SetRejection(stack, text); },
+        "Leave values out of a pixel's stack before it is combined: sigma[:LOW,HIGH] what lies further from the "
+        "median than LOW or HIGH times the spread (by the median distance; default 3,3), winsor[:LOW,HIGH] the "
+        "same by a winsorised standard deviation, minmax:N the N lowest and N highest. Default: none, the "
+        "library's own average");
     verb.add_option_function<std::string>(
-            "--combine",
-            [&stack](const std::string& text) {
-                if (text != "average" && text != "median")
-                    throw TToolError("--combine: '" + text + "' is neither average nor median");
-                stack.combination = text == "median" ? TCombination::Median : TCombination::Average;
-            },
-            "How a pixel's values in all frames become one: average (default) or median")
-        ->type_name("average|median");
+        "--combine",
+        [&stack](const std::string& text) {
+            if (text != "average" && text != "median")
+                throw TToolError("--combine: '" + text + "' is neither average nor median");
+            stack.combination = text == "median" ? TCombination::Median : TCombination::Average;
+        },
+        "How a pixel's values in all frames become one: average (default) or median");
     verb.add_option_function<unsigned>(
             "--stack-memory", [&stack](const unsigned& megabytes) { stack.memory = std::size_t{megabytes} << 20; },
             "Memory for frames that are looked at together, with --reject and --combine, in MiB. A longer stack waits "
@@ -104,6 +105,18 @@ std::string DarksText(const TFrameStack& stack, const TDarkOptions& options)
     return Counted(stack.frames, "dark frame") + (options.stack.IsPlain() ? "" : " by " + options.stack.Text());
 }
 
+nlohmann::json DarksJson(const TFrameStack& stack, const TDarkOptions& options, const TConditions& conditions)
+{
+    return {{"frames", stack.frames},
+            {"combined", options.stack.Text()},
+            {"width", stack.Size().width},
+            {"height", stack.Size().height},
+            {"exposureSeconds", conditions.exposureSeconds},
+            {"lightIntensityPercent", conditions.lightIntensityPercent},
+            {"notes", stack.notes},
+            {"warnings", stack.warnings}};
+}
+
 void PrintNotes(const std::vector<std::string>& notes)
 {
     for (const std::string& note : notes)
@@ -113,7 +126,7 @@ void PrintNotes(const std::vector<std::string>& notes)
 void PrintWarnings(const std::vector<std::string>& warnings)
 {
     for (const std::string& warning : warnings)
-        std::cout << "Warning: " << Printable(warning) << '\n';
+        std::cout << WarningMark("Warning:") << ' ' << Printable(warning) << '\n';
 }
 
 } // namespace workbench

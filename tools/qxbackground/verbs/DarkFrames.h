@@ -6,6 +6,8 @@
 #include "stacks/TStackOptions.h"
 #include "verbs/Options.h"
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <string>
 #include <vector>
 
@@ -44,6 +46,8 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, c
 // "10 dark frames", and how they were combined where that is not the plain average.
 std::string DarksText(const TFrameStack& stack, const TDarkOptions& options);
 
+// What a correction was made of, for --json.
+nlohmann::json DarksJson(const TFrameStack& stack, const TDarkOptions& options, const TConditions& conditions);
 // One line each.
 void PrintNotes(const std::vector<std::string>& notes);
 void PrintWarnings(const std::vector<std::string>& warnings);

@@ -1,7 +1,11 @@
 // qxbackground delete: removes one correction from a calibration file.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -13,6 +17,7 @@ namespace {
 struct TDeleteOptions {
     std::string file;
     std::string key;
+    bool json = false;
 };
 
 void RunDelete(const TContext& context, const TDeleteOptions& options)
@@ -22,6 +27,10 @@ void RunDelete(const TContext& context, const TDeleteOptions& options)
     LoadWhole(object, options.file);
     Call(options.file, [&] { object.Delete(options.key); });
     SaveReplacing(object, options.file, before);
+    if (options.json) {
+        std::cout << JsonText({{"file", options.file}, {"deleted", options.key}, {"corrections", object.Count()}});
+        return;
+    }
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
 }
@@ -33,7 +42,8 @@ void AddDeleteVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("delete", "Delete a correction from a calibration file");
     const auto options = std::make_shared<TDeleteOptions>();
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    AddKeyOption(verb, options->key)->required();
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunDelete(context, *options); });
 }
 

@@ -1,9 +1,12 @@
 // qxbackground diff: what two calibration files have in common, and what not.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Keys.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,6 +20,7 @@ namespace {
 
 struct TDiffOptions {
     std::string one, other;
+    bool json = false;
 };
 
 struct TStored {
@@ -67,29 +71,34 @@ void RunDiff(TContext& context, const TDiffOptions& options)
     LoadWhole(one, options.one);
     LoadWhole(other, options.other);
     std::vector<std::string> otherKeys = other.Keys();
-    std::size_t same = 0, different = 0;
-    const auto tell = [&different](const std::string& text) {
-        std::cout << text << '\n';
-        ++different;
+    std::size_t same = 0;
+    nlohmann::json differences = nlohmann::json::array();
+    const auto tell = [&](const std::string& key, const std::string& what) {
+        if (!options.json)
+            std::cout << "'" << Printable(key) << "': " << what << '\n';
+        differences.push_back({{"key", key}, {"what", what}});
     };
     for (const std::string& key : one.Keys()) {
         const auto found = std::find_if(otherKeys.begin(), otherKeys.end(),
                                         [&](const std::string& otherKey) { return IsSameKey(otherKey, key); });
         if (found == otherKeys.end()) {
-            tell("'" + Printable(key) + "': only in " + options.one);
+            tell(key, "only in " + options.one);
             continue;
         }
         const std::string difference = Difference(Stored(one, key), Stored(other, *found));
         if (difference.empty())
             ++same;
         else
-            tell("'" + Printable(key) + "': " + difference);
+            tell(key, difference);
         otherKeys.erase(found);
     }
     for (const std::string& key : otherKeys)
-        tell("'" + Printable(key) + "': only in " + options.other);
-    std::cout << Counted(same, "correction") << " the same, " << different << " different\n";
-    if (different > 0)
+        tell(key, "only in " + options.other);
+    if (options.json)
+        std::cout << JsonText({{"files", {options.one, options.other}}, {"same", same}, {"differences", differences}});
+    else
+        std::cout << Counted(same, "correction") << " the same, " << differences.size() << " different\n";
+    if (!differences.empty())
         context.status = kSomeFailed;
 }
 
@@ -97,10 +106,12 @@ void RunDiff(TContext& context, const TDiffOptions& options)
 
 void AddDiffVerb(TVerb& app, TContext& context)
 {
-    TVerb& verb = app.AddVerb("diff", "Compare two calibration files. Exit status: 0 the same corrections, 1 not");
+    TVerb& verb = app.AddVerb("diff", "Compare two calibration files");
     const auto options = std::make_shared<TDiffOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->one, "Calibration file")->required());
     verb.Reads(TPathKind::Calibration, verb.add_option("other", options->other, "Calibration file")->required());
+    AddJsonOption(verb, options->json);
+    verb.AddNote("Exit status: 0 the same corrections, 1 not.");
     verb.Run([&context, options] { RunDiff(context, *options); });
 }
 

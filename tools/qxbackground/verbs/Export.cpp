@@ -1,10 +1,13 @@
 // qxbackground export: one stored correction as an image, for other programs.
+#include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "images/TImageWriter.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <iostream>
@@ -20,6 +23,7 @@ struct TExportOptions {
     std::string output;
     TOutputOptions outputAs;
     bool overwrite = false;
+    bool json = false;
 };
 
 void RunExport(const TContext& context, const TExportOptions& options)
@@ -48,6 +52,16 @@ void RunExport(const TContext& context, const TExportOptions& options)
                     background.pixels.size() * 2, ExistingFor(options.overwrite));
     writer->Write(background, metadata);
     writer->Close();
+    if (options.json) {
+        std::cout << JsonText({{"file", options.file},
+                               {"key", options.key},
+                               {"exposureSeconds", conditions.exposureSeconds},
+                               {"lightIntensityPercent", conditions.lightIntensityPercent},
+                               {"width", background.size.width},
+                               {"height", background.size.height},
+                               {"output", options.output}});
+        return;
+    }
     std::cout << "Exported '" << Printable(options.key) << "' (" << conditions.Text() << ", " << background.size.Text()
               << " pixels): " << options.output << '\n';
 }
@@ -59,11 +73,12 @@ void AddExportVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("export", "Write a stored correction as an image");
     const auto options = std::make_shared<TExportOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
+    AddKeyOption(verb, options->key)->required();
     verb.Creates(TPathKind::Image,
                  verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF or FITS")->required(),
                  options->overwrite);
     AddOutputOptions(verb, options->outputAs);
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunExport(context, *options); });
 }
 

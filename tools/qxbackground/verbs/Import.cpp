@@ -1,8 +1,11 @@
 // qxbackground import: copies the corrections of one calibration file into another.
+#include "base/JsonText.h"
 #include "calibration/CalibrationFile.h"
 #include "calibration/Salvage.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -16,6 +19,7 @@ struct TImportOptions {
     std::string source;
     bool overwrite = false;
     bool salvage = false;
+    bool json = false;
 };
 
 void RunImport(const TContext& context, const TImportOptions& options)
@@ -36,6 +40,14 @@ void RunImport(const TContext& context, const TImportOptions& options)
     SaveReplacing(destination, options.destination, before);
     const unsigned int added = destination.Count() - had;
     const unsigned int present = source.Count() - added;
+    if (options.json) {
+        std::cout << JsonText({{"file", options.destination},
+                               {"source", options.source},
+                               {"added", added},
+                               {options.overwrite ? "overwritten" : "kept", present},
+                               {"lost", salvaged.losses}});
+        return;
+    }
     std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
               << (options.overwrite ? " overwritten" : " already there and kept") << '\n';
     if (options.salvage && salvaged.losses.empty())
@@ -51,12 +63,13 @@ void AddImportVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("import", "Copy corrections from one calibration file into another");
     const auto options = std::make_shared<TImportOptions>();
     verb.Changes(TPathKind::Calibration,
-                 verb.add_option("dest", options->destination, "File to add to; created when missing")->required());
+                 verb.add_option("file", options->destination, "File to add to; created when missing")->required());
     verb.Reads(TPathKind::Calibration,
-               verb.add_option("src", options->source, "File to copy from; not changed")->required());
+               verb.add_option("source", options->source, "File to copy from; not changed")->required());
     verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
     verb.add_flag("--salvage", options->salvage,
                   "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunImport(context, *options); });
 }
 

@@ -6,6 +6,7 @@
 #include "calibration/Listing.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/Options.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -57,7 +58,7 @@ void AddListVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("list", "List a calibration file's corrections (reads no pixels)");
     const auto options = std::make_shared<TListOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_flag("--json", options->json, "Print as JSON");
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunList(context, *options); });
 }
 

@@ -15,9 +15,18 @@ namespace workbench {
 const char* const kKeyHelp = "Name of the correction: up to 512 bytes of printable text, letter case ignored. A longer "
                              "key is refused, because a calibration file keeps only the first 512 bytes of it";
 
+const char* const kGroupHelp =
+    "A grouping name of the store; one --group for each, in their order. Not needed with the "
+    "name of one of its files";
+
 const char* const kSomeFailedHelp =
-    "Into a folder: an input that fails gets one line and is counted, the others are done. Exit status: 0 all done,\n"
+    "Into a folder: an input that fails gets one line and is counted, the others are done. Exit status: 0 all done, "
     "1 some failed, 2 refused or nothing done.";
+
+CLI::Option* AddKeyOption(TVerb& verb, std::string& key)
+{
+    return verb.NamesKey(verb.add_option("--key", key, "Which correction (letter case ignored)"));
+}
 
 std::string TConditions::Text() const
 {
@@ -59,34 +68,37 @@ TRawLayout ParseRaw(const std::string& text)
 void AddInputOptions(TVerb& verb, TInputOptions& options)
 {
     verb.add_option_function<std::string>(
-            "--raw", [&options](const std::string& text) { options.raw = ParseRaw(text); },
-            "Size of the frames in files without a format of their own, 16-bit little-endian pixels: WIDTHxHEIGHT, or "
-            "WIDTHxHEIGHT+OFFSET where the first OFFSET bytes are something else. A file holds as many frames as fit")
-        ->type_name("WxH[+OFFSET]");
+        "--raw", [&options](const std::string& text) { options.raw = ParseRaw(text); },
+        "Size of the frames in files without a format of their own, 16-bit little-endian pixels: WIDTHxHEIGHT, or "
+        "WIDTHxHEIGHT+OFFSET where the first OFFSET bytes are something else. A file holds as many frames as fit");
 }
 
 void AddOutputOptions(TVerb& verb, TOutputOptions& options)
 {
     verb.add_option_function<std::string>(
-            "--format",
-            [&options](const std::string& text) {
-                if (text != "tiff" && text != "fits")
-                    throw TToolError("--format: '" + text + "' is neither tiff nor fits");
-                options.format = text == "fits" ? TImageFormat::Fits : TImageFormat::Tiff;
-            },
-            "Format of the output: tiff or fits (default: by the output's name, .tif or .fits; else as the input)")
-        ->type_name("tiff|fits");
+        "--format",
+        [&options](const std::string& text) {
+            if (text != "tiff" && text != "fits")
+                throw TToolError("--format: '" + text + "' is neither tiff nor fits");
+            options.format = text == "fits" ? TImageFormat::Fits : TImageFormat::Tiff;
+        },
+        "Format of the output: tiff or fits (default: by the output's name, .tif or .fits; else as the input)");
     verb.add_flag("--compress", options.compress,
                   "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does");
 }
 
+void AddJsonOption(TVerb& verb, bool& json)
+{
+    verb.add_flag("--json", json, "Print what is told as JSON: one document, and nothing else");
+}
+
 CLI::Option* AddFrames(TVerb& verb, const std::string& name, std::vector<std::string>& frames, const std::string& help)
 {
+    verb.AddNote(std::string("Frames are ") + kReadable +
+                 ", by their content. A folder stands for the images in it; the files of a folder or pattern come in "
+                 "natural order, 2 before 10. A file may hold many frames.");
     return verb.Reads(TPathKind::Image,
-                      verb.add_option(name, frames,
-                                      help + ". " + kReadable +
-                                          ": files, folders (their images), or quoted patterns ('light*.tif'); the "
-                                          "files of a folder or pattern in natural order, 2 before 10"),
+                      verb.add_option(name, frames, help + ". Files, folders or quoted patterns ('light*.tif')"),
                       [&frames](const std::string& option, TPathPlan& plan) {
                           frames = ExpandInputs(frames);
                           for (const std::string& frame : frames)
@@ -121,7 +133,7 @@ void PlanOutputs(const std::string& option, TCorrectOptions& options, TPathPlan&
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
 {
     AddConditions(verb, "", "the images", options.conditions);
-    verb.add_option("--level", options.levelPercent, "How much of the background is subtracted, 0 to 100 percent")
+    verb.add_option("--level", options.levelPercent, "How much of the background is subtracted")
         ->check(BetweenWhole(0, 100))
         ->capture_default_str();
     verb.add_option("--region", options.region,
@@ -170,7 +182,7 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                     "--no-statistics)")
         ->check(Between(0, 100))
         ->capture_default_str();
-    verb.add_flag("--json", options.json, "Print the statistics as JSON");
+    AddJsonOption(verb, options.json);
     CLI::Option* const none =
         verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
     verb.add_flag("--full-statistics", options.fullStatistics,

@@ -32,6 +32,9 @@ void AddInputOptions(TVerb& verb, TInputOptions& options);
 // How images are written, for every verb that writes some: --format, --compress.
 void AddOutputOptions(TVerb& verb, TOutputOptions& options);
 
+// --json, for every verb that tells figures: one document on the standard output, and nothing else there.
+void AddJsonOption(TVerb& verb, bool& json);
+
 // What is asked of the images to be corrected; shared by every verb that corrects.
 struct TCorrectOptions {
     TConditions conditions;
@@ -67,6 +70,9 @@ void AddBiasOption(TVerb& verb, std::vector<std::string>& bias);
 void AddCorrectOptions(TVerb& verb, TCorrectOptions& options);
 
 extern const char* const kKeyHelp;
+// --key, for the verbs that want a correction that is there already.
+CLI::Option* AddKeyOption(TVerb& verb, std::string& key);
+extern const char* const kGroupHelp;
 // For the verbs that write into folders.
 extern const char* const kSomeFailedHelp;
 

@@ -1,4 +1,5 @@
 // qxbackground rename: gives a correction of a calibration file another key. All else in the file stays as it is.
+#include "base/JsonText.h"
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
@@ -6,6 +7,8 @@
 #include "calibration/Keys.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <iostream>
 #include <memory>
@@ -19,6 +22,7 @@ struct TRenameOptions {
     std::string file;
     std::string key;
     std::string newKey;
+    bool json = false;
 };
 
 void RunRename(const TContext& context, const TRenameOptions& options)
@@ -47,6 +51,10 @@ void RunRename(const TContext& context, const TRenameOptions& options)
     if (!after.Whole() || after.corrections.size() != walk.corrections.size())
         throw TToolError(options.file, "was not written correctly; the old file is unchanged");
     replaced.Commit();
+    if (options.json) {
+        std::cout << JsonText({{"file", options.file}, {"renamed", renamed->key}, {"key", options.newKey}});
+        return;
+    }
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in "
               << options.file << '\n';
 }
@@ -58,8 +66,9 @@ void AddRenameVerb(TVerb& app, const TContext& context)
     TVerb& verb = app.AddVerb("rename", "Give a correction of a calibration file another key");
     const auto options = std::make_shared<TRenameOptions>();
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
-    verb.add_option("--key", options->key, "Which correction (letter case ignored)")->required();
-    verb.add_option("new", options->newKey, kKeyHelp)->required();
+    AddKeyOption(verb, options->key)->required();
+    verb.add_option("new-key", options->newKey, kKeyHelp)->required();
+    AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunRename(context, *options); });
 }
 

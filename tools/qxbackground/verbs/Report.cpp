@@ -86,18 +86,16 @@ void AddReportVerb(TVerb& app, const TContext& context)
             else
                 plan.AddStore(name, TPathUse::Reads, StoreOf(wanted.source, wanted.groups));
         });
-    verb.add_option("--group", request.groups,
-                    "A grouping name of the store; one --group for each, in their order. Not needed with a file's name")
-        ->allow_extra_args(false);
+    verb.add_option("--group", request.groups, kGroupHelp)->allow_extra_args(false);
     verb.Creates(
-        TPathKind::Picture,
+        TPathKind::Page,
         verb.add_option("-o,--output", options->page, "Write the report: one HTML page that needs nothing else"),
         options->overwrite);
-    verb.Creates(TPathKind::Picture,
+    verb.Creates(TPathKind::Table,
                  verb.add_option("--csv", options->table, "Write the corrections' figures as a table"),
                  options->overwrite);
-    verb.add_flag("--json", options->json, "Print all figures as JSON (docs/report.md describes them)");
-    AddFrames(verb, "--darks", request.darks,
+    AddJsonOption(verb, options->json);
+    AddFrames(verb, "--dark,--darks", request.darks,
               "Dark frames: adds read noise, dark current, drift and frames that are off");
     verb.add_option(
             "--dark-exposure", request.darkExposureSeconds,
@@ -107,8 +105,9 @@ void AddReportVerb(TVerb& app, const TContext& context)
         ->check(AboveZero());
     AddFrames(verb, "--against", request.against.images,
               "Images to try the corrections on (the first page of each): adds before and after");
-    verb.add_option("--key", request.against.key,
-                    "Which correction the images get (default: of those of their size the one scaled least)");
+    verb.NamesKey(
+        verb.add_option("--key", request.against.key,
+                        "Which correction the images get (default: of those of their size the one scaled least)"));
     verb.add_option("--exposure", request.against.exposureSeconds,
                     "Exposure time of the images in seconds (default: what they say, else the correction's)")
         ->check(AboveZero());

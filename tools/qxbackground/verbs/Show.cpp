@@ -1,4 +1,5 @@
 // qxbackground show: one stored correction in numbers, as a histogram and as a picture.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "images/Contrast.h"
@@ -9,10 +10,12 @@
 #include "verbs/Verbs.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <vector>
 
 namespace workbench {
 
@@ -23,31 +26,52 @@ struct TShowFileOptions {
     TShowOptions show;
 };
 
-// Bars over the values between the 0.1st and the 99.9th percentile; what lies outside is counted in words.
-std::string HistogramText(const THistogram& histogram)
+struct TBar {
+    int from = 0, to = 0; // both counted
+    std::uint64_t pixels = 0;
+};
+
+// Over the values between the 0.1st and the 99.9th percentile.
+std::vector<TBar> BarsOf(const THistogram& histogram)
 {
     constexpr int kBars = 20;
-    constexpr std::uint64_t kLongestBar = 50;
     const int low = histogram.Percentile(0.001), high = histogram.Percentile(0.999);
     const int step = std::max(1, (high - low + kBars) / kBars);
-    std::vector<std::uint64_t> bars;
-    std::uint64_t most = 1, inside = 0;
+    std::vector<TBar> bars;
     for (int from = low; from <= high; from += step) {
-        std::uint64_t count = 0;
-        for (int value = from; value < std::min(from + step, 65536); ++value)
-            count += histogram.CountOf(static_cast<std::uint16_t>(value));
-        bars.push_back(count);
-        most = std::max(most, count);
-        inside += count;
+        TBar bar{from, std::min(from + step - 1, 65535), 0};
+        for (int value = bar.from; value <= bar.to; ++value)
+            bar.pixels += histogram.CountOf(static_cast<std::uint16_t>(value));
+        bars.push_back(bar);
+    }
+    return bars;
+}
+
+// What lies outside of the bars is counted in words.
+std::string HistogramText(const THistogram& histogram)
+{
+    constexpr std::uint64_t kLongestBar = 50;
+    const std::vector<TBar> bars = BarsOf(histogram);
+    std::uint64_t most = 1, inside = 0;
+    for (const TBar& bar : bars) {
+        most = std::max(most, bar.pixels);
+        inside += bar.pixels;
     }
     std::string text;
-    for (std::size_t bar = 0; bar < bars.size(); ++bar) {
-        const int from = low + static_cast<int>(bar) * step;
-        const std::uint64_t length = bars[bar] == 0 ? 0 : std::max<std::uint64_t>(1, bars[bar] * kLongestBar / most);
-        text += fmt::format("  {:5} ... {:5}  {:10} {}\n", from, std::min(from + step - 1, 65535), bars[bar],
+    for (const TBar& bar : bars) {
+        const std::uint64_t length = bar.pixels == 0 ? 0 : std::max<std::uint64_t>(1, bar.pixels * kLongestBar / most);
+        text += fmt::format("  {:5} ... {:5}  {:10} {}\n", bar.from, bar.to, bar.pixels,
                             std::string(static_cast<std::size_t>(length), '#'));
     }
     return text + fmt::format("  outside          {:10}\n", histogram.Count() - inside);
+}
+
+nlohmann::json HistogramJson(const THistogram& histogram)
+{
+    nlohmann::json list = nlohmann::json::array();
+    for (const TBar& bar : BarsOf(histogram))
+        list.push_back({{"from", bar.from}, {"to", bar.to}, {"pixels", bar.pixels}});
+    return list;
 }
 
 void RunShow(const TContext& context, const TShowFileOptions& options)
@@ -75,6 +99,22 @@ void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string&
     statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
+    if (options.json) {
+        nlohmann::json json{{"file", file},
+                            {"key", *object.ActiveKey()},
+                            {"width", background.size.width},
+                            {"height", background.size.height},
+                            {"exposureSeconds", conditions.exposureSeconds},
+                            {"lightIntensityPercent", conditions.lightIntensityPercent},
+                            {"statistics", statistics.Json()},
+                            {"histogram", HistogramJson(statistics.Histogram())}};
+        if (!options.picture.empty()) {
+            WritePng(options.picture, Render(background, StretchOf(background)), ExistingFor(options.overwrite));
+            json["picture"] = options.picture;
+        }
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << file << ": " << background.size.Text()
               << " pixels, taken at " << conditions.Text() << "\n"
               << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
@@ -88,9 +128,12 @@ void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string&
 
 void AddShowOptions(TVerb& verb, TShowOptions& options)
 {
-    verb.add_option("--key", options.key, "Which correction (letter case ignored)")->required();
-    verb.Creates(TPathKind::Picture, verb.add_option("-o,--output", options.picture, "Write a PNG picture of it"),
+    AddKeyOption(verb, options.key)->required();
+    // "-o", as it was called first, is still understood.
+    verb.Creates(TPathKind::Picture,
+                 verb.add_option("--picture,-o,--output", options.picture, "Write a PNG picture of it"),
                  options.overwrite);
+    AddJsonOption(verb, options.json);
 }
 
 void AddShowVerb(TVerb& app, const TContext& context)

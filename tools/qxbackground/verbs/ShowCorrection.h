@@ -13,6 +13,7 @@ struct TShowOptions {
     std::string key;
     std::string picture;
     bool overwrite = false;
+    bool json = false;
 };
 void AddShowOptions(TVerb& verb, TShowOptions& options);
 

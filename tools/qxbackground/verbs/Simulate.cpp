@@ -28,6 +28,7 @@ struct TSimulateOptions {
     unsigned lights = 1;
     std::vector<double> exposures{1, 2};
     bool overwrite = false;
+    bool json = false;
     TOutputOptions outputAs;
 
     TImageFormat Format() const { return outputAs.format.value_or(TImageFormat::Tiff); }
@@ -111,7 +112,7 @@ void RunSimulate(const TSimulateOptions& options)
     std::set<std::string> names;
     for (const double exposure : options.exposures) {
         if (!names.insert(Number(exposure)).second)
-            throw TToolError("--exposures: " + Number(exposure) + " s is given twice");
+            throw TToolError("--exposure: " + Number(exposure) + " s is given twice");
     }
     std::error_code error;
     std::filesystem::create_directories(options.folder, error);
@@ -144,7 +145,12 @@ void RunSimulate(const TSimulateOptions& options)
         write(wanted[2], [&](unsigned) { return camera.TrueScene(exposure); });
         write(wanted[3], [&](unsigned) { return camera.TrueBackground(exposure); });
     }
-    WriteText(PathOf(options, kDescriptionName), Describe(options, camera, files), ExistingFor(options.overwrite));
+    const std::string description = Describe(options, camera, files);
+    WriteText(PathOf(options, kDescriptionName), description, ExistingFor(options.overwrite));
+    if (options.json) {
+        std::cout << description;
+        return;
+    }
     std::cout << "Simulated a camera of " << options.camera.size.Text() << " pixels, seed " << options.camera.seed
               << ", in " << options.folder << ":\n";
     for (const std::string& name : files)
@@ -159,44 +165,54 @@ void AddSimulateVerb(TVerb& app)
     TVerb& verb = app.AddVerb("simulate", "Make dark stacks, light images and their noise-free truth");
     const auto options = std::make_shared<TSimulateOptions>();
     TCameraSettings& camera = options->camera;
-    verb.footer("The model, for each pixel and an exposure of t seconds:\n"
-                "  charge [e-]  = Poisson(dark current * t) + Poisson(scene * t)\n"
-                "  value  [ADU] = offset + column offset + (charge + read noise) / gain, rounded, cut to 0 ... 65535\n"
-                "Dark current grows with exposure, the offset does not. Light intensity is 100 % throughout.\n"
-                "truth_scene is the light alone, truth_background offset and dark current alone, both without noise.\n"
-                "The same options give the same files on every machine.");
+    verb.AddNote("The model, for each pixel and an exposure of t seconds:\n"
+                 "  charge [e-]  = Poisson(dark current * t) + Poisson(scene * t)\n"
+                 "  value  [ADU] = offset + column offset + (charge + read noise) / gain,\n"
+                 "                 rounded, cut to 0 ... 65535\n"
+                 "Dark current grows with exposure, the offset does not. Light intensity is 100 % throughout. "
+                 "truth_scene is the light alone, truth_background offset and dark current alone, both without noise. "
+                 "The same options give the same files on every machine.");
     verb.Creates(TPathKind::Folder,
                  verb.add_option("-o,--output", options->folder, "Folder for the files; made when missing")->required(),
                  options->overwrite,
                  [options](const std::string& option, TPathPlan& plan) { AddFiles(*options, option, plan); });
     verb.add_option("--seed", camera.seed, "Which camera and which noise")->capture_default_str();
-    verb.add_option("--width", camera.size.width, "Pixels")->check(BetweenWhole(1, 32767))->capture_default_str();
-    verb.add_option("--height", camera.size.height, "Pixels")->check(BetweenWhole(1, 32767))->capture_default_str();
+    verb.add_option("--width", camera.size.width, "Width of the frames")
+        ->check(BetweenWhole(1, 32767))
+        ->capture_default_str();
+    verb.add_option("--height", camera.size.height, "Height of the frames")
+        ->check(BetweenWhole(1, 32767))
+        ->capture_default_str();
     verb.add_option("--frames", options->frames, "Dark frames of each exposure")
         ->check(BetweenWhole(1, 1000000))
         ->capture_default_str();
     verb.add_option("--lights", options->lights, "Light images of each exposure")
         ->check(BetweenWhole(0, 1000000))
         ->capture_default_str();
-    verb.add_option("--exposures", options->exposures, "Exposure times in seconds, separated by blanks or commas")
+    verb.add_option("--exposure,--exposures", options->exposures,
+                    "Exposure times in seconds, separated by blanks or commas")
         ->delimiter(',')
         ->check(AboveZero())
         ->capture_default_str();
-    verb.add_option("--gain", camera.gainElectronsPerAdu, "e-/ADU")->check(AboveZero())->capture_default_str();
-    verb.add_option("--offset", camera.offsetAdu, "ADU")->check(Between(0.0, 65535.0))->capture_default_str();
-    verb.add_option("--column-offset", camera.columnOffsetSpreadAdu, "Spread of the offset between columns, ADU")
+    verb.add_option("--gain", camera.gainElectronsPerAdu, "Electrons for each ADU")
+        ->check(AboveZero())
+        ->capture_default_str();
+    verb.add_option("--offset", camera.offsetAdu, "What the camera adds to every pixel")
+        ->check(Between(0.0, 65535.0))
+        ->capture_default_str();
+    verb.add_option("--column-offset", camera.columnOffsetSpreadAdu, "Spread of the offset between columns")
         ->check(Between(0.0, 10000.0))
         ->capture_default_str();
-    verb.add_option("--dark-current", camera.darkElectronsPerSecond, "Mean dark current, e-/s")
+    verb.add_option("--dark-current", camera.darkElectronsPerSecond, "Mean dark current")
         ->check(Between(0.0, 1e6))
         ->capture_default_str();
     verb.add_option("--hot-pixels", camera.hotPixelFraction, "Fraction of hot pixels")
         ->check(Between(0.0, 1.0))
         ->capture_default_str();
-    verb.add_option("--read-noise", camera.readNoiseElectrons, "e-")
+    verb.add_option("--read-noise", camera.readNoiseElectrons, "Noise of reading a pixel")
         ->check(Between(0.0, 10000.0))
         ->capture_default_str();
-    verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky, e-/s")
+    verb.add_option("--sky", camera.skyElectronsPerSecond, "Light of the sky")
         ->check(Between(0.0, 1e6))
         ->capture_default_str();
     verb.add_option("--glow", camera.glow, "How much of the dark current a glow adds in one corner")
@@ -207,7 +223,7 @@ void AddSimulateVerb(TVerb& app)
         ->check(Between(0.0, 10000.0))
         ->capture_default_str();
     verb.add_option("--drift", camera.driftAdu,
-                    "ADU by which the level of dark frames drifts, from below to above the camera's own within ten "
+                    "By how much the level of dark frames drifts, from below to above the camera's own within ten "
                     "frames")
         ->check(Between(0.0, 10000.0))
         ->capture_default_str();
@@ -215,6 +231,7 @@ void AddSimulateVerb(TVerb& app)
         ->check(BetweenWhole(8, 16))
         ->capture_default_str();
     AddOutputOptions(verb, options->outputAs);
+    AddJsonOption(verb, options->json);
     verb.Run([options] { RunSimulate(*options); });
 }
 

@@ -54,9 +54,9 @@ void AddStatisticsVerb(TVerb& app)
 {
     TVerb& verb = app.AddVerb("statistics", "Print the statistics of images");
     const auto options = std::make_shared<TStatisticsOptions>();
-    AddFrames(verb, "files", options->files, "Images; all pages of a file count together")->required();
+    AddFrames(verb, "images", options->files, "Images; all pages of a file count together")->required();
     AddInputOptions(verb, options->input);
-    verb.add_flag("--json", options->json, "Print as JSON");
+    AddJsonOption(verb, options->json);
     verb.Run([options] { RunStatistics(*options); });
 }
 

@@ -126,17 +126,15 @@ void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use)
         verb.Changes(TPathKind::Store, base, fill);
     else
         verb.Reads(TPathKind::Store, base, fill);
-    verb.add_option("--group", options.groups,
-                    "A grouping name; one --group for each, in their order. Not needed with the name of a file")
-        ->allow_extra_args(false);
+    verb.add_option("--group", options.groups, kGroupHelp)->allow_extra_args(false);
 }
 
 void AddStoreVerb(TVerb& app, TContext& context)
 {
     TVerb& store = app.AddVerb("store", "Work with an offline store: one calibration file per group");
-    store.footer("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
-                 "of the\nvalues of its grouping names. A key carries them: with --group Gain --group Mode the key "
-                 "Gain,2,Mode,fast,flat\nbelongs to the file BASE_Gain_2_Mode_fast.");
+    store.AddNote("A store spreads its corrections over files named BASE_NAME_VALUE_NAME_VALUE..., one per combination "
+                  "of the values of its grouping names. A key carries them: with --group Gain --group Mode the key "
+                  "Gain,2,Mode,fast,flat belongs to the file BASE_Gain_2_Mode_fast.");
     store.require_subcommand(1);
     AddStoreChangeVerbs(store, context);
     AddStoreRenameVerb(store);
@@ -146,7 +144,7 @@ void AddStoreVerb(TVerb& app, TContext& context)
         TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
         const auto options = std::make_shared<TStoreListOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.add_flag("--json", options->json, "Print as JSON");
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ListStore(context, *options); });
     }
     AddStoreApplyVerb(store, context);

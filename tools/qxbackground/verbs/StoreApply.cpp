@@ -125,7 +125,7 @@ void AddStoreApplyVerb(TVerb& store, TContext& context)
     TVerb& verb = store.AddVerb("apply", "Correct images with corrections of a store");
     const auto options = std::make_shared<TStoreApplyOptions>();
     AddStoreOptions(verb, options->store, TPathUse::Reads);
-    CLI::Option* const key = verb.add_option("--key", options->key, "Which correction; its group is found by its key");
+    CLI::Option* const key = AddKeyOption(verb, options->key);
     CLI::Option* const chooses =
         verb.add_flag(
                 "--auto", options->chooses,
@@ -139,11 +139,7 @@ void AddStoreApplyVerb(TVerb& store, TContext& context)
                    "whatever headers say")
         ->needs(chooses);
     AddCorrectOptions(verb, options->correct);
-    verb.footer(
-        "Examples:\n"
-        "  qxbackground store apply darks/cold --group Gain --group Temperature --auto --intensity 100 lights/ \\\n"
-        "      -o corrected/\n" +
-        std::string(kSomeFailedHelp));
+    verb.AddNote(kSomeFailedHelp);
     verb.Run([&context, options] { ApplyFromStore(context, *options); });
 }
 

@@ -1,4 +1,5 @@
 // qxbackground store add, import, delete, copy: everything that changes the files of a store.
+#include "base/JsonText.h"
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
@@ -13,6 +14,8 @@
 #include "verbs/Options.h"
 #include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <iostream>
@@ -39,6 +42,7 @@ struct TStoreAddOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool json = false;
 };
 
 void AddInStore(const TContext& context, const TStoreAddOptions& options)
@@ -49,7 +53,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     if (!isOpen)
         AgreeOnNewGroups(place, {options.key}, options.newGroup);
     TConditions conditions = options.conditions;
-    const TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
     CheckKey(key, "--key");
     const std::string file = GroupFileOf(place, key);
@@ -66,18 +70,26 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         });
         scratch.SaveAndCommit(object);
     }
+    const std::string path = place.PathOf(file).string();
+    const std::vector<std::string> doubts = HotterThanLonger(path, WalkCalibrationFile(path).corrections, key);
+    stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
+    if (options.json) {
+        nlohmann::json json = DarksJson(stack, options.darks, conditions);
+        json["file"] = path;
+        json["key"] = key;
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Added '" << Printable(key) << "' from " << DarksText(stack, options.darks) << " of "
-              << stack.Size().Text() << " pixels (" << conditions.Text() << ") to the group file "
-              << place.PathOf(file).string() << '\n';
+              << stack.Size().Text() << " pixels (" << conditions.Text() << ") to the group file " << path << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
-    const std::string path = place.PathOf(file).string();
-    PrintWarnings(HotterThanLonger(path, WalkCalibrationFile(path).corrections, key));
 }
 
 struct TStoreKeyOptions {
     TStoreOptions store;
     std::string key;
+    bool json = false;
 };
 
 void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
@@ -96,6 +108,10 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
         scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
     }
+    if (options.json) {
+        std::cout << JsonText({{"file", place.PathOf(file).string()}, {"deleted", options.key}, {"corrections", left}});
+        return;
+    }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
               << Counted(left, "correction") << '\n';
 }
@@ -105,6 +121,7 @@ struct TStoreImportOptions {
     std::string source;
     bool overwrite = false;
     bool newGroup = false;
+    bool json = false;
 };
 
 bool IsSingleFile(const std::string& path)
@@ -157,6 +174,17 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
         added = object.Count() - before;
         scratch.SaveAndCommit(object);
     }
+    if (options.json) {
+        nlohmann::json written = nlohmann::json::array();
+        for (const std::string& file : files)
+            written.push_back(place.PathOf(file).string());
+        std::cout << JsonText({{"base", place.Text()},
+                               {"source", options.source},
+                               {"added", added},
+                               {options.overwrite ? "overwritten" : "kept", keys.size() - added},
+                               {"files", written}});
+        return;
+    }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
               << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
               << Counted(files.size(), "group file") << '\n';
@@ -167,20 +195,22 @@ struct TStoreCopyOptions {
     std::string newBase;
     bool overwrite = false;
     bool force = false;
+    bool json = false;
 };
 
 // The files of the target that the copy removes or replaces. Refuses when that was not asked for.
 std::vector<std::string> FilesThatGo(const TStorePlace& to, const TStoreCopyOptions& options)
 {
     std::vector<std::string> doomed;
+    std::string list;
     bool own = false, foreign = false;
     for (const TClaimedFile& file : ClaimedFiles(to)) {
-        std::cout << (doomed.empty() ? "Files that have to go:\n" : "") << "  " << to.PathOf(file.name).string()
-                  << (file.own ? "" : "   (no group file of this store)") << '\n';
+        list += "  " + to.PathOf(file.name).string() + (file.own ? "\n" : "   (no group file of this store)\n");
         doomed.push_back(file.name);
         (file.own ? own : foreign) = true;
     }
-    std::cout << std::flush;
+    if (!list.empty()) // the standard output is for the one document alone, when that is asked for
+        (options.json ? std::cerr : std::cout) << "Files that have to go:\n" << list << std::flush;
     if (foreign && !options.force)
         throw TToolError(to.Text(), "its base name claims files that are none of its group files (listed above); "
                                     "nothing was removed; --force removes them");
@@ -222,6 +252,16 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (StatesOfStore(from) != before)
         throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
     scratch.Commit(corrections, doomed);
+    if (options.json) {
+        nlohmann::json written = nlohmann::json::array(), removed = nlohmann::json::array();
+        for (const std::string& file : files)
+            written.push_back(to.PathOf(to.base + file.substr(from.base.size())).string());
+        for (const std::string& file : doomed)
+            removed.push_back(to.PathOf(file).string());
+        std::cout << JsonText(
+            {{"base", to.Text()}, {"corrections", corrections}, {"files", written}, {"removed", removed}});
+        return;
+    }
     std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
               << " to " << to.Text() << '\n';
 }
@@ -245,13 +285,15 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddBiasOption(verb, options->darks.bias);
         verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
     {
         TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
         const auto options = std::make_shared<TStoreKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.add_option("--key", options->key, "Which correction")->required();
+        AddKeyOption(verb, options->key)->required();
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { DeleteInStore(context, *options); });
     }
     {
@@ -260,7 +302,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreImportOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         verb.Reads(TPathKind::CalibrationOrStore,
-                   verb.add_option("src", options->source, "Calibration file, base name or group file; not changed")
+                   verb.add_option("source", options->source, "Calibration file, base name or group file; not changed")
                        ->required(),
                    [options](const std::string& name, TPathPlan& plan) {
                        if (IsSingleFile(options->source))
@@ -270,6 +312,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
         verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ImportInStore(context, *options); });
     }
     {
@@ -277,13 +320,14 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreCopyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Reads);
         verb.Creates(TPathKind::Store,
-                     verb.add_option("newbase", options->newBase, "Base name of the copy")->required(),
+                     verb.add_option("new-base", options->newBase, "Base name of the copy")->required(),
                      options->overwrite, [options](const std::string& name, TPathPlan& plan) {
                          const TStorePlace from = FindStore(options->store.base, options->store.groups);
                          plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
                      });
         verb.add_flag("--force", options->force,
                       "Also remove files that the new base name claims though they are none of its group files");
+        AddJsonOption(verb, options->json);
         verb.Run([&context, options] { CopyInStore(context, *options); });
     }
 }

@@ -108,8 +108,7 @@ CLI::Option* AddWhereOption(TVerb& verb, std::vector<std::pair<std::string, std:
                 }
             },
             help)
-        ->allow_extra_args(false)
-        ->type_name("NAME=VALUE");
+        ->allow_extra_args(false);
 }
 
 } // namespace workbench

@@ -158,6 +158,14 @@ std::string TCorrectionPlan::What() const
     return names.size() == 1 ? *names.begin() : Counted(names.size(), "correction");
 }
 
+std::vector<TUsedCorrection> TCorrectionPlan::Used() const
+{
+    std::vector<TUsedCorrection> used;
+    for (const TTurn& turn : turns)
+        used.push_back({turn.what, turn.exposureSeconds, turn.factor});
+    return used;
+}
+
 double TCorrectionPlan::LeastFactor() const
 {
     double least = turns.front().factor;

@@ -18,6 +18,13 @@ namespace workbench {
 // about `path` when there is none.
 using TChooseTurn = std::function<TTurn(const std::string& path, const TShot& shot, TSize size)>;
 
+// A correction, and what it is used for.
+struct TUsedCorrection {
+    std::string what;
+    double exposureSeconds = 0;
+    double factor = 0;
+};
+
 // Which correction each image of a run gets. Made before the first of them is corrected.
 class TCorrectionPlan {
 public:
@@ -36,6 +43,7 @@ public:
     std::string ConditionsText() const;
     // "'k' of c.qxb", or how many corrections.
     std::string What() const;
+    std::vector<TUsedCorrection> Used() const;
     double LeastFactor() const;
     double LargestFactor() const;
     // What was chosen and why, one line for each turn.

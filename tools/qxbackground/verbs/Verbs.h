@@ -3,6 +3,7 @@
 
 #include "calibration/TContext.h"
 
+#include "commandline/TProgramText.h"
 #include "commandline/TVerb.h"
 
 namespace workbench {
@@ -25,6 +26,12 @@ void AddExportVerb(TVerb& app, const TContext& context);
 void AddDiffVerb(TVerb& app, TContext& context);
 void AddConvertVerb(TVerb& app);
 void AddRenameVerb(TVerb& app, const TContext& context);
+void AddCompletionVerb(TVerb& app);
+
+// What help and the manual page tell beyond what the verbs say of themselves: the program as a whole, under which
+// headings the verbs stand, and examples. Once all verbs are there.
+TProgramText ProgramText();
+void AddGuide(TVerb& app);
 
 } // namespace workbench
 

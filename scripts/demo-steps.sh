@@ -25,7 +25,7 @@ run() {
     "$@"
 }
 # One number out of the statistics of a file.
-number() { qxbackground statistics "$2" --json | sed -n "s/.*\"$1\": \([0-9.]*\).*/\1/p"; }
+number() { qxbackground statistics "$2" --json | sed -n "/\"summary\"/,\$ s/.*\"$1\": \([0-9.]*\).*/\1/p"; }
 
 say "To repeat any of it: paste the commands, in order, into a shell in an empty folder, after this one"
 echo "\$ PATH='${PATH%%:*}':\$PATH"
@@ -104,7 +104,7 @@ run qxbackground report calibration.qxb --dark simulated/dark_1s.tif simulated/d
 note "Open it in a browser; it needs no network:"
 echo "  $out/report.html"
 
-say "Pictures: before, background and after side by side; every panel spans the same number of ADU"
+say "Pictures: before, after, the background and what is left, each with a scale of its values"
 for picture in *.png; do
     echo "  $out/$picture"
 done

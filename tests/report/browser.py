@@ -123,6 +123,11 @@ class Browser:
         data = self.call("Page.captureScreenshot", captureBeyondViewport=whole)["data"]
         pathlib.Path(path).write_bytes(base64.b64decode(data))
 
+    def print(self, path):
+        """As A4, with the margins that a browser gives by itself."""
+        data = self.call("Page.printToPDF", paperWidth=8.27, paperHeight=11.69)["data"]
+        pathlib.Path(path).write_bytes(base64.b64decode(data))
+
     def mouse(self, kind, x, y, buttons=0):
         pressed = kind != "mouseMoved"
         self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, buttons=buttons, button="left" if pressed or buttons else "none",

@@ -19,6 +19,17 @@ from support import ToolTest
 from test_files import file_bytes
 
 HERE = Path(__file__).resolve().parent
+# What scrolls sideways, in the page.
+WIDE = "[...document.querySelectorAll('.scroll')].filter((s) => s.scrollWidth > s.clientWidth).map((s) => s.ariaLabel)"
+
+
+def read_colours(path):
+    """The pixels of a picture in red, green and blue, by ImageMagick."""
+    raw = subprocess.run(["convert", str(path), "-background", "white", "-alpha", "remove", "-depth", "8", "ppm:-"],
+                         check=True, capture_output=True).stdout
+    _, size, _, pixels = raw.split(b"\n", 3)
+    width, height = map(int, size.split())
+    return np.frombuffer(pixels, np.uint8).reshape(height, width, 3)
 
 
 def axe():
@@ -220,6 +231,11 @@ class Page(ToolTest):
             self.browser.size(width)
             self.open()
             self.js("for (const d of document.querySelectorAll('details')) d.open = true")
+            if width == 360:  # tables that do not fit are lists there, and say all that they said
+                self.js("new Promise((done) => setTimeout(done, 100))")  # details tell later that they were opened
+                self.assertEqual(self.js(WIDE), [])
+                self.assertEqual(self.js("[...document.querySelectorAll('.stacked td')].filter((c) => !c.dataset.label).length"), 0)
+                self.assertTrue(self.js("document.getElementById('summary-table').matches('.stacked')"))
             self.assertEqual(self.js("document.documentElement.dataset.theme"), theme)
             self.assertLessEqual(self.js("document.documentElement.scrollWidth"), width, f"{theme} {width}")
             if script:
@@ -229,6 +245,36 @@ class Page(ToolTest):
                 self.assertEqual(found, [], f"{theme}, {width} pixels wide")
         if not script:
             self.skipTest("npm cannot bring axe-core")
+
+    @unittest.skipUnless(shutil.which("pdftotext"), "poppler-utils is not installed")
+    def test_printed_nothing_is_cut_off_or_blank(self):
+        self.make()
+        self.browser.scheme("dark")  # paper is white all the same
+        self.browser.print(self.folder / "r.pdf")
+        text = subprocess.run(["pdftotext", "-layout", "r.pdf", "-"], cwd=self.folder, capture_output=True, text=True,
+                              check=True).stdout
+        words = " ".join(text.split())
+        for part in ("Dead pixels", "What the marks mean", "clusters that the median filter did not take out",
+                     "Background against exposure", "standard deviation", "pixels at 65535", "Level 100 %: factor",
+                     "exposure × intensity, s·%", "value, ADU", "mean of each column", "frame (2 s)"):  # on diagrams
+            self.assertIn(part, words)
+        for part in ("Press a title", "arrow keys", "Theme", "Save figures"):
+            self.assertNotIn(part, words)
+        for one in self.js("qx.report.corrections.map((c) => [c.key, c.statistics.maximum, c.unusual.dead])"):
+            self.assertRegex(text, rf"\n *{one[0]}.* {one[1]} .* {one[2]}\n")
+        subprocess.run(["pdfimages", "-png", "r.pdf", "printed"], cwd=self.folder, check=True)
+        images = [read_colours(path) for path in sorted(self.folder.glob("printed-*.png"))]
+        self.assertGreaterEqual(sum(image.std() > 5 for image in images),
+                                self.js("document.querySelectorAll('main canvas.picture').length"))
+        subprocess.run(["pdftoppm", "-r", "20", "r.pdf", "page"], cwd=self.folder, check=True)
+        for path in self.folder.glob("page-*.ppm"):
+            shades = read_colours(path)
+            self.assertTrue((shades[:, :6] == 255).all() and (shades[:, -6:] == 255).all(), "something is in the margin")
+        # As on paper, so on the way there; and as before afterwards.
+        self.assertEqual(self.js("document.documentElement.className + document.documentElement.dataset.theme"), "dark")
+        self.js("dispatchEvent(new Event('beforeprint'))")
+        self.assertEqual(self.js(WIDE), [])
+        self.js("dispatchEvent(new Event('afterprint'))")
 
     def test_every_picture_and_diagram_says_what_it_shows(self):
         self.make()

@@ -98,6 +98,15 @@ def read_tiff(path):
     return pages
 
 
+def read_png(path):
+    """The pixels of a grayscale PNG, by ImageMagick."""
+    raw = subprocess.run(["convert", str(path), "pgm:-"], check=True, capture_output=True).stdout
+    kind, size, most, pixels = raw.split(b"\n", 3)
+    assert kind == b"P5", kind
+    width, height = map(int, size.split())
+    return np.frombuffer(pixels, "u1" if int(most) < 256 else ">u2").reshape(height, width)
+
+
 def wait_for(condition, seconds=60):
     deadline = time.monotonic() + seconds
     while not condition():

@@ -2,6 +2,7 @@
 import json
 import os
 import pty
+import re
 import resource
 import signal
 import struct
@@ -11,7 +12,7 @@ import time
 import numpy as np
 
 import support
-from support import ToolTest, TOOL
+from support import ToolTest, TOOL, read_png
 
 
 def conditions(dark=(1, 100), now=(2, 100)):
@@ -70,13 +71,42 @@ class CorrectedPixels(ToolTest):
         self.assertTrue((self.folder / "link.tif").is_symlink())
         self.assertEqual(len(self.read("real.tif")), 1)
 
-    def test_the_picture_is_a_png_with_three_panels(self):
-        self.write("d.tif", self.images(2, 30, 20))
-        self.write("i.tif", self.images(1, 30, 20))
-        self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif", "--picture", "p.png")
-        png = (self.folder / "p.png").read_bytes()
-        self.assertEqual(png[:8], b"\x89PNG\r\n\x1a\n")
-        self.assertEqual(struct.unpack(">II", png[16:24]), (3 * 30 + 2 * 4, 20))
+    def test_the_picture_shows_all_panels_with_their_scales(self):
+        """A light of 20000 ADU with a faint stripe: the stripe is seen in the background, and the noise in what is left."""
+        stripe = np.where(np.arange(30) % 7 == 0, 40, 0).astype(np.uint16)
+        dark = (self.random.integers(100, 105, (20, 30)) + stripe).astype(np.uint16)
+        light = (dark + np.linspace(20000, 50000, 30)).astype(np.uint16)
+        self.write("d.tif", [dark])
+        self.write("i.tif", [light])
+        said = self.tool("correct", "--dark", "d.tif", *conditions(), "i.tif", "-o", "o.tif", "--picture", "p.png")
+        shown = re.findall(r"^  (.*):\s+black (\d+), white (\d+) ADU$", said, re.M)
+        self.assertEqual([title for title, _, _ in shown],
+                         ["before", "after, range as wide as before", "background, as it is subtracted",
+                          "what is left: after, range of its own"])
+        after = self.read("o.tif")[0]
+        background = (light - after).astype(np.uint16)  # nothing is cut off
+        picture = read_png(self.folder / "p.png")
+        side = 13  # 400 dots, the least there are, by 30 pixels
+        self.assertIn(f"each pixel is drawn as {side} x {side} dots", said)
+        spans = []
+        for (title, black, white), image in zip(shown, (light, after, background, after)):
+            black, white = int(black), int(white)
+            spans.append(white - black)
+            shades = np.clip((image.astype(np.float32) - black) * np.float32(255 / (white - black)), 0, 255)
+            panel = np.kron(np.floor(shades + 0.5).astype(np.uint8), np.ones((side, side), np.uint8))
+            rows, columns = panel.shape
+            corners = [(y, x) for y, x in zip(*np.where(picture == panel[0, 0]))
+                       if np.array_equal(picture[y:y + rows, x:x + columns], panel)]
+            self.assertEqual(len(corners), 1, title)
+            self.assertGreater(panel.std(), 40, f"{title}: nothing is to be seen in it")
+            y, x = corners[0]
+            scale = picture[y:y + rows, x + columns + 20].astype(int)  # right of the panel, from white to black
+            self.assertEqual((scale[0], scale[-1]), (255, 0))
+            self.assertTrue((np.diff(scale) <= 0).all())
+            numbers = picture[y:y + rows, x + columns + 37:x + columns + 60]
+            self.assertLess(numbers.min(), 60, f"{title}: no numbers beside the scale")
+        self.assertEqual(spans[0], spans[1])
+        self.assertLess(spans[2], 200)
 
     def test_striped_compressed_and_tiled_files_are_read_like_any(self):
         pages = self.images(1, 40, 33)

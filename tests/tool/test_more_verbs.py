@@ -2,9 +2,10 @@
 import json
 
 import numpy as np
+from astropy.io import fits
 
 import support
-from support import ToolTest
+from support import ToolTest, read_png
 from test_files import file_bytes
 
 CONDITIONS = ["--exposure", 1, "--intensity", 100]
@@ -33,10 +34,23 @@ class Export(Verbs):
         self.tool("convert", "two.fits", "-o", "back.tif")
         self.assert_same_pages(self.read("back.tif"), [self.two])
 
+    def test_as_fits_and_png_for_other_programs(self):
+        self.file("c.qxb", ("größe", self.two, 2.5))
+        self.tool("export", "c.qxb", "--key", "größe", "-o", "two.png")
+        np.testing.assert_array_equal(read_png(self.folder / "two.png"), self.two)
+        about = "Background correction 'größe' (2.5 s, 100 %)".encode()
+        self.assertIn(b"iTXtDescription" + bytes(5) + about, (self.folder / "two.png").read_bytes())
+        self.tool("convert", "two.png", "-o", "two.tif")
+        self.assertIn(about, (self.folder / "two.tif").read_bytes())
+        self.tool("export", "c.qxb", "--key", "größe", "--format", "png", "-o", "odd.tif")
+        self.assertEqual((self.folder / "odd.tif").read_bytes(), (self.folder / "two.png").read_bytes())
+        self.tool("export", "c.qxb", "--key", "größe", "-o", "two.fits")
+        with fits.open(self.folder / "two.fits") as units:
+            np.testing.assert_array_equal(units[0].data, self.two)
+
     def test_refuses_what_is_not_there(self):
         self.file("c.qxb", ("one", self.one))
         self.refused("export", "c.qxb", "--key", "two", "-o", "o.tif", says=["c.qxb: key 'two'"])
-        self.refused("export", "c.qxb", "--key", "one", "-o", "o.png", says=["o.png", "PNG"])
 
 
 class Diff(Verbs):
@@ -86,11 +100,22 @@ class Convert(Verbs):
         self.tool("convert", "c.fits", "--format", "tiff", "-o", "c.dat")
         self.assert_same_pages(self.read("c.dat"), self.read("s/dark_0.5s.tif"))
 
+    def test_one_page_becomes_a_png_and_comes_back(self):
+        header = fits.Header({"EXPTIME": 2.5, "INSTRUME": "a camera", "GAIN": 120})
+        fits.PrimaryHDU(self.one, header).writeto(self.folder / "a.fits")
+        self.tool("convert", "a.fits", "-o", "o.png")
+        np.testing.assert_array_equal(read_png(self.folder / "o.png"), self.one)
+        self.tool("convert", "o.png", "-o", "back.fits")
+        with fits.open(self.folder / "back.fits") as units:
+            np.testing.assert_array_equal(units[0].data, self.one)
+            self.assertEqual([units[0].header[name] for name in header], [2.5, "a camera", 120])
+
     def test_a_bad_input_leaves_nothing(self):
         self.write("a.tif", [self.one])
         (self.folder / "b.tif").write_bytes(b"nothing")
         self.refused("convert", "a.tif", "b.tif", "-o", "o.fits", says=["b.tif"])
-        self.refused("convert", "a.tif", "-o", "o.png", says=["o.png", "PNG"])
+        self.write("two.tif", [self.one, self.two])
+        self.refused("convert", "two.tif", "-o", "o.png", says=["o.png: a PNG holds one image", "TIFF and FITS"])
         self.refused("convert", "a.tif", "-o", "a.tif", "--overwrite", says=["a.tif"])
 
 

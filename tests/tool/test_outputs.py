@@ -9,7 +9,7 @@ from astropy.io import fits
 
 import formats
 import support
-from support import ToolTest
+from support import ToolTest, read_png
 from test_formats import CONDITIONS, FormatTest
 
 TAGS = {"ImageDescription": "Ein Bild", "Make": "a maker", "Model": "a model", "Software": "a program", "Artist": "me",
@@ -138,6 +138,19 @@ class Tiff(OutputTest):
             self.assertEqual(bytes(tags["InterColorProfile"].value), formats.gray_profile())
 
 
+    def test_a_png_that_is_written_says_what_the_page_said(self):
+        page = self.some(1)
+        self.tagged("i.tif", page)  # its profile is none, which costs the profile
+        self.tool("convert", "i.tif", "-o", "o.png")
+        np.testing.assert_array_equal(read_png(self.folder / "o.png"), page[0])
+        self.tool("convert", "o.png", "-o", "back.tif")
+        with tifffile.TiffFile(self.folder / "back.tif") as tiff:
+            tags = tiff.pages[0].tags
+            kept = ("ImageDescription", "Model", "Software", "Artist", "DateTime", "Copyright", "DocumentName")
+            self.assertEqual({tag: tags[tag].value for tag in kept}, {tag: TAGS[tag] for tag in kept})
+            self.assertEqual((tags["XResolution"].value, tags["YResolution"].value), ((300, 1), (150, 1)))
+
+
 class Fits(OutputTest):
     def verified(self, name):
         with fits.open(self.folder / name) as units:
@@ -214,7 +227,7 @@ class Fits(OutputTest):
 
 class Choice(OutputTest):
     def kind(self, name):
-        return {b"II*\0": "tiff", b"SIMP": "fits"}[(self.folder / name).read_bytes()[:4]]
+        return {b"II*\0": "tiff", b"SIMP": "fits", b"\x89PNG": "png"}[(self.folder / name).read_bytes()[:4]]
 
     def test_as_the_input_unless_the_name_or_an_option_says_otherwise(self):
         pages = self.some(1)
@@ -225,15 +238,31 @@ class Choice(OutputTest):
                 ("i.tif", "o", [], "tiff"), ("i.fits", "o", [], "fits"), ("i.png", "o", [], "tiff"),
                 ("i.tif", "o.fits", [], "fits"), ("i.tif", "o.FIT", [], "fits"), ("i.fits", "o.tiff", [], "tiff"),
                 ("i.fits", "o.fts", ["--format", "tiff"], "tiff"), ("i.tif", "o", ["--format", "fits"], "fits"),
-                ("i.fits", "o.TIF", ["--format", "fits"], "fits")]:
+                ("i.fits", "o.TIF", ["--format", "fits"], "fits"), ("i.fits", "o.PNG", [], "png"),
+                ("i.png", "o", ["--format", "png", "--compress"], "png")]:
             with self.subTest(source=source, output=output, options=options):
                 self.unchanged(source, *options, output=output)
                 self.assertEqual(self.kind(output), kind)
 
     def test_another_format_is_refused(self):
         self.write("i.tif", self.some(1))
-        self.refused("correct", "--dark", "zero.tif", *CONDITIONS, "i.tif", "-o", "o.tif", "--format", "png",
-                     says=["--format", "'png'", "tiff", "fits"])
+        self.refused("correct", "--dark", "zero.tif", *CONDITIONS, "i.tif", "-o", "o.tif", "--format", "gif",
+                     says=["--format", "'gif'", "tiff", "fits", "png"])
+
+    def test_a_png_has_one_page(self):
+        self.write("one.tif", self.some(1))
+        self.write("two.tif", self.some(2))
+        says = "a PNG holds one image, and there are more pages; TIFF and FITS hold any number"
+        correct = ["correct", "--dark", "zero.tif", *CONDITIONS]
+        self.refused(*correct, "one.tif", "one.tif", "-o", "o.png", says=["o.png: " + says])
+        self.assertIn("cannot be corrected: o.png: " + says,
+                      self.tool(*correct, "two.tif", "-o", "o.png", "--dry-run", status=1))
+        result = self.run_tool(*correct, "two.tif", "one.tif", "--format", "png", "-o", "out/")
+        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertEqual([path.name for path in (self.folder / "out").iterdir()], ["one.png"])
+        self.assertIn(says, result.stderr)
+        np.testing.assert_array_equal(read_png(self.folder / "out" / "one.png"), self.read("one.tif")[0])
+        self.refused("simulate", "-o", "s", "--frames", 2, "--format", "png", says=["dark_1s.png: " + says])
 
     def test_simulated_frames_say_their_exposure(self):
         self.tool("simulate", "-o", "s", "--width", 8, "--height", 6, "--frames", 2, "--exposure", 0.5, 2, "--format",
@@ -255,10 +284,10 @@ class Bits(FormatTest):
             name = "i.tif"
         else:
             name = write(pages)
-        report = json.loads(self.tool("statistics", "--json", name))[0]["bits"]
+        report = json.loads(self.tool("statistics", "--json", name))["files"][0]["bits"]
         text = self.tool("statistics", name)
         corrected = self.tool("correct", "--dark", "zero.tif", *CONDITIONS, name, "-o", "o.tif", "--overwrite")
-        line = text.split("\n")[1].strip()
+        line = text.split(", pages: ")[1].split("\n")[1].strip()
         self.assertEqual("The images: " + line in corrected, "bit data" in line)
         return report["used"], report["alwaysZeroBelow"], line
 

@@ -89,7 +89,7 @@ class Statistics(ToolTest):
                 with self.subTest(shape=(height, width), low=low):
                     page = self.random.integers(low, high, (height, width)).astype(np.uint16)
                     self.write("i.tif", [page])
-                    report = json.loads(self.tool("statistics", "i.tif", "--json"))[0]
+                    report = json.loads(self.tool("statistics", "i.tif", "--json"))["files"][0]
                     self.assertAlmostEqual(report["rowPattern"], np.median(page, axis=1).std(), places=6)
                     self.assertAlmostEqual(report["columnPattern"], np.median(page, axis=0).std(), places=6)
                     self.assertAlmostEqual(report["median"], np.median(page), places=6)
@@ -100,7 +100,7 @@ class Statistics(ToolTest):
         page[:, 200] = 65535
         page[:, 290] = 0
         self.write("i.tif", [page])
-        report = json.loads(self.tool("statistics", "i.tif", "--json"))[0]
+        report = json.loads(self.tool("statistics", "i.tif", "--json"))["files"][0]
         self.assertAlmostEqual(report["columnPattern"], np.median(page, axis=0).std(), places=6)
 
     def test_of_a_long_run_some_pages_count(self):
@@ -109,7 +109,10 @@ class Statistics(ToolTest):
         self.write("d.tif", self.images(1, 500, 500))
         counted = [page for i, page in enumerate(pages) if i < 16 or i % 40 == 0]  # 16 pages are 4 million pixels
         correct = [*CORRECT, "--dark", "d.tif", "--overwrite", "-o", "o.tif", "i.tif"]
-        self.assertIn("Statistics of 17 of these pages", self.tool(*correct))
+        said = self.tool(*correct)
+        self.assertIn("Statistics of 17 of these pages: of the first 4 million pixels, then of every 40th page", said)
+        self.assertEqual([line.split()[:3] for line in said.splitlines() if line.startswith("  i.tif ")],
+                         [["i.tif", str(i + 1), f"{np.median(pages[i]):.2f}"] for i in [*range(16), 40]])
         for more, expected in (([], counted), (["--full-statistics"], pages)):
             report = json.loads(self.tool(*correct, "--json", *more))
             self.assertEqual((report["pages"], report["statisticsPages"]), (45, len(expected)))
@@ -118,7 +121,60 @@ class Statistics(ToolTest):
             self.assertEqual(report["before"]["pixels"], values.size)
             self.assertAlmostEqual(report["before"]["rowPattern"],
                                    np.mean([np.median(p, axis=1).std() for p in expected]), places=6)
+            self.assertEqual([(one["input"], pages[one["page"] - 1] is page, one["before"]["median"])
+                              for one, page in zip(report["perPage"], expected)],
+                             [("i.tif", True, np.median(page)) for page in expected])
         self.assertNotIn("Statistics of", self.tool(*correct, "--full-statistics"))
+
+    def test_each_page_has_its_figures_and_all_together_theirs(self):
+        pages = self.images(3, 31, 23, 0, 3000)
+        pages[1] = pages[1] // 2
+        self.write("ä.tif", pages[:2])
+        self.write("b.tif", pages[2:])
+
+        def figures(*those):
+            values = np.concatenate([page.ravel() for page in those])
+            deviations = np.abs(values - np.median(values))
+            return {"pixels": values.size, "median": np.median(values), "mean": values.mean(),
+                    "spread": 1.4826 * np.median(deviations), "standardDeviation": values.std(),
+                    "rowPattern": np.mean([np.median(page, axis=1).std() for page in those]),
+                    "columnPattern": np.mean([np.median(page, axis=0).std() for page in those]),
+                    "minimum": values.min(), "maximum": values.max(), "pixelsAtZero": (values == 0).sum()}
+
+        def check(found, *those):
+            for name, value in figures(*those).items():
+                self.assertAlmostEqual(found[name], value, places=6, msg=name)
+        found = json.loads(self.tool("statistics", "ä.tif", "b.tif", "--json"))
+        self.assertEqual([one["file"] for one in found["files"]], ["ä.tif", "b.tif"])
+        for one, those in zip(found["files"], (pages[:2], pages[2:])):
+            check(one, *those)
+            for page, expected in zip(one["perPage"], those, strict=True):
+                check(page, expected)
+        check(found["summary"], *pages)
+        self.assertEqual(found["summary"]["pages"], 3)
+        lines = self.tool("statistics", "ä.tif", "b.tif").splitlines()
+        head = ["image", "page", "median", "mean", "spread", "row", "pattern", "column", "pattern", "minimum", "maximum"]
+        self.assertEqual(lines[0].split()[:len(head)], head)
+        for line, name, number, those in zip(lines[1:], ["ä.tif"] * 3 + ["b.tif"], ["1", "2", "all", "1"],
+                                             [pages[:1], pages[1:2], pages[:2], pages[2:]]):
+            f = figures(*those)
+            self.assertEqual(line.split(), [name, number, *(f"{f[key]:.2f}" for key in (
+                "median", "mean", "spread", "rowPattern", "columnPattern")), str(f["minimum"]), str(f["maximum"]),
+                f"{100 * f['pixelsAtZero'] / f['pixels']:.2f}", "%"])
+            self.assertEqual(len(line), len(lines[0]))
+        self.assertEqual(lines[5], "All 2 files, pages: 3")
+        self.assertIn(f"{figures(*pages)['median']:.2f}", lines[-10])
+        self.assertIn("stripes", lines[-1])  # what nobody can know is told
+
+        self.write("d.tif", [np.full((23, 31), 7, np.uint16)])
+        correct = [*CORRECT, "ä.tif", "b.tif", "--dark", "d.tif", "-o", "out/", "--overwrite"]
+        report = json.loads(self.tool(*correct, "--json"))
+        for one, page, (name, number) in zip(report["perPage"], pages, (("ä.tif", 1), ("ä.tif", 2), ("b.tif", 1)),
+                                             strict=True):
+            self.assertEqual((one["input"], one["page"]), (name, number))
+            check(one["before"], page)
+            check(one["after"], np.where(page > 7, page - 7, 0))
+        self.assertRegex(self.tool(*correct), r"\n  ä.tif +2 .*\n  b.tif +1 .*\nThese 3 pages together:\n")
 
     def test_none_are_made_where_none_are_asked_for(self):
         self.write("d.tif", self.images(1, 20, 20))

@@ -3,6 +3,7 @@
 #include "base/TToolError.h"
 #include "images/TImageReader.h"
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <map>
@@ -52,11 +53,13 @@ TNameParts PartsOf(const std::string& input, const TInputOptions& options)
     return parts;
 }
 
-bool EndsAs(const std::string& ending, TImageFormat format)
+// How names of that format end, the usual way first.
+std::vector<std::string> EndingsOf(TImageFormat format)
 {
-    const std::string lower = Lower(ending);
-    return format == TImageFormat::Fits ? lower == ".fits" || lower == ".fit" || lower == ".fts"
-                                        : lower == ".tif" || lower == ".tiff";
+    if (format == TImageFormat::Png)
+        return {".png"};
+    return format == TImageFormat::Fits ? std::vector<std::string>{".fits", ".fit", ".fts"}
+                                        : std::vector<std::string>{".tif", ".tiff"};
 }
 
 std::string Numbered(std::size_t number, std::size_t last)
@@ -109,8 +112,9 @@ std::vector<std::string> OutputNames(const std::vector<std::string>& inputs, con
     for (const std::string& input : inputs) {
         TNameParts parts = PartsOf(input, inputOptions);
         const TImageFormat format = outputOptions.format.value_or(parts.format);
-        if (!EndsAs(parts.ending, format))
-            parts.ending = format == TImageFormat::Fits ? ".fits" : ".tif";
+        const std::vector<std::string> endings = EndingsOf(format);
+        if (std::find(endings.begin(), endings.end(), Lower(parts.ending)) == endings.end())
+            parts.ending = endings.front();
         const std::string name = Filled(pattern, parts, Numbered(outputs.size() + 1, inputs.size()));
         if (name.empty() || name == "." || name == "..")
             throw TToolError("--name: '" + pattern + "' gives '" + name + "', which is not a file name");

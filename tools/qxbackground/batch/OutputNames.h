@@ -16,8 +16,8 @@ extern const char* const kNamesKept;
 // Whether an output is meant to be a folder: it is one, or is written with a separator at its end.
 bool IsFolderName(const std::string& output);
 
-// One path in `folder` for each input. {ext} is the input's own where the output gets that format, otherwise .tif or
-// .fits. Throws TToolError when the pattern makes no sense, or two inputs would get the same output.
+// One path in `folder` for each input. {ext} is the input's own where the output gets that format, otherwise .tif,
+// .fits or .png. Throws TToolError when the pattern makes no sense, or two inputs would get the same output.
 std::vector<std::string> OutputNames(const std::vector<std::string>& inputs, const std::string& folder,
                                      const std::string& pattern, const TInputOptions& inputOptions,
                                      const TOutputOptions& outputOptions);

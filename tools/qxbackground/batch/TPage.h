@@ -3,9 +3,11 @@
 
 #include "images/ImageFormat.h"
 #include "images/TImage.h"
+#include "images/TPageFigures.h"
 #include "images/TPageMetadata.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 namespace workbench {
@@ -16,7 +18,8 @@ struct TPage {
     unsigned number = 0;  // from 1
     unsigned pagesOfFile = 0;
     TImageFormat format = TImageFormat::Tiff; // of the file
-    bool counts = false;                      // in the run's statistics
+    std::optional<TPageFigures> before;       // of a page that counts in the run's statistics, as it came
+    bool isShown = false;                     // in the run's picture
     TImage image;
     TPageMetadata metadata;
     std::string failure; // why the file ends here; the rest then says nothing

@@ -54,11 +54,18 @@ void TSeparateOutputs::Take(const TPage& page)
         Fail(page.file, page.failure);
         return;
     }
+    const TImageFormat format = options.FormatFor(paths[page.file], page.format);
+    try {
+        RequireRoom(paths[page.file], format, page.pagesOfFile);
+    } catch (const TToolError& error) {
+        Fail(page.file, error.what());
+        return;
+    }
     Try(page.file, [&] {
         if (page.number == 1) {
             pagesOfCurrent = 0;
-            writer = CreateImage(paths[page.file], options.FormatFor(paths[page.file], page.format), options,
-                                 page.pagesOfFile * page.image.pixels.size() * 2, existing);
+            writer = CreateImage(paths[page.file], format, options, page.pagesOfFile * page.image.pixels.size() * 2,
+                                 existing);
         }
         writer->Write(page.image, page.metadata);
         ++pagesOfCurrent;

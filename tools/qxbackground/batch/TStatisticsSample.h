@@ -12,14 +12,14 @@ namespace workbench {
 class TStatisticsSample {
 public:
     enum class TExtent { None, Some, All };
+    static constexpr std::uint64_t kAlways = 4'000'000; // pixels
+    static constexpr std::uint64_t kEvery = 40;         // pages
 
     explicit TStatisticsSample(TExtent pagesWanted) : extent(pagesWanted) {}
 
     // Asked once for each page, in order.
     bool Takes(std::size_t pixelsOfPage)
     {
-        constexpr std::uint64_t kAlways = 4'000'000;
-        constexpr std::uint64_t kEvery = 40;
         const std::uint64_t page = pages++;
         const bool takes =
             extent == TExtent::All || (extent == TExtent::Some && (pixels < kAlways || page % kEvery == 0));

@@ -67,7 +67,7 @@ const std::vector<TWord>& Vocabulary()
         {"--name", "PATTERN", kOutput, {}},
         {"--picture", "", kOutput, {}},
         {"--csv", "", kOutput, {}},
-        {"--format", "FORMAT", kOutput, {"tiff", "fits"}},
+        {"--format", "FORMAT", kOutput, {"tiff", "fits", "png"}},
         {"--compress", "", kOutput, {}},
         {"--salvage", "", kOutput, {}},
         {"--overwrite", "", kOutput, {}},

@@ -272,4 +272,14 @@ std::vector<std::string> CardsOf(const TPageMetadata& metadata)
     return cards;
 }
 
+std::string FullDescription(const TPageMetadata& metadata)
+{
+    std::string description = metadata.description;
+    if (description.empty() && !metadata.cards.empty())
+        return DescriptionOf(CardsOf(metadata));
+    if (!metadata.record.empty())
+        description += (description.empty() || description.back() == '\n' ? "" : "\n") + DescriptionOf(metadata.record);
+    return description;
+}
+
 } // namespace workbench

@@ -38,6 +38,9 @@ std::string QuotedCardText(const std::string& text);
 // All that a FITS file keeps of a page: its cards, and cards for what else it says.
 std::vector<std::string> CardsOf(const TPageMetadata& metadata);
 
+// The description of a page in formats without cards: its own, or its cards, and what was done to it here.
+std::string FullDescription(const TPageMetadata& metadata);
+
 } // namespace workbench
 
 #endif

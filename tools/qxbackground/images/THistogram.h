@@ -14,6 +14,8 @@ public:
     THistogram() : counts(65536) {}
 
     void Add(const TImage& image);
+    void Add(const THistogram& other);
+    void Clear();
 
     std::uint64_t Count() const { return total; }
     std::uint64_t CountOf(std::uint16_t value) const { return counts[value]; }
@@ -27,8 +29,13 @@ public:
     std::uint16_t Percentile(double fraction) const;
 
 private:
+    void Widen(std::size_t value);
+    std::size_t ValueAtRank(std::uint64_t rank) const;
+    std::uint64_t DoubleMedian() const;
+
     std::uint64_t total = 0;
     std::vector<std::uint64_t> counts;
+    std::size_t lowest = 65536, end = 0; // values outside do not occur: an image has few of all that there could be
 };
 
 } // namespace workbench

@@ -28,8 +28,14 @@ protected:
     TImageWriter() = default;
 };
 
-// A writer of that format, which is Tiff or Fits. `expectedBytes` of pixels decide whether a TIFF must be a BigTIFF
-// (above some 4 GB).
+// Why a second page has no place in a PNG.
+extern const char* const kOneImage;
+
+// Throws TToolError naming the file when so many pages have no place in that format.
+void RequireRoom(const std::string& path, TImageFormat format, std::uint64_t pages);
+
+// A writer of that format, which is Tiff, Fits or Png. `expectedBytes` of pixels decide whether a TIFF must be a
+// BigTIFF (above some 4 GB).
 std::unique_ptr<TImageWriter> CreateImage(const std::string& path, TImageFormat format, const TOutputOptions& options,
                                           std::uint64_t expectedBytes, TExisting existing);
 

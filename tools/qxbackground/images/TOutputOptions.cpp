@@ -29,6 +29,8 @@ TImageFormat TOutputOptions::FormatFor(const std::string& path, TImageFormat inp
         return TImageFormat::Fits;
     if (EndsIn(path, {".tif", ".tiff"}))
         return TImageFormat::Tiff;
+    if (EndsIn(path, {".png"}))
+        return TImageFormat::Png;
     return input == TImageFormat::Fits ? TImageFormat::Fits : TImageFormat::Tiff;
 }
 

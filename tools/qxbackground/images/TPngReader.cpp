@@ -2,6 +2,7 @@
 
 #include "base/Wording.h"
 #include "images/ByteOrder.h"
+#include "images/FitsCards.h"
 #include "images/TInputFile.h"
 
 #include <fmt/format.h>
@@ -178,6 +179,7 @@ TPageMetadata TPngReader::Metadata()
                 one.place = texts[index].text;
         }
     }
+    TakeConditions(CardsIn(metadata.description), metadata);
     png_uint_32 x = 0, y = 0;
     int unit = 0;
     if (png_get_pHYs(png, info, &x, &y, &unit) != 0 && unit == PNG_RESOLUTION_METER && x > 0 && y > 0)

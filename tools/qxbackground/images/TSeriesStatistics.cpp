@@ -23,6 +23,22 @@ double SpreadOf(const std::vector<double>& values)
     return std::sqrt(squares / static_cast<double>(values.size()));
 }
 
+TPageFigures FiguresOf(const THistogram& histogram, double rowPattern, double columnPattern)
+{
+    TPageFigures figures;
+    figures.pixels = histogram.Count();
+    figures.median = histogram.Median();
+    figures.mean = histogram.Mean();
+    figures.spread = histogram.RobustSpread();
+    figures.standardDeviation = histogram.StandardDeviation();
+    figures.rowPattern = rowPattern;
+    figures.columnPattern = columnPattern;
+    figures.minimum = histogram.Minimum();
+    figures.maximum = histogram.Maximum();
+    figures.pixelsAtZero = histogram.CountOf(0);
+    return figures;
+}
+
 } // namespace
 
 double RowPattern(const TImage& image)
@@ -35,56 +51,67 @@ double ColumnPattern(const TImage& image)
     return SpreadOf(ColumnMedians(image));
 }
 
-void TSeriesStatistics::Add(const TImage& image)
+TPageFigures TSeriesStatistics::Add(const TImage& image)
 {
-    histogram.Add(image);
-    rowPatterns += RowPattern(image);
-    columnPatterns += ColumnPattern(image);
-    pages += 1;
+    page.Clear();
+    page.Add(image);
+    histogram.Add(page);
+    const TPageFigures figures = FiguresOf(page, RowPattern(image), ColumnPattern(image));
+    rowPatterns += figures.rowPattern;
+    columnPatterns += figures.columnPattern;
+    ++pages;
+    return figures;
+}
+
+void TSeriesStatistics::Add(const TSeriesStatistics& other)
+{
+    histogram.Add(other.histogram);
+    rowPatterns += other.rowPatterns;
+    columnPatterns += other.columnPatterns;
+    pages += other.pages;
+}
+
+TPageFigures TSeriesStatistics::Figures() const
+{
+    const double count = pages == 0 ? 1 : static_cast<double>(pages);
+    return FiguresOf(histogram, rowPatterns / count, columnPatterns / count);
 }
 
 nlohmann::json TSeriesStatistics::Json() const
 {
-    return {{"pixels", histogram.Count()},
-            {"median", histogram.Median()},
-            {"mean", histogram.Mean()},
-            {"spread", histogram.RobustSpread()},
-            {"standardDeviation", histogram.StandardDeviation()},
-            {"minimum", histogram.Minimum()},
-            {"maximum", histogram.Maximum()},
-            {"rowPattern", MeanRowPattern()},
-            {"columnPattern", MeanColumnPattern()},
-            {"pixelsAtZero", histogram.CountOf(0)}};
+    return Figures().Json();
 }
 
-std::string StatisticsTable(const std::vector<std::string>& titles, const std::vector<const TSeriesStatistics*>& series)
+std::string StatisticsTable(const std::vector<std::string>& titles, const std::vector<TPageFigures>& columns)
 {
     std::string table = fmt::format("  {:<30}", "ADU");
     for (const std::string& title : titles)
         table += fmt::format("{:>20}", title);
     table += '\n';
-    const auto row = [&](const char* label, const std::function<std::string(const TSeriesStatistics&)>& text) {
+    const auto row = [&](const char* label, const std::function<std::string(const TPageFigures&)>& text) {
         table += fmt::format("  {:<30}", label);
-        for (const TSeriesStatistics* column : series)
-            table += fmt::format("{:>20}", text(*column));
+        for (const TPageFigures& column : columns)
+            table += fmt::format("{:>20}", text(column));
         table += '\n';
     };
-    const auto number = [](double value) { return fmt::format("{:.2f}", value); };
-    row("median", [&](const auto& s) { return number(s.Histogram().Median()); });
-    row("mean", [&](const auto& s) { return number(s.Histogram().Mean()); });
-    row("spread (1.4826 x MAD)", [&](const auto& s) { return number(s.Histogram().RobustSpread()); });
-    row("standard deviation", [&](const auto& s) { return number(s.Histogram().StandardDeviation()); });
-    row("row pattern", [&](const auto& s) { return number(s.MeanRowPattern()); });
-    row("column pattern", [&](const auto& s) { return number(s.MeanColumnPattern()); });
-    row("minimum ... maximum", [&](const auto& s) {
-        return std::to_string(s.Histogram().Minimum()) + " ... " + std::to_string(s.Histogram().Maximum());
+    const auto number = [&row](const char* label, double TPageFigures::* figure) {
+        row(label, [figure](const TPageFigures& figures) { return fmt::format("{:.2f}", figures.*figure); });
+    };
+    number("median", &TPageFigures::median);
+    number("mean", &TPageFigures::mean);
+    number("spread (1.4826 x MAD)", &TPageFigures::spread);
+    number("standard deviation", &TPageFigures::standardDeviation);
+    number("row pattern", &TPageFigures::rowPattern);
+    number("column pattern", &TPageFigures::columnPattern);
+    row("minimum ... maximum",
+        [](const TPageFigures& figures) { return fmt::format("{} ... {}", figures.minimum, figures.maximum); });
+    row("pixels at zero (clipped)", [](const TPageFigures& figures) {
+        return fmt::format("{} ({:.2f} %)", figures.pixelsAtZero, figures.PercentAtZero());
     });
-    row("pixels at zero (clipped)", [&](const auto& s) {
-        const auto zeros = static_cast<double>(s.Histogram().CountOf(0));
-        const auto all = static_cast<double>(s.Histogram().Count());
-        return std::to_string(s.Histogram().CountOf(0)) + " (" + number(all > 0 ? 100 * zeros / all : 0) + " %)";
-    });
-    return table;
+    return table +
+           "  ADU: the steps in which pixels count. Spread: standard deviation without hot pixels and stars (MAD: "
+           "median\n  absolute deviation). Row, column pattern: standard deviation of the medians of all rows, "
+           "of all columns: stripes\n";
 }
 
 } // namespace workbench

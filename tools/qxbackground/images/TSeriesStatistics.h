@@ -3,11 +3,10 @@
 
 #include "images/THistogram.h"
 #include "images/TImage.h"
+#include "images/TPageFigures.h"
 
 #include <string>
 #include <vector>
-
-#include <nlohmann/json_fwd.hpp>
 
 namespace workbench {
 
@@ -19,23 +18,25 @@ double ColumnPattern(const TImage& image);
 // over the pages.
 class TSeriesStatistics {
 public:
-    void Add(const TImage& image);
+    // Gives the figures of that page.
+    TPageFigures Add(const TImage& image);
+    void Add(const TSeriesStatistics& other);
 
     const THistogram& Histogram() const { return histogram; }
-    double MeanRowPattern() const { return pages == 0 ? 0 : rowPatterns / pages; }
-    double MeanColumnPattern() const { return pages == 0 ? 0 : columnPatterns / pages; }
+    std::uint64_t Pages() const { return pages; }
+    // Of all pages together.
+    TPageFigures Figures() const;
     nlohmann::json Json() const;
 
 private:
-    THistogram histogram;
+    THistogram histogram, page;
     double rowPatterns = 0;
     double columnPatterns = 0;
-    double pages = 0;
+    std::uint64_t pages = 0;
 };
 
-// A table of several series side by side, one title each.
-std::string StatisticsTable(const std::vector<std::string>& titles,
-                            const std::vector<const TSeriesStatistics*>& series);
+// A table of several series side by side, one title each, and below it what the figures are that not everybody knows.
+std::string StatisticsTable(const std::vector<std::string>& titles, const std::vector<TPageFigures>& columns);
 
 } // namespace workbench
 

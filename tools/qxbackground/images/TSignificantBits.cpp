@@ -2,6 +2,8 @@
 
 #include "base/Wording.h"
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 
 namespace workbench {
@@ -60,6 +62,11 @@ std::string TSignificantBits::Text() const
     if (said == used)
         return bits + (said < BitsOf(seen) ? ", scaled up" : "") + ", as the file says";
     return "values stay below " + std::to_string(1 << used) + ": " + bits;
+}
+
+nlohmann::json TSignificantBits::Json() const
+{
+    return {{"used", Used()}, {"alwaysZeroBelow", LeftAlignedBy()}};
 }
 
 } // namespace workbench

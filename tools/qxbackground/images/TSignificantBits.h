@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 namespace workbench {
 
 // Which of their 16 bits images use: cameras of 10, 12 or 14 bits write 16-bit files, with the unused bits above or
@@ -24,6 +26,7 @@ public:
     // For people, without a line feed: "values below 4096: 12-bit data in 16-bit pixels". Empty where all 16 bits may
     // be in use.
     std::string Text() const;
+    nlohmann::json Json() const;
 
 private:
     std::uint16_t seen = 0; // all values, by OR

@@ -100,11 +100,7 @@ void WriteTiffTags(TIFF* tiff, const TPageMetadata& metadata)
         if (!(metadata.*known.place).empty())
             TIFFSetField(tiff, known.tag, (metadata.*known.place).c_str());
     }
-    std::string description = metadata.description;
-    if (description.empty() && !metadata.cards.empty())
-        description = DescriptionOf(CardsOf(metadata));
-    else if (!metadata.record.empty())
-        description += (description.empty() || description.back() == '\n' ? "" : "\n") + DescriptionOf(metadata.record);
+    const std::string description = FullDescription(metadata);
     if (!description.empty())
         TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, description.c_str());
     if (metadata.resolution) {

@@ -10,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -29,8 +28,6 @@ struct TConvertOptions {
 
 void RunConvert(const TConvertOptions& options)
 {
-    if (!options.outputAs.format && std::filesystem::path(options.output).extension() == ".png")
-        throw TToolError(options.output, "would be a PNG; TIFF and FITS are written");
     // The headers first: how large the file gets, and in which format where its name does not tell.
     std::uint64_t pages = 0, bytes = 0;
     TImageFormat format = TImageFormat::Tiff;
@@ -45,9 +42,10 @@ void RunConvert(const TConvertOptions& options)
     }
     if (pages == 0)
         throw TToolError(options.inputs.front(), "holds no image");
+    format = options.outputAs.FormatFor(options.output, format);
+    RequireRoom(options.output, format, pages);
     const std::unique_ptr<TImageWriter> writer =
-        CreateImage(options.output, options.outputAs.FormatFor(options.output, format), options.outputAs, bytes,
-                    ExistingFor(options.overwrite));
+        CreateImage(options.output, format, options.outputAs, bytes, ExistingFor(options.overwrite));
     TProgress progress("Converting", pages);
     TPageSource source(options.inputs, options.input, {}, 1);
     TPage page;
@@ -75,7 +73,7 @@ void AddConvertVerb(TVerb& app)
     AddInputOptions(verb, options->input);
     AddFrames(verb, "images", options->inputs, "Images; all pages go into one file, in order")->required();
     verb.Creates(TPathKind::Image,
-                 verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF or FITS")->required(),
+                 verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF, FITS or PNG")->required(),
                  options->overwrite);
     AddOutputOptions(verb, options->outputAs);
     AddJsonOption(verb, options->json);

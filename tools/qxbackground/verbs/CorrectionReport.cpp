@@ -3,7 +3,10 @@
 
 #include "base/JsonText.h"
 #include "base/Wording.h"
+#include "batch/TStatisticsSample.h"
+#include "verbs/CorrectionPicture.h"
 #include "verbs/DarkFrames.h"
+#include "verbs/TPageTable.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -44,9 +47,34 @@ nlohmann::json ReportJson(const TCorrectionReport& report, const TCorrectOptions
         json["before"] = report.before.Json();
         json["background"] = report.background.Json();
         json["after"] = report.after.Json();
-        json["bits"] = {{"used", report.bits.Used()}, {"alwaysZeroBelow", report.bits.LeftAlignedBy()}};
+        json["bits"] = report.bits.Json();
+        json["perPage"] = nlohmann::json::array();
+        for (const TCorrectionReport::TMeasured& page : report.measured)
+            json["perPage"].push_back({{"input", page.input},
+                                       {"page", page.page},
+                                       {"before", page.before.Json()},
+                                       {"after", page.after.Json()}});
     }
     return json;
+}
+
+void PrintStatistics(const TCorrectionReport& report, const TCorrectOptions& options)
+{
+    if (report.statisticsPages < report.pages)
+        std::cout << "Statistics of " << report.statisticsPages << " of these pages: of the first "
+                  << TStatisticsSample::kAlways / 1'000'000 << " million pixels, then of every "
+                  << TStatisticsSample::kEvery << "th page (--full-statistics: of all)\n";
+    if (report.measured.size() > 1) {
+        const TPageTable table(options.inputs);
+        std::cout << table.HeadOfTwo();
+        for (const TCorrectionReport::TMeasured& page : report.measured)
+            std::cout << table.RowOfTwo(page.input, std::to_string(page.page), page.before, page.after);
+        std::cout << "These " << Counted(report.measured.size(), "page") << " together:\n";
+    }
+    if (!report.bits.Text().empty())
+        std::cout << "The images: " << report.bits.Text() << '\n';
+    std::cout << StatisticsTable({"before", "background", "after"},
+                                 {report.before.Figures(), report.background.Figures(), report.after.Figures()});
 }
 
 } // namespace
@@ -86,21 +114,10 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
     std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels (" << report.conditions
               << ", level " << options.levelPercent << " %) with " << report.what << ": " << options.output << '\n';
     PrintNotes(report.notes);
-    if (!options.noStatistics) {
-        if (report.statisticsPages < report.pages)
-            std::cout << "Statistics of " << report.statisticsPages
-                      << " of these pages, evenly spread (--full-statistics: of all)\n";
-        if (!report.bits.Text().empty())
-            std::cout << "The images: " << report.bits.Text() << '\n';
-        std::cout << StatisticsTable({"before", "background", "after"},
-                                     {&report.before, &report.background, &report.after});
-    }
-    if (!options.picture.empty()) {
-        std::cout << "Picture of the first page: " << options.picture << '\n';
-        const char* const names[] = {"left, before:      ", "middle, background:", "right, after:      "};
-        for (std::size_t panel = 0; panel < report.legend.size(); ++panel)
-            std::cout << "  " << names[panel] << ' ' << report.legend[panel] << " ADU\n";
-    }
+    if (!options.noStatistics)
+        PrintStatistics(report, options);
+    if (!report.picture.empty())
+        PrintPicture("Picture of the first page: ", report.picture);
     PrintWarnings(report.warnings);
 }
 

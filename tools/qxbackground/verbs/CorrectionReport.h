@@ -23,6 +23,12 @@ struct TCorrectionReport {
     struct TFailure {
         std::string input, why;
     };
+    // A page that counts in the statistics.
+    struct TMeasured {
+        std::string input;
+        unsigned page = 0;
+        TPageFigures before, after;
+    };
 
     std::vector<TUsedCorrection> corrections;
     std::string what;       // the correction, in words
@@ -33,9 +39,10 @@ struct TCorrectionReport {
     std::uint64_t statisticsPages = 0; // of them in the statistics
     std::vector<TFile> files;          // one for each input that is done; none where all pages went into one file
     std::vector<TFailure> failures;    // of inputs that are not
+    std::vector<TMeasured> measured;
     TSeriesStatistics before, background, after;
-    TSignificantBits bits;           // of the images before
-    std::vector<std::string> legend; // of the picture
+    TSignificantBits bits;            // of the images before
+    std::vector<std::string> picture; // what it shows, in words
 };
 
 // Adds lines about what does not look right: a background that is scaled up by `factor` (or less), a result that is cut

@@ -8,10 +8,9 @@
 #include "batch/TPageSource.h"
 #include "batch/TSeparateOutputs.h"
 #include "batch/TStatisticsSample.h"
-#include "images/Contrast.h"
 #include "images/TImageWriter.h"
-#include "images/TPicture.h"
 #include "stacks/TShotWatch.h"
+#include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionReport.h"
 
 #include <filesystem>
@@ -52,7 +51,9 @@ public:
     void IntoOneFile();
     void IntoFolder();
 
-    TImage firstBefore, firstAfter; // when there is to be a picture
+    // Of the first page that was corrected, when there is to be a picture; the background only where it is not that of
+    // the first turn.
+    TImage firstBefore, firstBackground, firstAfter;
     std::vector<std::string> Warnings() const { return watch.Warnings(); }
 
 private:
@@ -70,7 +71,7 @@ private:
     const TCorrectionSetup& setup;
     TShotWatch watch;
     TStatisticsSample sample;
-    bool isFirst = true, isFirstWritten = true;
+    bool hasShown = false; // a page that was corrected
 };
 
 // Another exposure, or another correction.
@@ -85,10 +86,10 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
     else
         SetExposure(next, options);
     const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
-    if (page.counts || isUnfiltered) {
+    if (page.before || isUnfiltered) {
         TImage background;
         Call(next.what, [&] { background = ScaledBackground(*next.object); });
-        if (page.counts)
+        if (page.before)
             report.background.Add(background);
         if (isUnfiltered)
             refinement.rest = RestFor(next, options, setup, background);
@@ -99,19 +100,22 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
 void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
     const TTurn& next = plan.For(path, page.file, page.number);
-    page.counts = sample.Takes(page.image.pixels.size());
-    if (page.counts) {
-        report.before.Add(page.image);
+    page.before.reset();
+    if (sample.Takes(page.image.pixels.size())) {
+        page.before = report.before.Add(page.image);
         report.bits.Add(page.image, page.metadata);
     }
-    if (isFirst && !options.picture.empty())
+    page.isShown = !options.picture.empty() && !hasShown;
+    if (page.isShown)
         firstBefore = page.image;
-    isFirst = false;
     Take(next, page);
+    if (page.isShown && turn != &plan.Turns().front())
+        Call(turn->what, [&] { firstBackground = ScaledBackground(*turn->object); });
     watch.Add(path, ShotOf(page.metadata), plan.Expected(*turn));
     refinement.Before(page.image);
     Call(path + ": page " + std::to_string(page.number),
          [&] { turn->object->Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
+    hasShown = true;
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
 }
@@ -120,11 +124,10 @@ void TCorrectionRun::Measure(const TPage& page)
 {
     if (!page.failure.empty())
         return;
-    if (page.counts)
-        report.after.Add(page.image);
-    if (isFirstWritten && !options.picture.empty())
+    if (page.before)
+        report.measured.push_back({options.inputs[page.file], page.number, *page.before, report.after.Add(page.image)});
+    if (page.isShown)
         firstAfter = page.image;
-    isFirstWritten = false;
 }
 
 TPageSteps TCorrectionRun::Steps()
@@ -150,9 +153,11 @@ void TCorrectionRun::IntoOneFile()
             ThrowIfInterrupted();
         }
     }
+    format = options.outputAs.FormatFor(options.output, format);
+    RequireRoom(options.output, format, report.pages);
     const std::unique_ptr<TImageWriter> writer =
-        CreateImage(options.output, options.outputAs.FormatFor(options.output, format), options.outputAs,
-                    report.pages * report.size.Pixels() * 2, ExistingFor(options.overwrite));
+        CreateImage(options.output, format, options.outputAs, report.pages * report.size.Pixels() * 2,
+                    ExistingFor(options.overwrite));
     TProgress progress("Correcting", report.pages);
     TPageSource source(options.inputs, options.input, Steps(), kPagesAhead);
     TPage page;
@@ -295,8 +300,9 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
         run.IntoOneFile();
 
     if (!options.picture.empty())
-        WritePng(options.picture, SideBySide({&run.firstBefore, &background, &run.firstAfter}, report.legend),
-                 ExistingFor(options.overwrite));
+        report.picture = WriteCorrectionPicture(options.picture, run.firstBefore,
+                                                run.firstBackground.pixels.empty() ? background : run.firstBackground,
+                                                run.firstAfter, ExistingFor(options.overwrite));
     report.corrections = plan.Used();
     for (const std::string& warning : run.Warnings())
         report.warnings.push_back(warning);

@@ -3,6 +3,7 @@
 #include "base/JsonText.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "images/TImageWriter.h"
 #include "stacks/TShotWatch.h"
 #include "verbs/CorrectionReport.h"
 #include "verbs/DarkFrames.h"
@@ -65,14 +66,17 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
         try {
             std::uint64_t pagesOfFile = 0;
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
+            const std::string& output = options.IsBatch() ? options.outputs[file] : options.output;
             for (; reader->NextPage(); ++pagesOfFile) {
                 RequireSize(input, *reader, size);
                 const TTurn& turn = plan.For(input, file, reader->Page());
                 watch.Add(input, ShotOf(reader->Metadata()), plan.Expected(turn));
             }
+            RequireRoom(output, options.outputAs.FormatFor(output, reader->Format()),
+                        options.IsBatch() ? pagesOfFile : report.pages + pagesOfFile);
             report.pages += pagesOfFile;
-            report.files.push_back({input, options.IsBatch() ? options.outputs[file] : options.output});
-            lines += "  " + input + " -> " + report.files.back().output + '\n';
+            report.files.push_back({input, output});
+            lines += "  " + input + " -> " + output + '\n';
         } catch (const TToolError& error) {
             report.failures.push_back({input, error.what()});
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';

@@ -9,7 +9,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <filesystem>
 #include <iostream>
 #include <memory>
 
@@ -28,8 +27,6 @@ struct TExportOptions {
 
 void RunExport(const TContext& context, const TExportOptions& options)
 {
-    if (!options.outputAs.format && std::filesystem::path(options.output).extension() == ".png")
-        throw TToolError(options.output, "would be a PNG; TIFF and FITS are written (show --picture makes a PNG)");
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
     TImage background;
@@ -70,12 +67,12 @@ void RunExport(const TContext& context, const TExportOptions& options)
 
 void AddExportVerb(TVerb& app, const TContext& context)
 {
-    TVerb& verb = app.AddVerb("export", "Write a stored correction as an image");
+    TVerb& verb = app.AddVerb("export", "Write a stored correction as an image, with the values that are stored");
     const auto options = std::make_shared<TExportOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     AddKeyOption(verb, options->key)->required();
     verb.Creates(TPathKind::Image,
-                 verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF or FITS")->required(),
+                 verb.add_option("-o,--output", options->output, "16-bit grayscale TIFF, FITS or PNG")->required(),
                  options->overwrite);
     AddOutputOptions(verb, options->outputAs);
     AddJsonOption(verb, options->json);

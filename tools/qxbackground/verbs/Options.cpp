@@ -78,13 +78,17 @@ void AddOutputOptions(TVerb& verb, TOutputOptions& options)
     verb.add_option_function<std::string>(
         "--format",
         [&options](const std::string& text) {
-            if (text != "tiff" && text != "fits")
-                throw TToolError("--format: '" + text + "' is neither tiff nor fits");
-            options.format = text == "fits" ? TImageFormat::Fits : TImageFormat::Tiff;
+            if (text != "tiff" && text != "fits" && text != "png")
+                throw TToolError("--format: '" + text + "' is none of tiff, fits and png");
+            options.format = text == "fits"  ? TImageFormat::Fits
+                             : text == "png" ? TImageFormat::Png
+                                             : TImageFormat::Tiff;
         },
-        "Format of the output: tiff or fits (default: by the output's name, .tif or .fits; else as the input)");
-    verb.add_flag("--compress", options.compress,
-                  "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does");
+        "Format of the output: tiff, fits or png (default: by the output's name, .tif, .fits or .png; else as the "
+        "input, TIFF for what is neither TIFF nor FITS). A PNG holds one page");
+    verb.add_flag(
+        "--compress", options.compress,
+        "Compress the output without loss: TIFF by deflate, FITS by tiles (Rice), as fpack does. A PNG always is");
 }
 
 void AddJsonOption(TVerb& verb, bool& json)
@@ -153,7 +157,8 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     verb.Creates(TPathKind::Image,
                  verb.add_option("-o,--output", options.output,
                                  "A folder (that is there, or with / at its end: it is made then), for one output per "
-                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or FITS")
+                                 "input; or a file for all corrected pages, in order. 16-bit grayscale TIFF or "
+                                 "FITS, or PNG for one page")
                      ->required(),
                  options.overwrite,
                  [&options](const std::string& option, TPathPlan& plan) { PlanOutputs(option, options, plan); });
@@ -162,7 +167,8 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                     "Default: {stem}{ext}, the names are kept");
     verb.Creates(TPathKind::Picture,
                  verb.add_option("--picture", options.picture,
-                                 "Also write a PNG of the first page: before, background and after side by side"),
+                                 "Also write a PNG of the first page for the eye: before, background and after, each "
+                                 "with a scale of its values"),
                  options.overwrite);
     AddOutputOptions(verb, options.outputAs);
     verb.add_flag("--dry-run", options.dryRun,
@@ -187,7 +193,7 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
         verb.add_flag("--no-statistics", options.noStatistics, "Do not compute statistics (faster)");
     verb.add_flag("--full-statistics", options.fullStatistics,
                   "Statistics of every page. Without it a long run has them of the first 4 million pixels and of every "
-                  "40th page, since they take longer than correcting")
+                  "40th page, since they take longer than correcting; it lists those pages")
         ->excludes(none);
 }
 

@@ -2,9 +2,8 @@
 #include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
-#include "images/Contrast.h"
-#include "images/TPicture.h"
 #include "images/TSeriesStatistics.h"
+#include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionRun.h"
 #include "verbs/ShowCorrection.h"
 #include "verbs/Verbs.h"
@@ -96,7 +95,7 @@ void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string&
         background = ScaledBackground(object);
     });
     TSeriesStatistics statistics;
-    statistics.Add(background);
+    const TPageFigures figures = statistics.Add(background);
     const TConditions conditions{static_cast<double>(reference.exposureSeconds),
                                  static_cast<double>(reference.lightIntensityPercent)};
     if (options.json) {
@@ -109,7 +108,7 @@ void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string&
                             {"statistics", statistics.Json()},
                             {"histogram", HistogramJson(statistics.Histogram())}};
         if (!options.picture.empty()) {
-            WritePng(options.picture, Render(background, StretchOf(background)), ExistingFor(options.overwrite));
+            WritePicture(options.picture, "background, as it is stored", background, ExistingFor(options.overwrite));
             json["picture"] = options.picture;
         }
         std::cout << JsonText(json);
@@ -117,13 +116,10 @@ void ShowCorrection(QX_KRLSDK::TBackgroundCorrection& object, const std::string&
     }
     std::cout << "'" << Printable(*object.ActiveKey()) << "' in " << file << ": " << background.size.Text()
               << " pixels, taken at " << conditions.Text() << "\n"
-              << StatisticsTable({"background"}, {&statistics}) << HistogramText(statistics.Histogram());
-    if (!options.picture.empty()) {
-        const TStretch stretch = StretchOf(background);
-        WritePng(options.picture, Render(background, stretch), ExistingFor(options.overwrite));
-        std::cout << "Picture: " << options.picture << " (black " << stretch.black << ", white " << stretch.white
-                  << " ADU)\n";
-    }
+              << StatisticsTable({"background"}, {figures}) << HistogramText(statistics.Histogram());
+    if (!options.picture.empty())
+        PrintPicture("Picture: ", WritePicture(options.picture, "background, as it is stored", background,
+                                               ExistingFor(options.overwrite)));
 }
 
 void AddShowOptions(TVerb& verb, TShowOptions& options)
@@ -131,7 +127,8 @@ void AddShowOptions(TVerb& verb, TShowOptions& options)
     AddKeyOption(verb, options.key)->required();
     // "-o", as it was called first, is still understood.
     verb.Creates(TPathKind::Picture,
-                 verb.add_option("--picture,-o,--output", options.picture, "Write a PNG picture of it"),
+                 verb.add_option("--picture,-o,--output", options.picture,
+                                 "Write a PNG picture of it, with a scale of its values"),
                  options.overwrite);
     AddJsonOption(verb, options.json);
 }

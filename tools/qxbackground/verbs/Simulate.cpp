@@ -49,7 +49,10 @@ struct TSimulatedFile {
 
 std::vector<TSimulatedFile> FilesOf(const TSimulateOptions& options, double exposure)
 {
-    const std::string suffix = "_" + Number(exposure) + (options.Format() == TImageFormat::Fits ? "s.fits" : "s.tif");
+    const char* const ending = options.Format() == TImageFormat::Fits  ? "s.fits"
+                               : options.Format() == TImageFormat::Png ? "s.png"
+                                                                       : "s.tif";
+    const std::string suffix = "_" + Number(exposure) + ending;
     return {{"dark" + suffix, options.frames},
             {"light" + suffix, options.lights},
             {"truth_scene" + suffix, 1},
@@ -113,6 +116,8 @@ void RunSimulate(const TSimulateOptions& options)
     for (const double exposure : options.exposures) {
         if (!names.insert(Number(exposure)).second)
             throw TToolError("--exposure: " + Number(exposure) + " s is given twice");
+        for (const TSimulatedFile& file : FilesOf(options, exposure))
+            RequireRoom(PathOf(options, file.name), options.Format(), file.pages);
     }
     std::error_code error;
     std::filesystem::create_directories(options.folder, error);

@@ -66,13 +66,15 @@ qx.againstSection = (one, number, report) => {
         qx.make("label", { for: `${id}-level` }, "Level in percent"), level, levelText),
       qx.make("figcaption", {}, (one.picture.step > 1 ? `Every ${one.picture.step}th pixel in both directions. ` : "Every pixel. ")
         + "Corrected in this page, with the library's own rounding.")),
-    qx.scroll(`Figures of ${name}`, qx.table("All pixels, level 100 %", ["figure", "before", "after"], [
+    qx.make("div", {}, qx.scroll(`Figures of ${name}`, qx.table("All pixels, level 100 %", ["figure", "before", "after"], [
       ["median, ADU", one.before.median, one.after.median], ["mean, ADU", one.before.mean, one.after.mean],
       ["spread, ADU", one.before.spread, one.after.spread], ["minimum, ADU", one.before.minimum, one.after.minimum],
       ["maximum, ADU", one.before.maximum, one.after.maximum],
       ["row pattern, ADU", one.before.rowPattern, one.after.rowPattern],
       ["column pattern, ADU", one.before.columnPattern, one.after.columnPattern],
-      ["pixels at zero", one.before.pixelsAtZero, one.after.pixelsAtZero]]))));
+      ["pixels at zero", one.before.pixelsAtZero, one.after.pixelsAtZero]])),
+      qx.make("p", { class: "faint" }, "Spread: standard deviation without hot pixels and stars. Row and column pattern: standard "
+        + "deviation of the medians of all rows, of all columns, which shows as stripes."))));
   section.ready = (async () => {
     state.before = await qx.unpack(one.picture);
     state.stored = await qx.unpack(one.stored);

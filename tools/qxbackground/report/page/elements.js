@@ -33,14 +33,31 @@ qx.single = (value) => value === null ? null : Number(Number(value).toPrecision(
 
 qx.scroll = (label, table) => qx.make("div", { class: "scroll", tabindex: "0", role: "region", "aria-label": label }, table);
 
+// What only makes sense where something can be pressed.
+qx.onScreen = (text) => qx.make("span", { class: "screen" }, text);
+
+// Tables that are wider than a narrow screen or a printed page become a list: a row is a block, a cell a line that says
+// its column (data-label).
+qx.fit = () => {
+  const root = document.documentElement.classList;
+  const mayStack = root.contains("printing") || matchMedia("(max-width: 34rem)").matches;
+  for (const box of document.querySelectorAll(".scroll")) {
+    const table = box.firstElementChild;
+    table.classList.remove("stacked");
+    if (mayStack && box.scrollWidth > box.clientWidth) table.classList.add("stacked");
+  }
+};
+
 // A table of head texts and rows of cells; a cell is a text, a number or an element.
 qx.table = (caption, head, rows, rowHeads = true) => {
   const cell = (value) => value instanceof Node ? value : typeof value === "number" ? qx.number(value) : String(value ?? "–");
+  const isText = (value) => typeof value === "string" && value.length > 40;
   return qx.make("table", {}, qx.make("caption", {}, caption),
-    qx.make("thead", {}, qx.make("tr", {}, ...head.map((text) => qx.make("th", { scope: "col" }, text)))),
+    qx.make("thead", {}, qx.make("tr", {}, ...head.map((text, at) =>
+      qx.make("th", { scope: "col", class: rows.some((row) => isText(row[at])) ? "text" : null }, text)))),
     qx.make("tbody", {}, ...rows.map((row) => qx.make("tr", {}, ...row.map((value, at) =>
       qx.make(at === 0 && rowHeads ? "th" : "td", at === 0 && rowHeads ? { scope: "row" } :
-        { class: typeof value === "string" && value.length > 40 ? "text" : null }, cell(value)))))));
+        { "data-label": head[at], class: isText(value) ? "text" : null }, cell(value)))))));
 };
 
 qx.save = (name, type, text) => {

@@ -61,10 +61,28 @@ qx.start = async () => {
   const file = report.source.path.split(/[/\\]/).pop() || "report";
   document.getElementById("save-json").addEventListener("click", () => qx.save(`${file}.json`, "application/json", JSON.stringify(qx.figures(report), null, 2)));
   document.getElementById("save-csv").addEventListener("click", () => qx.save(`${file}.csv`, "text/csv", qx.csv(report)));
-  // Printed on white, whatever the screen shows.
+  // Printed on white, whatever the screen shows, and as wide as paper is: diagrams are drawn anew for it.
+  const root = document.documentElement;
+  const marks = document.querySelector("#summary details");
   let shown = null;
-  window.addEventListener("beforeprint", () => { shown = theme.value; qx.setTheme("light"); });
-  window.addEventListener("afterprint", () => qx.setTheme(shown));
+  window.addEventListener("beforeprint", () => {
+    shown = { theme: theme.value, marks: marks.open, dots: Chart.defaults.devicePixelRatio };
+    root.classList.add("printing");
+    marks.open = true;
+    Chart.defaults.devicePixelRatio = 3;
+    qx.fit();
+    qx.setTheme("light");
+  });
+  window.addEventListener("afterprint", () => {
+    root.classList.remove("printing");
+    marks.open = shown.marks;
+    Chart.defaults.devicePixelRatio = shown.dots;
+    qx.fit();
+    qx.setTheme(shown.theme);
+  });
+  window.addEventListener("resize", qx.fit);
+  for (const details of document.querySelectorAll("main details")) details.addEventListener("toggle", qx.fit);
+  qx.fit();
   qx.setTheme("system");
   await Promise.all(ready);
 };

@@ -23,9 +23,9 @@ qx.summarySection = (report) => {
   const body = qx.make("tbody");
   const rows = report.corrections.map((one, at) => ({ one, at, element: qx.make("tr", {},
     qx.make("th", { scope: "row" }, qx.make("a", { href: `#correction-${at}` }, one.key)),
-    qx.make("td", {}, qx.mark(one.mark)),
-    qx.make("td", { class: "text" }, qx.reasons(one).join(" ") || "–"),
-    ...columns.slice(2).map(([, value]) => qx.make("td", {}, qx.number(value(one))))) }));
+    qx.make("td", { "data-label": "Mark" }, qx.mark(one.mark)),
+    qx.make("td", { class: "text", "data-label": "Why" }, qx.reasons(one).join(" ") || "–"),
+    ...columns.slice(2).map(([title, value]) => qx.make("td", { "data-label": title }, qx.number(value(one))))) }));
   const heads = columns.map(([title, value]) => {
     const head = qx.make("th", { scope: "col", "aria-sort": "none" });
     head.append(qx.make("button", { type: "button", onclick: () => {
@@ -42,7 +42,7 @@ qx.summarySection = (report) => {
   const why = qx.make("th", { scope: "col", class: "text" }, "Why");
   body.append(...rows.map((row) => row.element));
   section.append(qx.scroll("Summary of all corrections", qx.make("table", { id: "summary-table" },
-    qx.make("caption", {}, "Values in ADU; the library's own minimum, average (truncated) and maximum. Press a title to sort."),
+    qx.make("caption", {}, "Values in ADU; the library's own minimum, average (truncated) and maximum.", qx.onScreen(" Press a title to sort.")),
     qx.make("thead", {}, qx.make("tr", {}, ...heads.slice(0, 2), why, ...heads.slice(2))), body)));
   const limit = (value, unit) => value === null ? "–" : `${qx.number(value)} ${unit}`;
   section.append(qx.make("details", {}, qx.make("summary", {}, "What the marks mean, and from which value on"),
@@ -63,8 +63,9 @@ qx.scalingSection = (report) => {
   else if (keys.length > 1) {
     const cell = (from, to) => {
       const found = cross[from][to];
-      if (!found) return qx.make("td", { class: "cell faint" }, from === to ? "itself" : "other size");
-      return qx.make("td", { class: `cell ${found.mark}`, "data-from": from, "data-to": to },
+      const label = `to ${keys[to]}`;
+      if (!found) return qx.make("td", { class: "cell faint", "data-label": label }, from === to ? "itself" : "other size");
+      return qx.make("td", { class: `cell ${found.mark}`, "data-from": from, "data-to": to, "data-label": label },
         `${found.mean >= 0 ? "+" : "−"}${qx.number(Math.abs(found.mean))}`, qx.make("small", {}, `± ${qx.number(found.spread)}, ${found.mark}`));
     };
     section.append(qx.make("h3", {}, "What is left when one is scaled to another's conditions"),
@@ -73,7 +74,7 @@ qx.scalingSection = (report) => {
           + `Look: a mean above ${limits.lookAdu} ADU and ${limits.lookPercent} % of the column's mean; bad: above ${limits.badAdu} ADU and ${limits.badPercent} %.`),
         qx.make("thead", {}, qx.make("tr", {}, qx.make("th", { scope: "col" }, "scaled from \\ to"),
           ...keys.map((key) => qx.make("th", { scope: "col" }, key)))),
-        qx.make("tbody", {}, ...keys.map((key, from) => qx.make("tr", {}, qx.make("th", { scope: "row" }, key),
+        qx.make("tbody", {}, ...keys.map((key, from) => qx.make("tr", {}, qx.make("th", { scope: "row", "data-label": "scaled from" }, key),
           ...keys.map((_, to) => cell(from, to))))))));
   }
   const grid = qx.make("div", { class: "grid" });
@@ -105,7 +106,7 @@ qx.scalingSection = (report) => {
 };
 
 qx.positions = (title, pixels, count) => count === 0 ? qx.make("p", {}, `${title}: none.`)
-  : qx.make("details", {}, qx.make("summary", {}, `${title}: ${count}` + (pixels.length < count ? `, the strongest ${pixels.length}` : "")),
+  : qx.make("details", { class: "positions" }, qx.make("summary", {}, `${title}: ${count}` + (pixels.length < count ? `, the strongest ${pixels.length}` : "")),
     qx.scroll(title, qx.table(title, ["x", "y", "value, ADU", "beyond its surroundings, ADU"], pixels, false)));
 
 qx.correctionSection = (one, number) => {
@@ -140,7 +141,7 @@ qx.correctionSection = (one, number) => {
   charts.append(qx.make("figure", {}, qx.chart(`Profiles of '${one.key}': rows ${range(one.profiles.rows)}, columns ${range(one.profiles.columns)}`,
     () => qx.lines([{ label: "mean of each row", points: points(one.profiles.rows) },
       { label: "mean of each column", points: points(one.profiles.columns) }], "row or column", "ADU", { max: Math.max(one.width, one.height) - 1 })),
-    qx.make("figcaption", {}, `Row and column profile; pattern (spread of the medians): rows ${qx.number(s.rowPattern)}, columns ${qx.number(s.columnPattern)} ADU.`)));
+    qx.make("figcaption", {}, `Row and column profile. Pattern, the standard deviation of the medians of all rows and of all columns, shows as stripes: rows ${qx.number(s.rowPattern)}, columns ${qx.number(s.columnPattern)} ADU.`)));
   grid.append(charts);
   section.append(grid);
   section.append(qx.scroll(`Figures of ${one.key}`, qx.table("Figures, in ADU",

@@ -140,7 +140,7 @@ qx.viewer = (title, views) => {
     : "Every pixel. ";
   const figure = qx.make("figure", {}, canvas,
     qx.make("div", { class: "scale" }, low, qx.make("span", { class: "bar" }), high), readout, controls,
-    qx.make("figcaption", {}, caption + "Keys: arrows move, + and − zoom, 0 shows all."));
+    qx.make("figcaption", {}, caption, qx.onScreen("Keys: arrows move, + and − zoom, 0 shows all.")));
   figure.ready = show(views[0]);
   figure.state = state;
   return figure;

@@ -1,5 +1,5 @@
-#ifndef QXBACKGROUND_IMAGES_TPICTURE_H
-#define QXBACKGROUND_IMAGES_TPICTURE_H
+#ifndef QXBACKGROUND_PICTURES_TPICTURE_H
+#define QXBACKGROUND_PICTURES_TPICTURE_H
 
 #include "base/TReplacedFile.h"
 
@@ -14,6 +14,11 @@ struct TPicture {
     int width = 0;
     int height = 0;
     std::vector<std::uint8_t> pixels;
+
+    std::uint8_t& At(int x, int y)
+    {
+        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)];
+    }
 };
 
 // Writes a PNG file, whole or not at all. Throws TToolError.

@@ -1,4 +1,4 @@
-#include "images/TPicture.h"
+#include "pictures/TPicture.h"
 
 #include "base/TToolError.h"
 

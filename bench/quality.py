@@ -10,6 +10,7 @@ out, and rivals that are not installed."""
 import argparse
 import importlib.util
 import itertools
+import math
 import shutil
 import subprocess
 import tempfile
@@ -26,19 +27,26 @@ CAMERAS = {
     "drifting level": ["--drift", "10"],
     "12 bits": ["--bits", "12", "--gain", "4", "--offset", "100"],
 }
+SHARP = "strong glow, many hot pixels, a sharp scene"
+SHARP_CAMERA = ["--glow", "20", "--hot-pixels", "0.01"]
 PEDESTAL = 500
+ALL = "all"
 WAYS = {
     "plain": [],
     "`--reject sigma`": ["--reject", "sigma"],
     "`--repair-hot`": ["--repair-hot"],
     "`--bias`": ["--bias"],
     "`--bias --repair-hot`": ["--bias", "--repair-hot"],
-    "all, `--unfiltered`": ["--bias", "--repair-hot", "--reject", "sigma", "--pedestal", str(PEDESTAL), "--unfiltered"],
+    "`--bias --reject sigma --unfiltered`": ["--bias", "--reject", "sigma", "--pedestal", str(PEDESTAL), "--unfiltered"],
+    "the same, `--repair-hot`": ["--bias", "--reject", "sigma", "--pedestal", str(PEDESTAL), "--unfiltered", "--repair-hot"],
+    ALL: ["--bias", "--reject", "sigma", "--align-levels", "--pedestal", str(PEDESTAL), "--unfiltered", "--repair-hot",
+          "--repair-noisy"],
 }
 
 
 class Errors:
-    """Of an image against the truth, where `valid`."""
+    """Of an image against the truth, where `valid`. Sources are what stands out of the sky by more than 100 ADU: how many of
+    their pixels are off, and how much of their light is left."""
 
     def __init__(self, image, truth, valid):
         error = np.where(valid, image.astype(float) - truth, 0)
@@ -49,14 +57,19 @@ class Errors:
         self.deviation = float(inside.std())
         self.rows = float(np.median(error, axis=1).std())
         self.columns = float(np.median(error, axis=0).std())
+        sky = np.median(truth)
+        sources = valid & (truth > sky + 100)
+        self.sources_off = int((np.abs(error[sources]) > 100).sum())
+        self.light = 100 + 100 * float(error[sources].sum() / (truth[sources] - sky).sum()) if sources.any() else None
 
     def row(self, name):
         return (f"| {name} | {self.off} | {self.median:+.2f} | {self.spread:.2f} | {self.deviation:.1f} | "
-                f"{self.rows:.2f} | {self.columns:.2f} |")
+                f"{self.rows:.2f} | {self.columns:.2f} |" +
+                (" | |" if self.light is None else f" {self.sources_off} | {self.light:.2f} % |"))
 
 
-HEADER = ("| way | pixels > 100 ADU off | median error | spread | standard deviation | row pattern | column pattern |\n"
-          "|---|---|---|---|---|---|---|")
+HEADER = ("| way | pixels > 100 ADU off | median error | spread | standard deviation | row pattern | column pattern | "
+          "of sources: off | light |\n|---|---|---|---|---|---|---|---|---|")
 
 
 def run(*command):
@@ -147,15 +160,16 @@ def available(name):
     return importlib.util.find_spec(name) is not None
 
 
-def compare(tool, folder, truth, valid, dark_seconds, seconds, rivals, has_bias=True):
+def compare(tool, folder, truth, valid, dark_seconds, seconds, rivals, has_bias=True, ways=tuple(WAYS)):
     """Each way's name and errors; the workbench's come first."""
     found = []
-    for name, how in WAYS.items():
-        if has_bias or "--bias" not in how:
-            found.append((name, Errors(corrected(tool, folder, how, dark_seconds, seconds), truth, valid)))
-    if not has_bias:
-        how = [word for word in WAYS["all, `--unfiltered`"] if word != "--bias"]
-        found.append(("all, `--unfiltered`", Errors(corrected(tool, folder, how, dark_seconds, seconds), truth, valid)))
+    for name in ways:
+        how = WAYS[name]
+        if not has_bias:
+            if "--bias" in how and "--unfiltered" not in how:
+                continue
+            name, how = name.replace("`--bias ", "`"), [word for word in how if word != "--bias"]
+        found.append((name, Errors(corrected(tool, folder, how, dark_seconds, seconds), truth, valid)))
     if {"siril", "ccdproc"} & set(rivals):
         write_fits(folder, has_bias)
     for rival in rivals:
@@ -166,14 +180,68 @@ def compare(tool, folder, truth, valid, dark_seconds, seconds, rivals, has_bias=
 
 def simulated(tool, folder, camera, dark_seconds, more=()):
     """Files of a camera, named as `compare` wants them; the truth, and where an image can tell it."""
-    run(tool, "simulate", "-o", folder, "--exposure", "0.001,1,2", "--frames", 10, "--lights", 1, *camera, *more)
-    for name, other in (("bias", "dark_0.001s"), ("darks", f"dark_{dark_seconds}s"), ("light", "light_2s")):
+    frames = [] if "--frames" in camera else ["--frames", 10]
+    run(tool, "simulate", "-o", folder, "--exposure", "0.0001,1,2", *frames, "--lights", 1, *camera, *more)
+    for name, other in (("bias", "dark_0.0001s"), ("darks", f"dark_{dark_seconds}s"), ("light", "light_2s")):
         (folder / f"{other}.tif").rename(folder / f"{name}.tif")
     scene = tifffile.imread(folder / "truth_scene_2s.tif").astype(float)
     background = tifffile.imread(folder / "truth_background_2s.tif").astype(float)
     light = tifffile.imread(folder / "light.tif")
     highest = 2 ** int(camera[camera.index("--bits") + 1]) - 1 if "--bits" in camera else 65535
     return scene, background, (light < highest) & (scene + background < highest)
+
+
+def sharp_scene(shape):
+    """A flat sky with all that a repair might take for noise: bars, edges, discs and single points, weak and strong, all
+    over the image. ADU."""
+    y, x = np.mgrid[:shape[0], :shape[1]]
+    cell = 32
+    patterns = [(x % 4 < 2), (y % 8 < 4), (x + y) % cell < cell // 2, np.hypot(x % cell - 15.5, y % cell - 15.5) < 8,
+                (x % 8 == 4) & (y % 8 == 4), np.exp(-(((x % 16 - 8) ** 2 + (y % 16 - 8) ** 2) / 3.0)), y % 16 == 5]
+    kind = (x // cell + 3 * (y // cell)) % (len(patterns) + 2)  # two are sky alone
+    strength = np.array([150, 400, 1200, 4000])[(x // cell + y // cell) % 4]
+    scene = np.full(shape, 250.0)
+    for number, pattern in enumerate(patterns):
+        scene += np.where(kind == number, pattern * strength, 0)
+    return np.rint(scene)
+
+
+def lit(dark, scene, electrons_per_adu):
+    """A dark frame into which light has fallen, with the noise that light has."""
+    random = np.random.default_rng(5)
+    return np.clip(np.rint(dark + random.poisson(scene * electrons_per_adu) / electrons_per_adu), 0, 65535)
+
+
+def sharp(tool, folder, camera, dark_seconds):
+    """As `simulated`, with the sharp scene before the camera."""
+    _, background, _ = simulated(tool, folder, [*camera, "--frames", 11], dark_seconds)
+    darks = tifffile.imread(folder / "darks.tif")
+    dark = darks[10] if dark_seconds == 2 else tifffile.imread(folder / "dark_2s.tif")[10]
+    tifffile.imwrite(folder / "darks.tif", darks[:10])
+    tifffile.imwrite(folder / "bias.tif", tifffile.imread(folder / "bias.tif")[:10])
+    scene = sharp_scene(dark.shape)
+    tifffile.imwrite(folder / "light.tif", lit(dark, scene, 2).astype(np.uint16))
+    return scene, background, scene + background < 65000
+
+
+def without_rays(frame, others):
+    """Where no cosmic ray has hit this very frame: what is far brighter than in all others stands for light, which no dark
+    frame can take away."""
+    middle = np.median(others, axis=0)
+    spread = np.maximum(1.4826 * np.median(np.abs(others - middle), axis=0), others.std(axis=0))
+    usual = np.median(spread)
+    hit = frame - middle > 8 * np.maximum(spread, usual)
+    padded = np.pad(hit, 1)
+    height, width = hit.shape
+    return ~np.any([padded[dy:dy + height, dx:dx + width] for dy in range(3) for dx in range(3)], axis=0)
+
+
+def of_the_light(truth, valid, electrons_per_adu, read_noise=3):
+    """How many pixels are expected to be off by the light's own noise and the camera's read noise, without any dark current:
+    no correction can get below that without taking light for noise."""
+    spread = np.sqrt(truth[valid] / electrons_per_adu + read_noise ** 2)
+    levels, counts = np.unique(spread, return_counts=True)
+    return float(sum(count * math.erfc(100 / level / math.sqrt(2)) for level, count in zip(levels, counts)))
 
 
 def main():
@@ -184,25 +252,36 @@ def main():
     options = parser.parse_args()
     tool = options.tool.resolve()
     rivals = [name for name in options.rivals.split(",") if available(name)]
-    for dark_seconds, (title, camera) in itertools.product((1, 2), CAMERAS.items()):
+    for dark_seconds, title in itertools.product((1, 2), [*CAMERAS, SHARP]):
         with tempfile.TemporaryDirectory(prefix="qxquality") as folder:
             folder = Path(folder)
-            scene, background, valid = simulated(tool, folder, camera, dark_seconds)
+            if title == SHARP:
+                scene, background, valid = sharp(tool, folder, SHARP_CAMERA, dark_seconds)
+            else:
+                scene, background, valid = simulated(tool, folder, CAMERAS[title], dark_seconds)
             light = tifffile.imread(folder / "light.tif").astype(float)
-            print(f"\n### {title.capitalize()}; dark frames of {dark_seconds} s, image of 2 s\n\n{HEADER}")
+            print(f"\n## {title.capitalize()}; dark frames of {dark_seconds} s, image of 2 s\n\n{HEADER}")
+            gain = 4 if title == "12 bits" else 2
+            print(f"| *the noise of the light alone, expected* | {of_the_light(scene, valid, gain):.1f} | | | | | | | |")
             print(Errors(light - background, scene, valid).row("*the noise of the image itself*"))
             for name, errors in compare(tool, folder, scene, valid, dark_seconds, 2, rivals, dark_seconds != 2):
                 print(errors.row(name), flush=True)
     if options.real:
         darks = [tifffile.imread(path) for path in sorted(options.real.glob("dark_60s_*.tif"))]
-        with tempfile.TemporaryDirectory(prefix="qxquality") as folder:
-            folder = Path(folder)
-            tifffile.imwrite(folder / "darks.tif", np.stack(darks[:5] + darks[6:]))
-            tifffile.imwrite(folder / "light.tif", darks[5])
-            print(f"\n### Real dark frames of 60 s: one against the nine others\n\n{HEADER}")
-            truth = np.zeros(darks[5].shape)
-            for name, errors in compare(tool, folder, truth, truth == 0, 60, 60, rivals, has_bias=False):
-                print(errors.row(name), flush=True)
+        scene = sharp_scene(darks[0].shape)
+        others = np.stack(darks[:5] + darks[6:])
+        valid = without_rays(darks[5].astype(float), others.astype(float))
+        for title, truth in (("one against the nine others", np.zeros(darks[0].shape)),
+                             ("one with a sharp scene put into it, against the nine others", scene)):
+            with tempfile.TemporaryDirectory(prefix="qxquality") as folder:
+                folder = Path(folder)
+                tifffile.imwrite(folder / "darks.tif", others)
+                light = darks[5] if truth is not scene else lit(darks[5], scene, 0.78).astype(np.uint16)
+                tifffile.imwrite(folder / "light.tif", light)
+                print(f"\n## Real dark frames of 60 s: {title}\n\n{HEADER}")
+                print(f"| *hit by cosmic rays, left out* | {(~valid).sum()} | | | | | | | |")
+                for name, errors in compare(tool, folder, truth, valid, 60, 60, rivals, has_bias=False):
+                    print(errors.row(name), flush=True)
 
 
 if __name__ == "__main__":

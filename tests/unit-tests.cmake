@@ -4,21 +4,29 @@ find_package(GTest REQUIRED) # for cross-builds from Debian's source package, se
 include(discover-suites.cmake)
 
 # There are many test sources, each small: what all of them include is compiled once, and the tests themselves are not
-# optimised, which would take longer than it saves: the library and the models that they call are. But GCC's release
-# build optimises a little, for the warnings that only then come up.
+# optimised, which would take longer than it saves: the library and the models that they call are.
 function(qxbc_compile_quickly target)
-  if(CMAKE_BUILD_TYPE STREQUAL "Release" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT CMAKE_CROSSCOMPILING)
-    target_compile_options(${target} PRIVATE -O1)
-  else()
-    target_compile_options(${target} PRIVATE -O0)
+  target_compile_options(${target} PRIVATE -O0)
+  # Most of a source's time is what it includes, so that some are compiled together: names in their unnamed namespaces
+  # must differ.
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+  if(NOT target STREQUAL "qxbc_test_headers")
+    target_precompile_headers(${target} REUSE_FROM qxbc_test_headers)
   endif()
-  # Sharing the compiled headers of another target means waiting for all of it: not for what a preset builds alone.
-  if(target MATCHES "^qxbc_(unit|thread)_tests$")
-    target_precompile_headers(${target} PRIVATE
-      <gtest/gtest.h> <algorithm> <functional> <map> <memory> <random> <string> <vector>)
-  else()
-    target_precompile_headers(${target} REUSE_FROM qxbc_unit_tests)
-  endif()
+endfunction()
+
+# Has no more than these, for whoever uses them waits for all of it.
+file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/Headers.cpp" CONTENT "int main() { return 0; }\n")
+add_executable(qxbc_test_headers EXCLUDE_FROM_ALL "${CMAKE_CURRENT_BINARY_DIR}/Headers.cpp")
+qxbc_compile_quickly(qxbc_test_headers)
+target_link_libraries(qxbc_test_headers PRIVATE qxbc_core GTest::gtest GTest::gmock)
+target_precompile_headers(qxbc_test_headers PRIVATE
+  <gmock/gmock.h> <gtest/gtest.h> <algorithm> <functional> <map> <memory> <random> <string> <vector>)
+
+# A room's sources of the unit tests, which are compiled together.
+function(qxbc_add_unit_tests room)
+  target_sources(qxbc_unit_tests PRIVATE ${ARGN})
+  set_source_files_properties(${ARGN} TARGET_DIRECTORY qxbc_unit_tests PROPERTIES UNITY_GROUP ${room})
 endfunction()
 
 # For the sources of a target that work hard themselves.
@@ -32,6 +40,7 @@ endfunction()
 add_executable(qxbc_unit_tests support/AllocationFaultsTest.cpp support/GuardedPixels.cpp
   model/LiteralArithmeticTest.cpp)
 qxbc_compile_quickly(qxbc_unit_tests)
+set_target_properties(qxbc_unit_tests PROPERTIES UNITY_BUILD_MODE GROUP)
 target_link_libraries(qxbc_unit_tests PRIVATE
   qxbc_allocation_faults qxbc_store_support qxbc_test_support qxbc_model qxbc_exports qxbc_core
   GTest::gtest GTest::gtest_main GTest::gmock)

@@ -10,8 +10,12 @@ function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
-# Debian wants to be told about each package: copyright, changes, and which of its rules are broken on purpose.
+# Debian wants to be told about each package: copyright, changes, and which of its rules are broken on purpose. Its zsh
+# looks elsewhere for what packages bring.
 if(CPACK_GENERATOR STREQUAL "DEB")
+  if(EXISTS "${root}/Workbench/usr/share/zsh/site-functions")
+    file(RENAME "${root}/Workbench/usr/share/zsh/site-functions" "${root}/Workbench/usr/share/zsh/vendor-completions")
+  endif()
   execute_process(COMMAND date -u -R -d "@${epoch}" OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE
     COMMAND_ERROR_IS_FATAL ANY)
   foreach(component IN LISTS CPACK_COMPONENTS_ALL)

@@ -13,6 +13,7 @@ using Campaign::TScenario;
 using Campaign::TStep;
 
 namespace {
+namespace ProcessorFileFaults {
 
 std::string Short(const std::string& text)
 {
@@ -130,4 +131,5 @@ TEST_P(ProcessorFileCampaign, HoldsAtEveryFileOperation)
 
 INSTANTIATE_TEST_SUITE_P(Faults, ProcessorFileCampaign, testing::ValuesIn(Scenarios()), Campaign::NameOf);
 
+} // namespace ProcessorFileFaults
 } // namespace

@@ -10,6 +10,7 @@ using Campaign::TScenario;
 using Campaign::TStep;
 
 namespace {
+namespace ProcessorMemoryFaults {
 
 constexpr char kNamesFile[] = "grouped";
 
@@ -248,4 +249,5 @@ TEST(ProcessorMemoryCampaignOf, WhatNeedsNoMemory)
     Campaign::FailMemory(scenario);
 }
 
+} // namespace ProcessorMemoryFaults
 } // namespace

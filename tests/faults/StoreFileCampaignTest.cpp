@@ -14,6 +14,7 @@ using Campaign::TStateRule;
 using Campaign::TStep;
 
 namespace {
+namespace StoreFileFaults {
 
 constexpr char kShort[] = "4294967295";
 constexpr char kUnexpected[] = "4294967294";
@@ -244,4 +245,5 @@ TEST_P(StoreFileCampaign, HoldsAtEveryFileOperation)
 
 INSTANTIATE_TEST_SUITE_P(Faults, StoreFileCampaign, testing::ValuesIn(Scenarios()), Campaign::NameOf);
 
+} // namespace StoreFileFaults
 } // namespace

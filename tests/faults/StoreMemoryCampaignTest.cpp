@@ -13,6 +13,7 @@ using Campaign::TScenario;
 using Campaign::TStep;
 
 namespace {
+namespace StoreMemoryFaults {
 
 constexpr char kBadAlloc[] = "bad_alloc";
 constexpr char kGroupNotLoaded[] = "1024"; // its text goes with the processor that was to hold the group
@@ -362,4 +363,5 @@ TEST(StoreMemoryCampaignOf, WhatNeedsNoMemory)
     Campaign::FailMemory(scenario);
 }
 
+} // namespace StoreMemoryFaults
 } // namespace

@@ -15,7 +15,7 @@ using FileBytes::TBytes;
 
 namespace {
 
-constexpr std::uint32_t kMinusOne = 4294967295u;
+using ProcessorDriver::kMinusOne;
 constexpr std::uint32_t kMinusTwo = 4294967294u;
 constexpr char kOneCorrectionPixels[] = "01 00 02 00";
 // Offsets in a file that begins with SampleFiles::Beginning and holds corrections of 2 x 1 pixels.

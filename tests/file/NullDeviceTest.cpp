@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::uint32_t kMinusOne = 4294967295u;
+using ProcessorDriver::kMinusOne;
 constexpr char kNotFound[] = "Background correction key not found - 'nobody'";
 
 // However a host spells it.

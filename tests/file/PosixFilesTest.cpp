@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::uint32_t kMinusOne = 4294967295u;
+using ProcessorDriver::kMinusOne;
 
 std::size_t OpenDescriptors()
 {

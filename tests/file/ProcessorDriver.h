@@ -12,6 +12,9 @@
 
 namespace ProcessorDriver {
 
+// The code of a file that ends early or is none.
+constexpr std::uint32_t kMinusOne = 4294967295u;
+
 // Adds the correction with exactly these pixels; none make an entry without pixels.
 void Store(TBackgroundCorrectionProcessorUINT16& processor, const TStoredCorrection& correction);
 void Store(TBackgroundCorrectionProcessorUINT16& processor, const std::vector<TStoredCorrection>& corrections);

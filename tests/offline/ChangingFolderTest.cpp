@@ -9,14 +9,14 @@
 
 namespace {
 
-using TNames = std::vector<std::u16string>;
+using TWideNames = std::vector<std::u16string>;
 
 class ChangingFolderTest : public testing::Test {
 protected:
     ChangingFolderTest() { MemoryDisk().Restart(); }
     ~ChangingFolderTest() override { EXPECT_EQ(MemoryDisk().openSearches, 0); }
 
-    TDirectoryListing List(const TNames& firstPass, const TNames& secondPass)
+    TDirectoryListing List(const TWideNames& firstPass, const TWideNames& secondPass)
     {
         MemoryDisk().scriptedSearches = {firstPass, secondPass};
         TDirectoryListing listing;
@@ -29,30 +29,30 @@ protected:
 
 TEST_F(ChangingFolderTest, NamesKeepTheOrderOfTheSystem)
 {
-    EXPECT_EQ(List({u"b", u".", u"a"}, {u"b", u".", u"a"}).names, (TNames{u"b", u".", u"a"}));
+    EXPECT_EQ(List({u"b", u".", u"a"}, {u"b", u".", u"a"}).names, (TWideNames{u"b", u".", u"a"}));
 }
 
 TEST_F(ChangingFolderTest, AFolderThatGrowsGivesTheNewNamesAndNoneOfTheOldIsLeftOut)
 {
-    EXPECT_EQ(List({u"a", u"b"}, {u"new", u"a", u"b", u"newer"}).names, (TNames{u"new", u"a", u"b", u"newer"}));
+    EXPECT_EQ(List({u"a", u"b"}, {u"new", u"a", u"b", u"newer"}).names, (TWideNames{u"new", u"a", u"b", u"newer"}));
 }
 
 TEST_F(ChangingFolderTest, AFolderThatShrinksGivesWhatIsLeft)
 {
-    EXPECT_EQ(List({u"a", u"b", u"c"}, {u"b"}).names, (TNames{u"b"}));
-    EXPECT_EQ(List({u"a", u"b", u"c"}, {}).names, TNames{});
+    EXPECT_EQ(List({u"a", u"b", u"c"}, {u"b"}).names, (TWideNames{u"b"}));
+    EXPECT_EQ(List({u"a", u"b", u"c"}, {}).names, TWideNames{});
 }
 
 TEST_F(ChangingFolderTest, AnEmptyFolderIsNotGoneThroughTwice)
 {
-    EXPECT_EQ(List({}, {u"late"}).names, TNames{});
+    EXPECT_EQ(List({}, {u"late"}).names, TWideNames{});
     EXPECT_EQ(MemoryDisk().listings, 1);
 }
 
 TEST_F(ChangingFolderTest, LongNamesAreTakenWhole)
 {
     const std::u16string name(259, u'n');
-    EXPECT_EQ(List({name}, {name}).names, (TNames{name}));
+    EXPECT_EQ(List({name}, {name}).names, (TWideNames{name}));
 }
 
 TEST_F(ChangingFolderTest, AskForTheFolderInBackslashForm)

@@ -13,7 +13,6 @@ using StoreFiles::Grouped;
 namespace {
 
 using TNames = std::vector<std::string>;
-const TNames kAB = {"A", "B"};
 
 // In the folder cal: s_A_1_B_1 (100) and s_A_2_B_1 (200); the first group is loaded and has the unsaved A,1,B,1,new.
 class StoreFailuresTest : public testing::Test {

@@ -14,7 +14,6 @@ using StoreFiles::Grouped;
 namespace {
 
 using TNames = std::vector<std::string>;
-const TNames kAB = {"A", "B"};
 
 class StoreGroupsTest : public testing::Test {
 protected:

@@ -12,7 +12,6 @@ using StoreFiles::Grouped;
 namespace {
 
 using TNames = std::vector<std::string>;
-const TNames kAB = {"A", "B"};
 
 // Implements the interface, and is neither of the library's objects.
 class TForeigner : public QX_KRLSDK::QX_IBackgroundCorrection {

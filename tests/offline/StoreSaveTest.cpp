@@ -17,7 +17,6 @@ namespace {
 
 using TNames = std::vector<std::string>;
 using TFiles = std::map<std::string, TBytes>;
-const TNames kAB = {"A", "B"};
 
 class StoreSaveTest : public testing::Test {
 protected:

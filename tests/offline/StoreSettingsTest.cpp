@@ -1,6 +1,6 @@
 // The settings and queries of the store, and ApplyCorrection: their checks in their order with their texts, what they
 // answer without a loaded group, and what they forward.
-#include "offline/StoreSupport.h"
+#include "offline/StoreOutcome.h"
 #include "support/TestObject.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +9,6 @@
 #include <vector>
 
 namespace {
-
-// The code and the store's own text that an operation left.
-TOutcome Left(const TTestStore& store, unsigned int code)
-{
-    return {code, store.Text()};
-}
 
 class StoreSettingsTest : public testing::Test {
 protected:

@@ -1,6 +1,6 @@
 // The operations of the store on corrections, and its text: their checks in their order, what they answer without a
 // loaded group, and what they forward. Files and imports have tests of their own.
-#include "offline/StoreSupport.h"
+#include "offline/StoreOutcome.h"
 #include "support/TestObject.h"
 
 #include <gtest/gtest.h>
@@ -9,12 +9,6 @@
 #include <vector>
 
 namespace {
-
-// The code and the store's own text that an operation left.
-TOutcome Left(const TTestStore& store, unsigned int code)
-{
-    return {code, store.Text()};
-}
 
 const unsigned short kPixels[4] = {1, 2, 3, 4};
 const unsigned short* kFrames[1] = {kPixels};

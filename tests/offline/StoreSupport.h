@@ -32,10 +32,13 @@ private:
     const char* buffer;
 };
 
+// The grouping names of most stores that are tested.
+inline const std::vector<std::string> kAB = {"A", "B"};
+
 // Made and destroyed through the exports.
 class TTestStore {
 public:
-    explicit TTestStore(const std::vector<std::string>& groupingNames = {"A", "B"});
+    explicit TTestStore(const std::vector<std::string>& groupingNames = kAB);
     ~TTestStore();
     TTestStore(const TTestStore&) = delete;
     TTestStore& operator=(const TTestStore&) = delete;

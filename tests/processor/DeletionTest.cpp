@@ -9,8 +9,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const Literal::TImage kPixel{1, 1, {5}};
-
 TEST(DeleteCorrection, RefusesNullActiveAndUnknownKeys)
 {
     const TTestObject object;

@@ -8,8 +8,6 @@
 
 namespace {
 
-const Literal::TImage kPixel{1, 1, {5}};
-
 TEST(Message, StaysAfterASuccess)
 {
     const TTestObject object;

@@ -14,7 +14,7 @@ using FileBytes::TBytes;
 
 namespace {
 
-constexpr std::uint32_t kMinusOne = 4294967295u;
+using ProcessorDriver::kMinusOne;
 
 std::string ActiveKey(TBackgroundCorrectionProcessorUINT16& processor)
 {

@@ -127,17 +127,17 @@ TEST(RegionOfAHugeDescription, IsSignedAndRefusesEveryRegion)
         unsigned int code;
         std::string text;
     };
-    constexpr std::uint32_t kMinusOne = 0xFFFFFFFF;
+    constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
     constexpr std::uint32_t kLowest = 0x80000000;
     const TRow rows[] = {
         // all have more pixels than memory is asked for
-        {kMinusOne, 60, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
-        {kMinusOne, 60, {7, 99, 0, 0}, 513, OutOfRange("left", 7)},
-        {kMinusOne, kMinusOne, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
+        {kAllBits, 60, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
+        {kAllBits, 60, {7, 99, 0, 0}, 513, OutOfRange("left", 7)},
+        {kAllBits, kAllBits, {0, 0, 1, 1}, 513, OutOfRange("left", 0)},
         {kLowest, 60, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
-        {100, kMinusOne, {0, 0, 1, 1}, 514, OutOfRange("top", 0)},
-        {100, kMinusOne, {99, 5, 1, 1}, 514, OutOfRange("top", 5)},
-        {100, kMinusOne, {100, 5, 1, 1}, 513, OutOfRange("left", 100)},
+        {100, kAllBits, {0, 0, 1, 1}, 514, OutOfRange("top", 0)},
+        {100, kAllBits, {99, 5, 1, 1}, 514, OutOfRange("top", 5)},
+        {100, kAllBits, {100, 5, 1, 1}, 513, OutOfRange("left", 100)},
         {100, kLowest, {0, kMost, 1, 1}, 514, OutOfRange("top", kMost)},
         {0x7FFFFFFF, 2, {kMost, 0, 1, 1}, 513, OutOfRange("left", kMost)},
         {0x7FFFFFFF, 2, {kMost - 1, 0, 2, 1}, 515, OutOfRange("width", 2)},

@@ -19,7 +19,7 @@ std::vector<unsigned short> Stored(const TTestObject& object)
     return values;
 }
 
-std::vector<unsigned short> Scaled(const TTestObject& object)
+std::vector<unsigned short> ScaledFigures(const TTestObject& object)
 {
     std::vector<unsigned short> values(3, kUntouched);
     EXPECT_EQ(object->GetScaledCorrectionStatistics(&values[0], &values[1], &values[2]), 0u);
@@ -30,12 +30,12 @@ TEST(StatisticsQuery, LeavesTheOutputsAloneWithNothingActive)
 {
     const TTestObject object;
     EXPECT_THAT(Stored(object), testing::Each(kUntouched));
-    EXPECT_THAT(Scaled(object), testing::Each(kUntouched));
+    EXPECT_THAT(ScaledFigures(object), testing::Each(kUntouched));
     object.Store("k", {3, 1, {1, 2, 2}});
     object->SetActiveCorrection("k");
     object->SetActiveCorrection(nullptr);
     EXPECT_THAT(Stored(object), testing::Each(kUntouched));
-    EXPECT_THAT(Scaled(object), testing::Each(kUntouched));
+    EXPECT_THAT(ScaledFigures(object), testing::Each(kUntouched));
 }
 
 TEST(StatisticsQuery, CoversTheWholeStoredImageWhateverTheSettings)
@@ -60,7 +60,7 @@ TEST(StatisticsQuery, OfTheScaledBackgroundCoversTheRegion)
     object->SetRegion(3, 1, 11, 3);
     const Literal::TStatistics expected =
         Literal::CalculateStatistics(Literal::Scale(Literal::CopyRegion(image, 3, 1, 11, 3), 0.7f).pixels);
-    EXPECT_THAT(Scaled(object), ElementsAre(expected.minimum, expected.maximum, expected.average));
+    EXPECT_THAT(ScaledFigures(object), ElementsAre(expected.minimum, expected.maximum, expected.average));
 }
 
 TEST(StatisticsQuery, SkipsNullPointers)
@@ -93,7 +93,7 @@ TEST(StatisticsQuery, OfACorrectionWithoutPixelsLeavesTheOutputsAlone)
     object.StoreDescription("k", 3, 2);
     object->SetActiveCorrection("k");
     EXPECT_THAT(Stored(object), testing::Each(kUntouched));
-    EXPECT_THAT(Scaled(object), ElementsAre(0, 0, 0)) << "its scaled background is there, and black";
+    EXPECT_THAT(ScaledFigures(object), ElementsAre(0, 0, 0)) << "its scaled background is there, and black";
 }
 
 TEST(StatisticsQuery, OfAScaledBackgroundThatDoesNotExistLeavesTheOutputsAlone)
@@ -101,7 +101,7 @@ TEST(StatisticsQuery, OfAScaledBackgroundThatDoesNotExistLeavesTheOutputsAlone)
     const TTestObject object;
     object.StoreDescription("k", 46341, 46341); // more pixels than 32 bits count
     EXPECT_EQ(object->SetActiveCorrection("k"), 0u);
-    EXPECT_THAT(Scaled(object), testing::Each(kUntouched));
+    EXPECT_THAT(ScaledFigures(object), testing::Each(kUntouched));
     EXPECT_THAT(Stored(object), testing::Each(kUntouched));
 }
 

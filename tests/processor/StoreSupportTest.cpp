@@ -11,8 +11,6 @@ namespace {
 
 using testing::ElementsAre;
 
-const Literal::TImage kPixel{1, 1, {5}};
-
 TEST(GetEntryAt, GivesTheEntriesInOrderAndNullBeyondThem)
 {
     const TTestObject object;

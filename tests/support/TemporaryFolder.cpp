@@ -14,8 +14,8 @@ TTemporaryFolder::TTemporaryFolder(const std::string& parent)
     std::random_device random;
     for (;;) {
         const auto ticks = std::chrono::steady_clock::now().time_since_epoch().count();
-        const fs::path candidate = fs::temp_directory_path() /
-                                   ("qxbc-test-" + std::to_string(ticks % 1000000007) + "-" + std::to_string(random()));
+        const fs::path candidate =
+            folder / ("qxbc-test-" + std::to_string(ticks % 1000000007) + "-" + std::to_string(random()));
         if (fs::create_directory(candidate)) {
             path = candidate.string();
             return;

@@ -11,6 +11,9 @@
 #include <string>
 #include <vector>
 
+// The smallest frame there is.
+inline const Literal::TImage kPixel{1, 1, {5}};
+
 // What an operation gave: its code, and the text that the object then holds.
 struct TOutcome {
     unsigned int code;

@@ -10,8 +10,6 @@ using namespace ThreadHost;
 
 namespace {
 
-constexpr int kThreads = 4;
-
 TEST(SeparateObjects, MayBeUsedAtTheSameTime)
 {
     const TTemporaryFolder folder;

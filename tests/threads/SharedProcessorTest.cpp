@@ -11,8 +11,6 @@ using namespace ThreadHost;
 
 namespace {
 
-constexpr int kThreads = 4;
-
 TEST(SharedProcessor, TakesEveryOperationFromEveryThread)
 {
     const TTemporaryFolder folder;

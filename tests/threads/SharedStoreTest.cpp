@@ -8,8 +8,6 @@ using namespace ThreadHost;
 
 namespace {
 
-constexpr int kThreads = 4;
-
 std::string GroupKey(int group, int number)
 {
     return "A," + std::to_string(group) + ",B,1," + std::to_string(number);

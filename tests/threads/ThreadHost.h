@@ -25,6 +25,9 @@ namespace ThreadHost {
 
 using QX_KRLSDK::QX_IBackgroundCorrection;
 
+// As many as most tests run together.
+constexpr int kThreads = 4;
+
 // Runs `work` with the numbers 0 to `count` - 1, each on a thread of its own; all begin at once, after each has been
 // started. Returns when all have ended.
 void RunTogether(int count, const std::function<void(int)>& work);

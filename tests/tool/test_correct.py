@@ -305,7 +305,7 @@ class AtTheTerminal(ToolTest):
 
     def test_a_progress_bar_is_drawn_on_a_terminal_only(self):
         master, terminal = pty.openpty()
-        process = self.start(stderr=terminal)
+        process = self.start(stderr=terminal, env={**os.environ, "TERM": "xterm"})
         os.close(terminal)
         drawn = b""
         try:

@@ -244,7 +244,7 @@ class Killed(ParallelTest):
                 self.tool("delete", "c.qxb", "--key", key)
             before = 1
         self.tool(*self.build("last"))  # clears away what the killed ones left
-        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["big.tif", "c.qxb", "d.tif"])
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["big.tif", "c.qxb", "c.qxb.json", "d.tif"])
 
     def test_the_store(self):
         seconds = 1.1 * self.duration(self.add("A,1"))

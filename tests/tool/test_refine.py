@@ -210,6 +210,25 @@ class HotPixels(Refined):
         self.refused("correct", *DARK, *NOW, "--dark", "darks.tif", "-o", "o.tif", "--repair-hot=0", "light.tif",
                      says=["--repair-hot"])
 
+    def test_each_part_of_the_frame_has_its_own_spread(self):
+        """A glow to the right, whose pixels differ. What differs is subtracted with --unfiltered, and stays without it."""
+        level = np.concatenate([self.random.normal(300, 2, (64, 128)), self.random.normal(900, 40, (64, 128))], axis=1)
+        for x in (20, 60, 100, 200):
+            level[30, x] += 60
+        level[40, 220] += 900
+        self.write("d.tif", [np.rint(level).astype(np.uint16)])
+        lines = self.tool("hotpixels", "d.tif").splitlines()
+        for place in ("20 30", "60 30", "100 30", "220 40"):
+            self.assertIn(f"{place} hot", lines)
+        right = [line for line in lines if line.endswith(("hot", "dead")) and int(line.split()[0]) >= 128]
+        self.assertGreater(len(right), 100)
+        self.write("white.tif", [np.full((64, 256), 20000, np.uint16)])
+        unfiltered = self.correct("--unfiltered", darks="d.tif", images="white.tif").astype(int)
+        repaired = self.correct("--unfiltered", "--repair-hot", darks="d.tif", images="white.tif").astype(int)
+        changed = set(zip(*np.nonzero(unfiltered != repaired)))
+        self.assertLessEqual({(30, 20), (30, 60), (30, 100), (40, 220)}, changed)
+        self.assertLess(len(changed), 10)
+
     def test_too_many_are_a_reason_to_ask(self):
         frame = self.images(1, 33, 24, 0, 65536)
         frame[0][self.random.random(self.SHAPE) < 0.9] = 300
@@ -221,7 +240,8 @@ class HotPixels(Refined):
 
 class Unfiltered(Refined):
     def scaled(self, factor):
-        return np.floor(rounded_mean(self.dark_frames) * factor + 0.5).astype(int)
+        """Rounded once, when all is done."""
+        return np.floor(np.mean(np.stack(self.dark_frames).astype(float), axis=0) * factor + 0.5).astype(int)
 
     def test_subtracts_the_dark_frames_as_they_are(self):
         self.dark_frames[0][4, 5] += 4000  # the filter takes it out
@@ -233,6 +253,13 @@ class Unfiltered(Refined):
         np.testing.assert_array_equal(self.correct("--unfiltered", "--no-statistics"), expected)
         np.testing.assert_array_equal(self.correct("--unfiltered", "--pedestal", 900),
                                       as_pixels(self.light[0].astype(int) + 900 - self.scaled(2)))
+
+    def test_a_bias_is_not_rounded_either(self):
+        dark, bias = (np.mean(np.stack(frames).astype(float), axis=0) for frames in (self.dark_frames, self.bias_frames))
+        for how in ([], ["--reject", "sigma:1000,1000"]):
+            found = self.correct("--unfiltered", "--bias", "bias.tif", "--pedestal", 900, *how)
+            np.testing.assert_array_equal(
+                found, self.light[0].astype(int) + 900 - np.floor(2 * (dark - bias) + bias + 0.5).astype(int))
 
     def test_with_a_level_and_a_region(self):
         part = self.write("part.tif", [self.light[0][5:15, 7:27]])

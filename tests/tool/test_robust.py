@@ -111,6 +111,35 @@ class Combining(ToolTest):
         self.assertGreater(np.abs(plain - clean).max(), 500)
         self.assertLess(np.abs(robust - clean).max(), 5)
 
+    def test_frames_are_brought_to_the_level_of_the_middle_one(self):
+        frames = self.darks(9)
+        shifts = [40, 22, 13, 7, 3, 0, -2, -3, -4]
+        drifted = [(frame.astype(int) + shift).astype(np.uint16) for frame, shift in zip(frames, shifts)]
+        levels = []
+        for frame in drifted:
+            values = np.sort(frame, axis=None)
+            quarter = values.size // 4
+            levels.append(values[quarter:values.size - quarter].mean())
+        wanted = np.median(levels) - np.array(levels)
+        whole = np.sign(wanted) * np.floor(np.abs(wanted) + 0.5)
+        even = [(frame + shift).astype(np.uint16) for frame, shift in zip(drifted, whole)]
+        rest = (wanted - whole).mean()
+        for how, reference in ((["--reject", "sigma"], dict(reject="sigma")), ([], {})):
+            with self.subTest(how=how):
+                # The second writing of the combining rounds; what is missing then is at most a half.
+                expected, rejected = combined(even, **reference)
+                found = self.correction(drifted, "--align-levels", *how).astype(int)
+                white = [np.full(found.shape, 65535, np.uint16)]
+                expected = 65535 - self.library_corrects([expected], (1, 100), white, (1, 100))[0].astype(int)
+                self.assertLessEqual(np.abs(found - expected).max(), 1)
+                self.assertAlmostEqual((found - expected).mean(), rest, delta=0.15)
+                self.assertIn(f"the level of the middle one: dark frames by {whole.min():+.0f} to {whole.max():+.0f} ADU",
+                              self.report["notes"][-1])
+                if how:
+                    self.assertIn(f"Rejected {rejected} of", self.report["notes"][0])
+        plain = self.correction(drifted).astype(int)
+        self.assertGreater(np.median(plain - found), 4)
+
     def test_bands_give_what_memory_gives(self):
         frames = self.darks(40, (150, 140), rays=300)  # 1.7 MB
         for how in ("sigma", "winsor", "minmax:2"):

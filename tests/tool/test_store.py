@@ -26,7 +26,8 @@ class StoreTest(ToolTest):
         return file_bytes([(key.encode(), exposure, 100, image) for key, exposure, image in corrections], 2, names)
 
     def files(self):
-        return sorted(str(p.relative_to(self.folder)) for p in self.folder.rglob("*"))
+        """All but the records of what corrections were built from, which are no files of a store."""
+        return sorted(str(p.relative_to(self.folder)) for p in self.folder.rglob("*") if p.suffix != ".json")
 
     def listed(self, base="s", groups=GROUPS):
         listing = json.loads(self.tool("store", "list", base, *groups, "--json"))

@@ -151,8 +151,8 @@ class Rename(StoreVerbsTest):
                                ("A,1,B,x,dark", "A,1,B,x,new", "s_A_1_B_x: has no correction 'A,1,B,x,dark'"),
                                ("A,7,B,x", "A,1,B,x,new", "s_A_7_B_x: the group of key 'A,7,B,x' has no file"),
                                ("A,1,B,x", "flat", "no value for the grouping name 'A'"),
-                               ("A,1,B,x", "A,../x,B,x", "'../x'"), ("A,1,B,x", "", "new: the key is empty"),
-                               ("A,1,B,x", "A,1,B,x,\t", "new: the key has a control character"),
+                               ("A,1,B,x", "A,../x,B,x", "'../x'"), ("A,1,B,x", "", "new-key: the key is empty"),
+                               ("A,1,B,x", "A,1,B,x,\t", "new-key: the key has a control character"),
                                ("A,1,B,x", "A,1,B, X", "would be a new group")]:
             with self.subTest(key=key, new=new):
                 self.refused(*rename, key, new, says=[says])
@@ -299,7 +299,7 @@ class Asked(StoreVerbsTest):
                 self.assertIn("s_A_1_B_Fast would be a new group: 'Fast' differs from the 'fast' of s_A_1_B_fast only by "
                               "letter case or blanks. Make it? [y/N]", text)
                 self.assertEqual((status, self.contents()), (2, before), text)
-                self.assertIn("qxbackground: ", text)
+                self.assertIn("qxbackground:", text)
                 self.assertIn(says, text)
         self.assertEqual(self.ask(b"y\n")[0], 0)
         self.assertEqual(self.listed()["s_A_1_B_Fast"], ["A,1,B,Fast"])

@@ -72,6 +72,9 @@ class SameAsOnLinux(WindowsTest):
             ["store", "apply", "t", "--group", "A", "--group", "B", "--key", "A,2,B,x,k", *CONDITIONS, "sim/light_1s.tif",
              "-o", "stored.tif"],
             ["store", "list", "t", "--group", "A", "--group", "B", "--json"],
+            ["store", "show", "t_A_2_B_x", "--key", "A,2,B,x,K", "-o", "of store.png"],
+            ["store", "rename", "t_A_2_B_x", "--key", "A,2,B,x,k", "A,3,B,x,k"],
+            ["store", "export", "t_A_3_B_x", "--where", "A=3", "-o", "of store.qxb"],
         ]
         region = self.images(1, 20, 10)
         printed = {}
@@ -83,7 +86,7 @@ class SameAsOnLinux(WindowsTest):
             for command in commands:
                 result = subprocess.run([program, *map(str, command)], cwd=folder, capture_output=True)
                 printed[name].append((result.returncode, result.stdout, result.stderr))
-        self.assertEqual([status for status, _, _ in printed["native"]], [0] * 16 + [2, 0, 0], printed["native"])
+        self.assertEqual([status for status, _, _ in printed["native"]], [0] * 16 + [2, 0, 0, 0, 0, 0], printed["native"])
         for command, one, other in zip(commands, printed["native"], printed["windows"]):
             self.assertEqual(one, other, command)
         one, other = self.folder / "native", self.folder / "windows"

@@ -52,34 +52,89 @@ WITH_SHA_INSTRUCTIONS inline void FourRoundsAndOn(TWords& words, __m128i& used, 
     used = _mm_sha256msg2_epu32(_mm_add_epi32(_mm_sha256msg1_epu32(used, second), sevenBack), fourth);
 }
 
-WITH_SHA_INSTRUCTIONS void Blocks(std::uint32_t* state, const unsigned char* blocks, std::size_t count)
+WITH_SHA_INSTRUCTIONS inline TWords FromState(const std::uint32_t* state)
 {
     const auto word = [state](int index) { return static_cast<int>(state[index]); };
-    TWords words = {_mm_set_epi32(word(0), word(1), word(4), word(5)),
-                    _mm_set_epi32(word(2), word(3), word(6), word(7))};
-    for (; count > 0; --count, blocks += 64) {
-        const TWords before = words;
-        __m128i w0 = ReadWords(blocks), w1 = ReadWords(blocks + 16);
-        __m128i w2 = ReadWords(blocks + 32), w3 = ReadWords(blocks + 48);
-        for (int round = 0; round < 48; round += 16) {
-            FourRoundsAndOn(words, w0, w1, w2, w3, round);
-            FourRoundsAndOn(words, w1, w2, w3, w0, round + 4);
-            FourRoundsAndOn(words, w2, w3, w0, w1, round + 8);
-            FourRoundsAndOn(words, w3, w0, w1, w2, round + 12);
-        }
-        FourRounds(words, w0, 48);
-        FourRounds(words, w1, 52);
-        FourRounds(words, w2, 56);
-        FourRounds(words, w3, 60);
-        words.abef = _mm_add_epi32(words.abef, before.abef);
-        words.cdgh = _mm_add_epi32(words.cdgh, before.cdgh);
-    }
+    return {_mm_set_epi32(word(0), word(1), word(4), word(5)), _mm_set_epi32(word(2), word(3), word(6), word(7))};
+}
+
+WITH_SHA_INSTRUCTIONS inline void ToState(const TWords& words, std::uint32_t* state)
+{
     alignas(16) std::uint32_t first[4], second[4]; // lowest first
     _mm_store_si128(reinterpret_cast<__m128i*>(first), words.abef);
     _mm_store_si128(reinterpret_cast<__m128i*>(second), words.cdgh);
     const std::uint32_t after[8] = {first[3], first[2], second[3], second[2], first[1], first[0], second[1], second[0]};
     for (int i = 0; i < 8; ++i)
         state[i] = after[i];
+}
+
+// The words of one block, and what becomes of them.
+struct TMessage {
+    __m128i w0, w1, w2, w3;
+};
+
+WITH_SHA_INSTRUCTIONS inline TMessage ReadBlock(const unsigned char* block)
+{
+    return {ReadWords(block), ReadWords(block + 16), ReadWords(block + 32), ReadWords(block + 48)};
+}
+
+WITH_SHA_INSTRUCTIONS inline void Plus(TWords& words, const TWords& before)
+{
+    words.abef = _mm_add_epi32(words.abef, before.abef);
+    words.cdgh = _mm_add_epi32(words.cdgh, before.cdgh);
+}
+
+WITH_SHA_INSTRUCTIONS void Blocks(std::uint32_t* state, const unsigned char* blocks, std::size_t count)
+{
+    TWords words = FromState(state);
+    for (; count > 0; --count, blocks += 64) {
+        const TWords before = words;
+        TMessage m = ReadBlock(blocks);
+        for (int round = 0; round < 48; round += 16) {
+            FourRoundsAndOn(words, m.w0, m.w1, m.w2, m.w3, round);
+            FourRoundsAndOn(words, m.w1, m.w2, m.w3, m.w0, round + 4);
+            FourRoundsAndOn(words, m.w2, m.w3, m.w0, m.w1, round + 8);
+            FourRoundsAndOn(words, m.w3, m.w0, m.w1, m.w2, round + 12);
+        }
+        FourRounds(words, m.w0, 48);
+        FourRounds(words, m.w1, 52);
+        FourRounds(words, m.w2, 56);
+        FourRounds(words, m.w3, 60);
+        Plus(words, before);
+    }
+    ToState(words, state);
+}
+
+WITH_SHA_INSTRUCTIONS void PairBlocks(std::uint32_t* state, const unsigned char* blocks, std::uint32_t* otherState,
+                                      const unsigned char* otherBlocks, std::size_t count)
+{
+    TWords words = FromState(state), others = FromState(otherState);
+    for (; count > 0; --count, blocks += 64, otherBlocks += 64) {
+        const TWords before = words, othersBefore = others;
+        TMessage m = ReadBlock(blocks), o = ReadBlock(otherBlocks);
+        for (int round = 0; round < 48; round += 16) {
+            FourRoundsAndOn(words, m.w0, m.w1, m.w2, m.w3, round);
+            FourRoundsAndOn(others, o.w0, o.w1, o.w2, o.w3, round);
+            FourRoundsAndOn(words, m.w1, m.w2, m.w3, m.w0, round + 4);
+            FourRoundsAndOn(others, o.w1, o.w2, o.w3, o.w0, round + 4);
+            FourRoundsAndOn(words, m.w2, m.w3, m.w0, m.w1, round + 8);
+            FourRoundsAndOn(others, o.w2, o.w3, o.w0, o.w1, round + 8);
+            FourRoundsAndOn(words, m.w3, m.w0, m.w1, m.w2, round + 12);
+            FourRoundsAndOn(others, o.w3, o.w0, o.w1, o.w2, round + 12);
+        }
+        FourRounds(words, m.w0, 48);
+        FourRounds(others, o.w0, 48);
+        FourRounds(words, m.w1, 52);
+        FourRounds(others, o.w1, 52);
+        FourRounds(words, m.w2, 56);
+        FourRounds(others, o.w2, 56);
+        FourRounds(words, m.w3, 60);
+        FourRounds(others, o.w3, 60);
+        Plus(words, before);
+        Plus(others, othersBefore);
+    }
+    ToState(words, state);
+    ToState(others, otherState);
 }
 
 } // namespace
@@ -90,6 +145,11 @@ TSha256Blocks Sha256BlocksOfProcessor()
     return hasThem ? Blocks : nullptr;
 }
 
+TSha256PairBlocks Sha256PairBlocksOfProcessor()
+{
+    return Sha256BlocksOfProcessor() != nullptr ? PairBlocks : nullptr;
+}
+
 } // namespace workbench
 
 #else
@@ -97,6 +157,11 @@ TSha256Blocks Sha256BlocksOfProcessor()
 namespace workbench {
 
 TSha256Blocks Sha256BlocksOfProcessor()
+{
+    return nullptr;
+}
+
+TSha256PairBlocks Sha256PairBlocksOfProcessor()
 {
     return nullptr;
 }

@@ -17,6 +17,11 @@ void PlainSha256Blocks(std::uint32_t* state, const unsigned char* blocks, std::s
 // The same by the processor's own instructions, some five times as fast; null where it has none.
 TSha256Blocks Sha256BlocksOfProcessor();
 
+// Two messages at once. The instructions wait for one another's results, and do the second message meanwhile.
+using TSha256PairBlocks = void (*)(std::uint32_t* state, const unsigned char* blocks, std::uint32_t* otherState,
+                                   const unsigned char* otherBlocks, std::size_t count);
+TSha256PairBlocks Sha256PairBlocksOfProcessor(); // null where it has none
+
 } // namespace workbench
 
 #endif

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <system_error>
 
 namespace workbench {
 
@@ -28,8 +29,9 @@ struct TFileState {
 };
 TFileState StateOf(const std::filesystem::path& path); // follows links
 
-// Whether an existing file may be written to. One without any write permission may not, even by an administrator.
-bool IsWriteProtected(const std::filesystem::path& path);
+// Why an existing file may not be written to; nothing when it may. One without any write permission may not, even by an
+// administrator.
+std::error_code WriteProtection(const std::filesystem::path& path);
 
 } // namespace workbench
 

@@ -64,9 +64,8 @@ fs::path TargetOf(const std::string& name)
 
 void RefuseWriteProtected(const fs::path& file, const std::string& name)
 {
-    if (IsWriteProtected(file))
-        throw TToolError(name, "is write-protected and is not changed: " +
-                                   std::make_error_code(std::errc::permission_denied).message());
+    if (const std::error_code why = WriteProtection(file))
+        throw TToolError(name, "is write-protected and is not changed: " + why.message() + "; make it writable first");
 }
 
 void RefuseUnwritable(const std::string& name)
@@ -88,7 +87,7 @@ void RefuseUnwritable(const std::string& name)
     if (!fs::exists(folder))
         throw TToolError(name, error.value() == static_cast<int>(std::errc::permission_denied)
                                    ? "its folder cannot be entered: " + error.message()
-                                   : "its folder does not exist");
+                                   : "its folder does not exist; make it first");
     RefuseWriteProtected(target, name);
 }
 

@@ -94,6 +94,23 @@ void TSha256::Add(const void* data, std::size_t count)
         std::memcpy(rest, at + (count - held), held);
 }
 
+void TSha256::AddPair(TSha256& one, const void* data, TSha256& other, const void* otherData, std::size_t count)
+{
+    static const TSha256PairBlocks pair = Sha256PairBlocksOfProcessor();
+    const std::size_t blocks = count / kBlock;
+    const bool together = pair != nullptr && one.held == 0 && other.held == 0 && one.digest != PlainSha256Blocks &&
+                          other.digest != PlainSha256Blocks;
+    const std::size_t done = together ? blocks * kBlock : 0;
+    if (together) {
+        pair(one.state, static_cast<const unsigned char*>(data), other.state,
+             static_cast<const unsigned char*>(otherData), blocks);
+        one.bytes += done;
+        other.bytes += done;
+    }
+    one.Add(static_cast<const unsigned char*>(data) + done, count - done);
+    other.Add(static_cast<const unsigned char*>(otherData) + done, count - done);
+}
+
 std::string TSha256::Hex()
 {
     // A bit, and as many zeros as let the length in bits end a block.

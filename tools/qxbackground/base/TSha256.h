@@ -14,6 +14,8 @@ public:
     explicit TSha256(bool plain = false);
 
     void Add(const void* data, std::size_t count);
+    // The same to both, as many bytes to each, which is faster where the processor helps.
+    static void AddPair(TSha256& one, const void* data, TSha256& other, const void* otherData, std::size_t count);
     // 64 hexadecimal digits; nothing can be added afterwards.
     std::string Hex();
 

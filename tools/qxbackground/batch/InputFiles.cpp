@@ -6,6 +6,7 @@
 #include <cctype>
 #include <filesystem>
 #include <system_error>
+#include <unordered_map>
 
 namespace workbench {
 
@@ -151,6 +152,22 @@ std::vector<std::string> ImagesIn(const std::string& folder)
     return found;
 }
 
+// A pattern and a name beside it give a file twice, whose pixels would count twice.
+void RefuseTwice(const std::vector<std::string>& files)
+{
+    std::error_code error;
+    const fs::path here = fs::current_path(error);
+    std::unordered_map<std::string, std::string> spelled;
+    for (const std::string& file : files) {
+        const auto [other, isNew] = spelled.emplace((here / file).lexically_normal().string(), file);
+        // The spelling alone may deceive where folders are links.
+        if (!isNew && (other->second == file || fs::equivalent(file, other->second, error)))
+            throw TToolError(file, "is given twice" +
+                                       (other->second == file ? std::string() : " (also as " + other->second + ")") +
+                                       "; each file counts once");
+    }
+}
+
 } // namespace
 
 bool NaturallyBefore(const std::string& one, const std::string& other)
@@ -212,6 +229,7 @@ std::vector<std::string> ExpandInputs(const std::vector<std::string>& given)
             files.push_back(text);
         }
     }
+    RefuseTwice(files);
     return files;
 }
 

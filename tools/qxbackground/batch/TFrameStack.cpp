@@ -69,7 +69,7 @@ void EachFrame(const std::vector<std::string>& paths, const TInputOptions& optio
 }
 
 TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options,
-                       const std::function<void(const TPage&)>& watch, const std::string& what)
+                       const std::function<void(const TPage&)>& watch, const std::string& what, bool keepExact)
 {
     std::optional<TFrameSum> sum;
     TFrameGroup group;
@@ -81,7 +81,7 @@ TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOption
             group.AddTo(*sum);
     });
     group.AddTo(*sum);
-    return {sum->Frames(), sum->Average(), {}, {}, {}};
+    return {sum->Frames(), sum->Average(), keepExact ? sum->Mean() : std::vector<float>(), {}, {}, 0, {}};
 }
 
 } // namespace workbench

@@ -19,8 +19,10 @@ namespace workbench {
 struct TFrameStack {
     std::uint64_t frames = 0;
     TImage average;
+    std::vector<float> exact;          // the average before it was rounded, where that was asked for
     std::vector<std::string> notes;    // what was done, one line each
     std::vector<std::string> warnings; // what does not look right, one line each
+    std::uint64_t biasFrames = 0;      // whose average was subtracted
     TShot shot;                        // how the frames were taken, as far as their headers agree
 
     TSize Size() const { return average.size; }
@@ -32,9 +34,9 @@ struct TFrameStack {
 void EachFrame(const std::vector<std::string>& paths, const TInputOptions& options, const std::string& what,
                const std::function<void(TPage&)>& take);
 
-// Their average; `watch` sees every page. Throws as EachFrame does.
+// Their average, also before it was rounded where that is asked for; `watch` sees every page. Throws as EachFrame does.
 TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options,
-                       const std::function<void(const TPage&)>& watch, const std::string& what);
+                       const std::function<void(const TPage&)>& watch, const std::string& what, bool keepExact = false);
 
 } // namespace workbench
 

@@ -10,7 +10,8 @@ namespace workbench {
 // The folder of the outputs, made when it is missing, with those it lies in; gone again when nothing came into it.
 class TOutputFolder {
 public:
-    explicit TOutputFolder(const std::string& name);
+    // Throws TToolError when it cannot be made.
+    explicit TOutputFolder(const std::string& path);
     ~TOutputFolder();
     TOutputFolder(const TOutputFolder&) = delete;
     TOutputFolder& operator=(const TOutputFolder&) = delete;

@@ -25,11 +25,6 @@ bool IsSame(double one, double other)
     return std::abs(one - other) <= 1e-5 * std::max(std::abs(one), std::abs(other));
 }
 
-double ProductOf(const TStoredCorrection& correction)
-{
-    return static_cast<double>(correction.exposureSeconds) * static_cast<double>(correction.lightIntensityPercent);
-}
-
 bool HasSize(const TStoredCorrection& correction, const TWantedCorrection& wanted)
 {
     return wanted.mayBeLarger ? correction.width >= wanted.width && correction.height >= wanted.height
@@ -46,7 +41,7 @@ TCandidates OfSize(const std::string& place, const std::vector<TCandidate>& all,
         const TStoredCorrection& correction = candidate.correction;
         sizes.insert(fmt::format("{} x {}", correction.width, correction.height));
         // Without an exposure or intensity of its own nothing can be scaled.
-        if (HasSize(correction, wanted) && ProductOf(correction) > 0 && std::isfinite(ProductOf(correction)))
+        if (HasSize(correction, wanted) && correction.Product() > 0 && std::isfinite(correction.Product()))
             candidates.push_back(&candidate);
     }
     if (!candidates.empty())
@@ -65,7 +60,7 @@ TCandidates AlikeFirst(const TCandidates& candidates)
     TCandidates alike;
     const TCandidate& first = *candidates.front();
     for (const TCandidate* candidate : candidates) {
-        if (IsSame(ProductOf(candidate->correction), ProductOf(first.correction)) &&
+        if (IsSame(candidate->correction.Product(), first.correction.Product()) &&
             std::abs(std::abs(candidate->degreesOff) - std::abs(first.degreesOff)) < 1e-6)
             alike.push_back(candidate);
     }
@@ -96,7 +91,7 @@ TChoice ChooseCorrection(const std::string& place, const std::vector<TCandidate>
 {
     TCandidates candidates = OfSize(place, all, wanted);
     const double product = wanted.exposureSeconds * wanted.lightIntensityPercent;
-    const auto factorOf = [product](const TCandidate& candidate) { return product / ProductOf(candidate.correction); };
+    const auto factorOf = [product](const TCandidate& candidate) { return product / candidate.correction.Product(); };
     // Exact ones first, then those that are scaled down, then the others; the nearest first within each.
     const auto rank = [&](const TCandidate* candidate) {
         const double factor = factorOf(*candidate);

@@ -15,11 +15,6 @@ namespace workbench {
 
 namespace {
 
-double ProductOf(const TStoredCorrection& correction)
-{
-    return static_cast<double>(correction.exposureSeconds) * static_cast<double>(correction.lightIntensityPercent);
-}
-
 // The median of some rows, evenly spread; nothing when they cannot be read.
 std::optional<double> LevelOf(std::ifstream& file, const TStoredCorrection& correction)
 {
@@ -63,13 +58,13 @@ std::vector<std::string> HotterThanLonger(const std::string& path, const std::ve
 {
     std::vector<const TStoredCorrection*> sorted;
     for (const TStoredCorrection& correction : corrections) {
-        if (ProductOf(correction) > 0 && std::isfinite(ProductOf(correction)))
+        if (correction.Product() > 0 && std::isfinite(correction.Product()))
             sorted.push_back(&correction);
     }
     // Those of one size together, by what they should be sorted.
     std::sort(sorted.begin(), sorted.end(), [](const TStoredCorrection* one, const TStoredCorrection* other) {
-        return std::tuple(one->width, one->height, ProductOf(*one), one->offset) <
-               std::tuple(other->width, other->height, ProductOf(*other), other->offset);
+        return std::tuple(one->width, one->height, one->Product(), one->offset) <
+               std::tuple(other->width, other->height, other->Product(), other->offset);
     });
     std::ifstream file(std::filesystem::path(path), std::ios::binary);
     std::vector<std::string> lines;
@@ -77,7 +72,7 @@ std::vector<std::string> HotterThanLonger(const std::string& path, const std::ve
         const TStoredCorrection &shorter = *sorted[index], &longer = *sorted[index + 1];
         const bool isAsked = key.empty() || shorter.key == key || longer.key == key;
         if (!isAsked || shorter.width != longer.width || shorter.height != longer.height ||
-            ProductOf(shorter) > 0.99 * ProductOf(longer))
+            shorter.Product() > 0.99 * longer.Product())
             continue;
         const std::optional<double> one = LevelOf(file, shorter), other = LevelOf(file, longer);
         // So much the camera's offset may drift.

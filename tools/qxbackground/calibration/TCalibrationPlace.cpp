@@ -6,7 +6,12 @@ namespace workbench {
 
 std::string TCalibrationPlace::ProvenanceFile() const
 {
-    return (store ? store->PathOf(store->base) : TargetOf(file)).string() + ".json";
+    return LockedName() + ".json";
+}
+
+std::string TCalibrationPlace::LockedName() const
+{
+    return (store ? store->PathOf(store->base) : TargetOf(file)).string();
 }
 
 } // namespace workbench

@@ -24,6 +24,8 @@ public:
     // Where it is recorded what the corrections were built from, see TProvenance: FILE.json, behind links as the file
     // is; of a store BASE.json, which its naming rule does not take for a group file.
     std::string ProvenanceFile() const;
+    // What is locked while something is changed there, see LockFileOf.
+    std::string LockedName() const;
 
 private:
     std::string file;

@@ -327,7 +327,9 @@ void RefuseForeignFile(const std::string& path, const TCalibrationWalk& walk)
         return;
     const std::string kind = FileKind(path);
     if (!kind.empty() && kind != "a calibration file")
-        throw TToolError(path, "is " + kind + ", not a calibration file");
+        throw TToolError(
+            path, "is " + kind + ", not a calibration file" +
+                      (kind.find("image") != std::string::npos ? "; a calibration file stands before the images" : ""));
     if (kind.empty())
         throw TToolError(path, "is not a calibration file (" + walk.Complaint() + ")");
 }

@@ -3,6 +3,7 @@
 
 #include "base/Names.h"
 #include "base/TToolError.h"
+#include "calibration/Remedy.h"
 
 #include "QX_BackgroundCorrection.hpp"
 
@@ -52,7 +53,8 @@ template <class TStep> void Call(const std::string& about, TStep&& step)
     try {
         step();
     } catch (const QX_KRLSDK::TBackgroundCorrectionError& error) {
-        throw TToolError(about, std::string(error.what()) + " [code " + std::to_string(error.Code()) + "]");
+        const std::string text = error.what();
+        throw TToolError(about, text + " [code " + std::to_string(error.Code()) + "]" + Remedy(text));
     }
 }
 

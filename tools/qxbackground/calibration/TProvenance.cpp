@@ -1,8 +1,11 @@
 #include "calibration/TProvenance.h"
 
+#include "base/TFileLock.h"
+#include "base/TReplacedFile.h"
 #include "base/TSha256.h"
 #include "base/TToolError.h"
 #include "base/TextFile.h"
+#include "calibration/Keys.h"
 #include "calibration/ProvenanceJson.h"
 
 #include <fmt/format.h>
@@ -26,21 +29,26 @@ constexpr std::uintmax_t kLongestRecord = std::uintmax_t{256} << 20;
 // What tells entries apart.
 std::string Identity(const std::string& key, const std::string& group)
 {
-    return TextInJson(group) + '\n' + FoldedKey(key);
+    return TextInJson(group) + '\n' + RecordedKey(key);
 }
 
-std::string PixelsSha256(const std::string& file, const TStoredCorrection& correction)
+std::string PixelsSha256(const std::string& file, const TStoredCorrection& correction,
+                         const TProvenanceEntry::TLook& look = {})
 {
-    std::ifstream stream(fs::path(file), std::ios::binary);
+    std::ifstream stream;
+    stream.rdbuf()->pubsetbuf(nullptr, 0);
+    stream.open(fs::path(file), std::ios::binary);
     stream.seekg(static_cast<std::streamoff>(correction.pixelOffset));
     TSha256 sha256;
     std::uint64_t left = std::uint64_t{2} * correction.width * correction.height;
-    std::vector<char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(left, 1 << 18)));
+    std::vector<unsigned char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(left, 1 << 18)));
     while (left > 0) {
         const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(left, piece.size()));
-        if (!stream.read(piece.data(), static_cast<std::streamsize>(count)))
+        if (!stream.read(reinterpret_cast<char*>(piece.data()), static_cast<std::streamsize>(count)))
             throw TToolError(file, "the pixels of '" + correction.key + "' cannot be read");
         sha256.Add(piece.data(), count);
+        if (look)
+            look(piece.data(), count);
         left -= count;
     }
     return sha256.Hex();
@@ -61,24 +69,19 @@ fs::path FolderOf(const std::string& path)
 
 } // namespace
 
-std::string FoldedKey(const std::string& key)
+std::string RecordedKey(const std::string& key)
 {
-    std::string folded = TextInJson(key);
-    for (char& character : folded) {
-        if (character >= 'A' && character <= 'Z')
-            character = static_cast<char>(character - 'A' + 'a');
-    }
-    return folded;
+    return FoldedKey(TextInJson(key));
 }
 
-void TProvenanceEntry::Describe(const std::string& file, const TStoredCorrection& correction)
+void TProvenanceEntry::Describe(const std::string& file, const TStoredCorrection& correction, const TLook& look)
 {
     key = correction.key;
     width = correction.width;
     height = correction.height;
     exposureSeconds = correction.exposureSeconds;
     lightIntensityPercent = correction.lightIntensityPercent;
-    pixelsSha256 = PixelsSha256(file, correction);
+    pixelsSha256 = PixelsSha256(file, correction, look);
 }
 
 std::string TProvenanceEntry::DifferenceTo(const std::string& file, const TStoredCorrection& correction) const
@@ -175,6 +178,9 @@ void TProvenance::Write() const
     const std::string text = Text();
     if (exists ? text == before : entries.empty())
         return;
+    // Whoever changes the calibration file holds its lock already; with this one a killed process leaves no file of a
+    // name that nobody else would use, and remove.
+    const TFileLock lock(LockFileOf(TargetOf(path)), path);
     WriteText(path, text, exists ? TExisting::Replaced : TExisting::Refused);
 }
 

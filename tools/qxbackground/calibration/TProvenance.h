@@ -4,7 +4,9 @@
 #include "calibration/TCalibrationPlace.h"
 #include "calibration/TCalibrationWalk.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -51,15 +53,17 @@ struct TProvenanceEntry {
     std::optional<TBuildRecord> built; // not known for a correction that another program made
     std::string importedFrom;          // the file or store it was copied from last, named as frames are; or empty
 
-    // Takes what the file says of the correction, and its pixels.
-    void Describe(const std::string& file, const TStoredCorrection& correction);
+    // Takes what the file says of the correction, and its pixels, of which `look` gets piece after piece, two bytes
+    // each, the lower one first.
+    using TLook = std::function<void(const unsigned char* bytes, std::size_t count)>;
+    void Describe(const std::string& file, const TStoredCorrection& correction, const TLook& look = {});
     // In what the correction in the file is another one: "its exposure is 60 s, not 30 s". Nothing when it is the one.
     // Reads the pixels when all else agrees. Throws TToolError when they cannot be read.
     std::string DifferenceTo(const std::string& file, const TStoredCorrection& correction) const;
 };
 
 // Keys that the library takes for the same give the same text. It is UTF-8, as keys are in the record.
-std::string FoldedKey(const std::string& key);
+std::string RecordedKey(const std::string& key);
 
 // What this program keeps beside calibration files, which have no room for it: what their corrections were built from,
 // and how. Nothing depends on it. Other programs change calibration files without it, so that an entry is to be

@@ -122,7 +122,7 @@ void TScratchStore::Commit(std::size_t corrections, const std::vector<std::strin
                              "was changed by another process meanwhile; the store is unchanged, try again");
     }
     // The new files first: whatever stops this half way, no correction is without a file.
-    std::stable_partition(written.begin(), written.end(), [&](const std::string& name) { return name != last; });
+    std::partition(written.begin(), written.end(), [&](const std::string& name) { return name != last; });
     std::error_code error;
     for (const std::string& name : written) {
         TakeAfter(folder / name, home / name);

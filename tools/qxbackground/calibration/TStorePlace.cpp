@@ -121,7 +121,7 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
     if (place.base.empty() || place.base == "." || place.base == ".." || place.base.find('\\') != std::string::npos)
         throw TToolError("'" + path + "'", "is no base name of a store");
     if (!fs::is_directory(place.Folder(), error))
-        throw TToolError(path, "its folder does not exist");
+        throw TToolError(path, "its folder does not exist; make it first");
     if (fs::is_directory(path, error))
         throw TToolError(path, "is a folder; a store is named by the base name of its files");
 

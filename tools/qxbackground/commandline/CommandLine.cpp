@@ -16,11 +16,15 @@ namespace {
 // The parser's message in this program's words; empty when something is missing.
 std::string Complaint(const CLI::ParseError& error)
 {
-    const std::string text = error.what();
+    std::string text = error.what();
     if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr)
         return {};
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.find(" missing") != std::string::npos)
         return text.substr(0, text.find(':')) + " needs a value behind it";
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.find("At Most 1 ") != std::string::npos)
+        return text.substr(0, text.find(':')) + " is given more than once; once is meant";
+    if (const std::size_t excludes = text.find(" excludes "); excludes != std::string::npos)
+        return text.replace(excludes, 10, " and ") + " exclude each other; give one of them";
     const std::string conversion = "Could not convert: ";
     const std::size_t equals = text.find(" = ");
     if (text.compare(0, conversion.size(), conversion) == 0 && equals != std::string::npos)

@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+
 namespace workbench {
 
 namespace {
@@ -19,6 +21,7 @@ const char* UseText(TPathUse use)
     case TPathUse::Creates:
         return "creates";
     case TPathUse::Changes:
+    case TPathUse::Follows: // is of no option of its own
         return "changes";
     }
     return "";
@@ -184,6 +187,19 @@ std::string SwallowedArguments(const TVerb& verb)
     return {};
 }
 
+// A value that was left out lets its option take the name of the next one.
+std::string TakenOption(const TVerb& verb)
+{
+    const std::vector<std::string> names = OptionNames(verb);
+    for (const CLI::Option* taker : verb.Options()) {
+        for (const std::string& value : taker->results()) {
+            if (std::find(names.begin(), names.end(), value) != names.end())
+                return taker->get_name() + " needs a value behind it; '" + value + "' stands there";
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 std::string DescriptionJson(const TVerb& root, const TProgramText& program)
@@ -217,6 +233,9 @@ std::string ExplainRefusal(const TVerb& root, const std::vector<std::string>& un
     if (!verb.Verbs().empty())
         return unread.empty() ? "which verb? ('" + FullName(verb) + " --help' lists them)"
                               : UnknownVerb(verb, unread.front());
+    const std::string takenOption = TakenOption(verb);
+    if (!takenOption.empty())
+        return takenOption;
     const std::string swallowed = SwallowedArguments(verb);
     if (!swallowed.empty())
         return swallowed;

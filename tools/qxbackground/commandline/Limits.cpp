@@ -11,6 +11,16 @@ namespace workbench {
 
 namespace {
 
+// Behind what is said of "5%", "1,5" or "100ms".
+std::string HowElse(const std::string& text)
+{
+    char* end = nullptr;
+    std::strtold(text.c_str(), &end);
+    if (end == text.c_str() || *end == '\0')
+        return {};
+    return *end == ',' ? "; decimals are written with a point" : "; numbers are written without a unit";
+}
+
 // Not a number when the text is none: that lies in no range.
 double NumberIn(const std::string& text)
 {
@@ -26,7 +36,7 @@ CLI::Validator AboveZero()
     return CLI::Validator(
         [](const std::string& text) {
             if (!CLI::Number(text).empty())
-                return fmt::format("'{}' is not a number", text);
+                return fmt::format("'{}' is not a number{}", text, HowElse(text));
             const auto single = static_cast<float>(NumberIn(text));
             return std::isfinite(single) && single > 0 ? std::string()
                                                        : fmt::format("'{}' must be a number above 0", text);
@@ -36,12 +46,13 @@ CLI::Validator AboveZero()
 
 CLI::Validator Between(double lowest, double highest)
 {
-    const std::string range = fmt::format("{:g} to {:g}", lowest, highest);
+    const std::string range = fmt::format("{:.10g} to {:.10g}", lowest, highest);
     return CLI::Validator(
         [lowest, highest, range](const std::string& text) {
             const double value = NumberIn(text);
-            return value >= lowest && value <= highest ? std::string()
-                                                       : fmt::format("'{}' is not a number from {}", text, range);
+            if (value >= lowest && value <= highest)
+                return std::string();
+            return fmt::format("'{}' is not a number from {}{}", text, range, HowElse(text));
         },
         range);
 }
@@ -51,8 +62,9 @@ CLI::Validator BetweenWhole(std::int64_t lowest, std::int64_t highest)
     const std::string range = fmt::format("{} to {}", lowest, highest);
     return CLI::Validator(
         [allowed = CLI::Range(lowest, highest), range](const std::string& text) {
-            return allowed(text).empty() ? std::string()
-                                         : fmt::format("'{}' is not a whole number from {}", text, range);
+            if (allowed(text).empty())
+                return std::string();
+            return fmt::format("'{}' is not a whole number from {}{}", text, range, HowElse(text));
         },
         range);
 }

@@ -44,6 +44,8 @@ std::string Escaped(const std::string& text)
     return escaped;
 }
 
+constexpr char kNewParagraph[] = ".PP\n";
+
 std::string Bold(const std::string& text)
 {
     return "\\fB" + Escaped(text) + "\\fR";
@@ -52,7 +54,7 @@ std::string Bold(const std::string& text)
 // Lines that begin with two blanks stay as they are, as in help.
 std::string Paragraph(const std::string& text)
 {
-    std::string page = ".PP\n";
+    std::string page = kNewParagraph;
     bool isVerbatim = false;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
@@ -71,8 +73,8 @@ std::string Examples(const TVerb& verb)
 {
     std::string page;
     for (const TVerb::TExample& example : verb.Examples())
-        page += ".PP\n" + Escaped(example.what) + ":\n.PP\n.nf\n.RS 4\n" + Escaped(WrappedCommand(example.command, 0)) +
-                ".RE\n.fi\n";
+        page += kNewParagraph + Escaped(example.what) + ":\n.PP\n.nf\n.RS 4\n" +
+                Escaped(WrappedCommand(example.command, 0)) + ".RE\n.fi\n";
     return page;
 }
 
@@ -81,12 +83,19 @@ std::string Term(const std::string& term, const std::string& text)
     return ".TP\n" + term + "\n" + Escaped(text) + "\n";
 }
 
+// A section begins with a paragraph anyway.
+std::string Section(const std::string& heading, const std::string& text)
+{
+    const std::size_t begin = std::char_traits<char>::length(kNewParagraph);
+    return ".SH " + heading + "\n" + (text.compare(0, begin, kNewParagraph) == 0 ? text.substr(begin) : text);
+}
+
 std::string Terms(const std::string& heading, const std::vector<TProgramText::TTerm>& terms)
 {
-    std::string page = ".SH " + heading + "\n";
+    std::string page;
     for (const TProgramText::TTerm& term : terms)
         page += Term(Bold(term.term), term.text);
-    return page;
+    return Section(heading, page);
 }
 
 // Every verb that does something, not those that only have others.
@@ -154,13 +163,13 @@ std::string OptionSection(const TVerb& root, const TProgramText& program)
     }
     std::stable_sort(told.begin(), told.end(),
                      [](const TToldOption& one, const TToldOption& other) { return one.text.name < other.text.name; });
-    std::string page = ".SH OPTIONS\n";
+    std::string page;
     for (const TOptionText& text : OptionTexts(root))
         page += Term(Bold(text.Synopsis()), text.FullHelp() + ".");
     page += ".SS Options of verbs\n";
     for (const TToldOption& one : told)
         page += Term(Bold(one.text.Synopsis()), one.text.FullHelp() + ". (" + one.verbs + ")");
-    return page;
+    return Section("OPTIONS", page);
 }
 
 // The day on which the page was made, or the one that a build which gives the same bytes each time was told.
@@ -187,13 +196,12 @@ std::string ManPage(const TVerb& root, const TProgramText& program)
     page += ".SH NAME\n" + Escaped(program.name + " - " + program.summary) + "\n";
     page += ".SH SYNOPSIS\n" + Bold(program.name) + " \\fIVERB\\fR [\\fIOPTIONS\\fR] ...\n.br\n" + Bold(program.name) +
             " help \\fIVERB\\fR\n";
-    page += ".SH DESCRIPTION\n";
-    for (const std::string& about : program.about)
-        page += Paragraph(about);
-    page += ".SH EXAMPLES\n" + Examples(root);
-    page += ".SH VERBS\n";
+    std::string about, verbs;
+    for (const std::string& text : program.about)
+        about += Paragraph(text);
     for (const TVerb* verb : root.Verbs())
-        page += VerbSection(*verb, program);
+        verbs += VerbSection(*verb, program);
+    page += Section("DESCRIPTION", about) + Section("EXAMPLES", Examples(root)) + Section("VERBS", verbs);
     page += OptionSection(root, program);
     page += Terms("EXIT STATUS", program.exitStatus) + Terms("ENVIRONMENT", program.environment) +
             Terms("FILES", program.files);

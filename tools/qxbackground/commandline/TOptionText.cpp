@@ -154,7 +154,9 @@ std::vector<std::string> UsagePieces(const TVerb& verb)
     }
     if (takesLists)
         addArguments();
-    pieces.emplace_back("[OPTIONS]");
+    if (std::any_of(texts.begin(), texts.end(),
+                    [](const TOptionText& text) { return text.option != nullptr && !text.isArgument; }))
+        pieces.emplace_back("[OPTIONS]");
     return pieces;
 }
 

@@ -70,6 +70,12 @@ void TPathPlan::AddFileInNewFolder(const std::string& option, TPathUse use, cons
     items.back().folderMayBeMissing = true;
 }
 
+void TPathPlan::AddProvenance(const std::string& option, TPathUse use, const TCalibrationPlace& place)
+{
+    AddFile("what is recorded beside " + option, use == TPathUse::Reads ? use : TPathUse::Follows,
+            place.ProvenanceFile());
+}
+
 void TPathPlan::AddStore(const std::string& option, TPathUse use, const TStorePlace& place)
 {
     stores.push_back({option, use, place, CanonicalFolder(place.Folder()), ++arguments});
@@ -85,6 +91,7 @@ void TPathPlan::AddStore(const std::string& option, TPathUse use, const TStorePl
         item.ofStore = true;
         Add(item);
     }
+    AddProvenance(option, use, TCalibrationPlace(place));
 }
 
 void TPathPlan::RefuseShared(const TItem& written) const
@@ -125,6 +132,8 @@ void TPathPlan::Check(bool overwrite) const
                 throw TToolError("'-': the standard input is not read; give a file name");
             continue;
         }
+        if (item.use == TPathUse::Follows)
+            continue; // where it cannot be written, the rest is done all the same
         std::error_code error;
         if (item.path == "-" || !item.folderMayBeMissing || fs::exists(item.target.parent_path(), error))
             RefuseUnwritable(item.path);

@@ -3,7 +3,7 @@
 
 #include "base/TFileLock.h"
 #include "base/TFileState.h"
-#include "calibration/TStorePlace.h"
+#include "calibration/TCalibrationPlace.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -20,7 +20,8 @@ namespace workbench {
 enum class TPathUse {
     Reads,
     Creates, // a file of its own: an older one of that name is in the way
-    Changes  // adds to or takes from what is there
+    Changes, // adds to or takes from what is there
+    Follows  // changes, when it can, together with what it belongs to, by whose lock it is protected
 };
 
 // What is meant to lie there.
@@ -46,6 +47,9 @@ public:
     // A file in a folder that the command makes when it is missing.
     void AddFileInNewFolder(const std::string& option, TPathUse use, const std::string& path);
     void AddStore(const std::string& option, TPathUse use, const TStorePlace& place);
+
+    // What is recorded beside a calibration file or a store, see TProvenance: read, or changed where the place is.
+    void AddProvenance(const std::string& option, TPathUse use, const TCalibrationPlace& place);
 
     // Throws TToolError when a path that is written is also read, or written otherwise, under whatever name; when it
     // cannot be written; or when a file is there already and `overwrite` is not set.

@@ -46,6 +46,8 @@ CLI::Option* TVerb::Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFil
                 // A library's plain name is no path: it is looked for where the system's loader looks.
                 if (kind != TPathKind::Library || std::filesystem::path(path).has_parent_path())
                     plan.AddFile(name, use, path);
+                if (kind == TPathKind::Calibration)
+                    plan.AddProvenance(name, use, TCalibrationPlace(path));
             }
         };
     }

@@ -8,6 +8,7 @@ constexpr char kCorrection[] = "Which correction";
 constexpr char kFrames[] = "Frames";
 constexpr char kStack[] = "Many frames into one";
 constexpr char kHow[] = "How images are corrected";
+constexpr char kHotPixels[] = "Hot and dead pixels";
 constexpr char kCamera[] = "The simulated camera";
 constexpr char kOutput[] = "Output";
 constexpr char kPrinted[] = "What is printed";
@@ -27,24 +28,27 @@ const std::vector<TWord>& Vocabulary()
         {"--dark", "", kFrames, {}},
         {"--dark-exposure", "SECONDS", kFrames, {}},
         {"--dark-intensity", "PERCENT", kFrames, {}},
+        {"--bias", "", kFrames, {}},
         {"--against", "", kFrames, {}},
         {"--exposure", "SECONDS", kFrames, {}},
         {"--intensity", "PERCENT", kFrames, {}},
         {"--raw", "WxH[+OFFSET]", kFrames, {}},
 
-        {"--bias", "", kStack, {}},
         {"--reject", "METHOD", kStack, {"sigma", "winsor", "minmax:"}},
         {"--combine", "METHOD", kStack, {"average", "median"}},
+        {"--align-levels", "", kStack, {}},
         {"--stack-memory", "MIB", kStack, {}},
         {"--mixed", "", kStack, {}},
-        {"--sigma", "SIGMA", kStack, {}},
 
         {"--level", "PERCENT", kHow, {}},
         {"--region", "L,T,W,H", kHow, {}},
         {"--pedestal", "ADU", kHow, {}},
         {"--unfiltered", "", kHow, {}},
-        {"--repair-hot", "SIGMA", kHow, {}},
-        {"--hot-list", "", kHow, {}},
+
+        {"--repair-hot", "SIGMA", kHotPixels, {}},
+        {"--hot-list", "", kHotPixels, {}},
+        {"--sigma", "SIGMA", kHotPixels, {}},
+        {"--repair-noisy", "", kHotPixels, {}},
 
         {"--seed", "N", kCamera, {}},
         {"--width", "PIXELS", kCamera, {}},
@@ -72,6 +76,7 @@ const std::vector<TWord>& Vocabulary()
         {"--salvage", "", kOutput, {}},
         {"--overwrite", "", kOutput, {}},
         {"--force", "", kOutput, {}},
+        {"--no-provenance", "", kOutput, {}},
         {"--dry-run", "", kOutput, {}},
 
         {"--json", "", kPrinted, {}},

@@ -7,7 +7,7 @@ namespace workbench {
 
 namespace {
 
-constexpr unsigned kMost = 65535;
+constexpr unsigned kMostValue = 65535;
 
 // How many of `count` values are at most `bound`.
 std::size_t CountUpTo(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
@@ -24,12 +24,12 @@ std::size_t CountUpTo(const std::uint16_t* values, std::size_t count, std::uint1
     return total;
 }
 
-// The smallest of the values above `bound`; kMost when there is none.
+// The smallest of the values above `bound`; kMostValue when there is none.
 std::uint16_t LeastAbove(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
 {
-    std::uint16_t least = kMost;
+    std::uint16_t least = kMostValue;
     for (std::size_t i = 0; i < count; ++i) {
-        const std::uint16_t value = values[i] > bound ? values[i] : static_cast<std::uint16_t>(kMost);
+        const std::uint16_t value = values[i] > bound ? values[i] : static_cast<std::uint16_t>(kMostValue);
         least = std::min(least, value);
     }
     return least;
@@ -38,7 +38,7 @@ std::uint16_t LeastAbove(const std::uint16_t* values, std::size_t count, std::ui
 // Values from `lowest` up to `highest`, which hold the one that is looked for.
 struct TBracket {
     unsigned lowest = 0;
-    unsigned highest = kMost;
+    unsigned highest = kMostValue;
 };
 
 // A bracket around the value of that rank (from 0), a few times tried from `guess` on: the medians of neighbouring rows
@@ -63,7 +63,7 @@ TBracket BracketAround(unsigned guess, const std::uint16_t* values, std::size_t 
         return bracket;
     }
     bracket.lowest = guess + 1;
-    for (; bracket.lowest + step < kMost; step *= 4) {
+    for (; bracket.lowest + step < kMostValue; step *= 4) {
         const unsigned higher = bracket.lowest + step;
         if (isAtOrBelow(higher)) {
             bracket.highest = higher;
@@ -166,7 +166,7 @@ private:
         while (from + (1u << bits) <= *most + margin)
             ++bits;
         first = static_cast<std::uint16_t>(from);
-        if (from + (1u << bits) > kMost) {
+        if (from + (1u << bits) > kMostValue) {
             first = 0;
             bits = 16;
         }
@@ -202,7 +202,7 @@ private:
 
     std::uint16_t LeastAboveIn(std::size_t column, std::uint16_t bound) const
     {
-        std::uint16_t least = kMost;
+        std::uint16_t least = kMostValue;
         for (std::size_t row = 0; row < height; ++row) {
             const std::uint16_t value = block[row * kColumnsAtOnce + column];
             if (value > bound && value < least)
@@ -225,7 +225,7 @@ std::vector<double> RowMedians(const TImage& image)
     const auto height = static_cast<std::size_t>(image.size.height);
     std::vector<double> medians;
     medians.reserve(height);
-    unsigned guess = kMost / 2;
+    unsigned guess = kMostValue / 2;
     for (std::size_t row = 0; row < height; ++row) {
         medians.push_back(MedianOf(image.pixels.data() + row * width, width, guess));
         guess = static_cast<unsigned>(medians.back());

@@ -58,4 +58,12 @@ TImage TFrameSum::Average() const
     return average;
 }
 
+std::vector<float> TFrameSum::Mean() const
+{
+    std::vector<float> mean = sums;
+    for (float& value : mean)
+        value /= static_cast<float>(count);
+    return mean;
+}
+
 } // namespace workbench

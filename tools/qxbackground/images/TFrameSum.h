@@ -21,6 +21,8 @@ public:
     std::uint64_t Frames() const { return count; }
     // Of at least one frame.
     TImage Average() const;
+    // The same before it is rounded.
+    std::vector<float> Mean() const;
 
 private:
     TSize size;

@@ -139,9 +139,9 @@ bool TPngReader::NextPage()
              "; 16-bit grayscale is needed");
     if (bits != 16)
         Fail("has " + std::to_string(bits) + " bits per pixel; 16-bit grayscale is needed");
-    constexpr std::uint64_t kMostByDeflate = 1032;
+    constexpr std::uint64_t kMostInDeflate = 1032;
     SetSize(png_get_image_width(decoder->png, decoder->info), png_get_image_height(decoder->png, decoder->info),
-            decoder->file.Bytes() * kMostByDeflate);
+            decoder->file.Bytes() * kMostInDeflate);
     return true;
 }
 

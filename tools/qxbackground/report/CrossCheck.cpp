@@ -54,11 +54,6 @@ std::vector<TFitted> FitLines(const std::vector<TCorrectionFigures>& figures)
     return fits;
 }
 
-nlohmann::json Optional(const std::optional<double>& value)
-{
-    return value ? nlohmann::json(*value) : nlohmann::json();
-}
-
 nlohmann::json FitsJson(const std::vector<TFitted>& fits)
 {
     nlohmann::json json = nlohmann::json::array();
@@ -66,9 +61,9 @@ nlohmann::json FitsJson(const std::vector<TFitted>& fits)
         json.push_back({{"width", fit.size.width}, {"height", fit.size.height}, {"corrections", fit.members}});
         if (fit.line)
             json.back()["line"] = {{"offset", fit.line->offset},
-                                   {"offsetError", Optional(fit.line->offsetError)},
+                                   {"offsetError", OptionalJson(fit.line->offsetError)},
                                    {"slope", fit.line->slope},
-                                   {"slopeError", Optional(fit.line->slopeError)}};
+                                   {"slopeError", OptionalJson(fit.line->slopeError)}};
         else
             json.back()["line"] = nullptr;
     }

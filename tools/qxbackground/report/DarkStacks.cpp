@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "images/TImageReader.h"
+#include "report/Figures.h"
 #include "report/TDarkStack.h"
 
 #include <fmt/format.h>
@@ -16,11 +17,6 @@ namespace workbench {
 namespace {
 
 constexpr double kRoundingVariance = 1.0 / 12; // of whole ADU
-
-nlohmann::json Optional(const std::optional<double>& value)
-{
-    return value ? nlohmann::json(*value) : nlohmann::json();
-}
 
 nlohmann::json FigureJson(double value, double error)
 {
@@ -66,7 +62,7 @@ nlohmann::json StackJson(const TDarkStack& stack, double exposure)
                         {"drift", nullptr},
                         {"enough", nullptr}};
     if (const std::optional<TLineFit> drift = stack.Drift())
-        json["drift"] = {{"aduPerFrame", drift->slope}, {"error", Optional(drift->slopeError)}};
+        json["drift"] = {{"aduPerFrame", drift->slope}, {"error", OptionalJson(drift->slopeError)}};
     if (stack.Pairs() > 0) {
         const TFitPoint variance = stack.Variance(0);
         const double noise = std::sqrt(std::max(0.0, variance.y));

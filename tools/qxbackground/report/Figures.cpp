@@ -207,4 +207,9 @@ TResidual ResidualOf(const TImage& image, const std::uint16_t* background)
     return {mean, std::sqrt(std::max(0.0, static_cast<double>(squares) / n - mean * mean))};
 }
 
+nlohmann::json OptionalJson(const std::optional<double>& value)
+{
+    return value ? nlohmann::json(*value) : nlohmann::json();
+}
+
 } // namespace workbench

@@ -5,6 +5,7 @@
 #include "images/TImage.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
@@ -43,6 +44,9 @@ struct TResidual {
     double mean = 0, spread = 0; // ADU; the spread is a standard deviation
 };
 TResidual ResidualOf(const TImage& image, const std::uint16_t* background);
+
+// A figure, or null where there is none.
+nlohmann::json OptionalJson(const std::optional<double>& value);
 
 } // namespace workbench
 

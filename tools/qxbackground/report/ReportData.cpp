@@ -1,19 +1,15 @@
 #include "report/ReportData.h"
 
+#include "base/Clock.h"
 #include "base/TProgress.h"
 #include "calibration/SteadyRead.h"
 #include "report/CrossCheck.h"
 #include "report/DarkStacks.h"
 
-#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
-#include <cstring>
-#include <ctime>
 
 namespace workbench {
 
@@ -57,16 +53,6 @@ std::string Field(const std::string& text)
     return quoted + '"';
 }
 
-// The time, or what SOURCE_DATE_EPOCH says instead, so that the same command gives the same bytes.
-std::time_t Now()
-{
-    const char* const given = std::getenv("SOURCE_DATE_EPOCH");
-    if (given != nullptr && *given != '\0' && std::strspn(given, "0123456789") == std::strlen(given) &&
-        std::strlen(given) <= 11)
-        return static_cast<std::time_t>(std::strtoll(given, nullptr, 10));
-    return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-}
-
 } // namespace
 
 nlohmann::json MakeReport(const TContext& context, const TReportRequest& request)
@@ -74,7 +60,7 @@ nlohmann::json MakeReport(const TContext& context, const TReportRequest& request
     nlohmann::json report{{"format", "qxbackground-report"},
                           {"version", kShape},
                           {"tool", "qxbackground " + request.toolVersion},
-                          {"made", fmt::format("{:%Y-%m-%dT%H:%M:%SZ}", fmt::gmtime(Now()))},
+                          {"made", TimeText()},
                           {"thresholds", ThresholdsJson()},
                           {"darks", nullptr}};
     const auto take = [&] {

@@ -4,6 +4,7 @@
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "stacks/TFrameHeaders.h"
+#include "stacks/TFrameLevels.h"
 #include "stacks/TFrameShelf.h"
 #include "stacks/TFrameWatch.h"
 #include "stacks/TPixelCombiner.h"
@@ -11,6 +12,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
 
 namespace workbench {
@@ -71,6 +73,16 @@ struct TRejected {
     std::vector<std::uint64_t> bright; // of each frame: far above what was kept, as a cosmic ray is
 };
 
+std::uint16_t Rounded(double value)
+{
+    return static_cast<std::uint16_t>(std::clamp(std::floor(value + 0.5), 0.0, 65535.0));
+}
+
+std::uint16_t Shifted(std::uint16_t value, int shift)
+{
+    return shift == 0 ? value : static_cast<std::uint16_t>(std::clamp(value + shift, 0, 65535));
+}
+
 void RequireFrames(const TStackOptions& how, std::size_t frames, const std::string& what)
 {
     const std::size_t least = how.rejection == TRejection::MinMax ? 2 * std::size_t{how.extremes} + 1
@@ -81,13 +93,19 @@ void RequireFrames(const TStackOptions& how, std::size_t frames, const std::stri
                          std::to_string(frames));
 }
 
-TImage CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& how, double noise, TRejected& rejected)
+// `levels` holds none where frames stay at the levels they have.
+TFrameStack CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& how, double noise,
+                         const TFrameLevels& levels, TRejected& rejected)
 {
     constexpr std::size_t kTile = 64; // pixels whose values are gathered together: whole cache lines of every frame
     constexpr double kFarAbove = 5;   // in units of the noise
     const std::size_t frames = shelf.Frames();
     TPixelCombiner combiner(how, noise, frames);
-    TImage image{size, std::vector<std::uint16_t>(size.Pixels())};
+    TFrameStack stack{frames, {size, std::vector<std::uint16_t>(size.Pixels())}, {}, {}, {}, {}};
+    if (how.keepExact)
+        stack.exact.resize(size.Pixels());
+    const std::vector<int> shifts = how.alignLevels ? levels.Shifts() : std::vector<int>(frames);
+    const double rest = how.alignLevels ? levels.Rest() : 0;
     std::vector<std::uint16_t> tile(kTile * frames);
     TProgress progress("Combining frames", static_cast<std::uint64_t>(size.height));
     const int bandRows = shelf.RowsOfBand();
@@ -96,20 +114,23 @@ TImage CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& how, do
         const std::uint16_t* const band = shelf.Band(top, rows);
         const std::size_t distance = shelf.FrameDistance(rows);
         const std::size_t pixels = static_cast<std::size_t>(rows) * static_cast<std::size_t>(size.width);
-        std::uint16_t* const out =
-            image.pixels.data() + static_cast<std::size_t>(top) * static_cast<std::size_t>(size.width);
+        const std::size_t out = static_cast<std::size_t>(top) * static_cast<std::size_t>(size.width);
         for (std::size_t start = 0; start < pixels; start += kTile) {
             const std::size_t count = std::min(kTile, pixels - start);
             for (std::size_t frame = 0; frame < frames; ++frame) {
+                const std::uint16_t* const values = band + frame * distance + start;
                 for (std::size_t i = 0; i < count; ++i)
-                    tile[i * frames + frame] = band[frame * distance + start + i];
+                    tile[i * frames + frame] = Shifted(values[i], shifts[frame]);
             }
             for (std::size_t i = 0; i < count; ++i) {
                 const TPixelCombiner::TResult result = combiner.Combine(tile.data() + i * frames);
-                out[start + i] = result.value;
+                stack.average.pixels[out + start + i] = rest == 0 ? result.value : Rounded(result.exact + rest);
+                if (how.keepExact)
+                    stack.exact[out + start + i] = static_cast<float>(result.exact + rest);
                 rejected.values += result.rejected;
                 for (std::size_t frame = 0; result.rejected > 0 && frame < frames; ++frame) {
-                    if (band[frame * distance + start + i] > result.highest + kFarAbove * std::max(noise, 1.0))
+                    if (band[frame * distance + start + i] + shifts[frame] >
+                        result.highest + kFarAbove * std::max(noise, 1.0))
                         ++rejected.bright[frame];
                 }
             }
@@ -118,7 +139,7 @@ TImage CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& how, do
         }
         progress.Reach(static_cast<std::uint64_t>(top + rows));
     }
-    return image;
+    return stack;
 }
 
 std::vector<std::string> Notes(const TStackOptions& how, const TRejected& rejected, const TFrameWatch& watch,
@@ -144,13 +165,15 @@ std::vector<std::string> Notes(const TStackOptions& how, const TRejected& reject
 } // namespace
 
 TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOptions& options, const TStackOptions& how,
-                          const std::string& what)
+                          const std::string& what, TDarkNoise* darkNoise)
 {
     TFrameWatch watch;
     TFrameHeaders headers(how.headers);
     const auto look = [&](const TPage& page) {
         headers.Add(paths[page.file], page.number, page.metadata);
         watch.Add(paths[page.file], page.number, page.image);
+        if (darkNoise != nullptr)
+            darkNoise->Add(page.image);
     };
     const auto tell = [&](TFrameStack& stack) {
         stack.warnings = headers.Warnings(what);
@@ -159,12 +182,13 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
         stack.shot = headers.Common();
     };
     if (how.IsPlain()) {
-        TFrameStack stack = ReadFrames(paths, options, look, what);
+        TFrameStack stack = ReadFrames(paths, options, look, what, how.keepExact);
         tell(stack);
         return stack;
     }
     std::optional<TFrameShelf> shelf;
     TNoise noise;
+    TFrameLevels levels;
     TSize size;
     EachFrame(paths, options, what, [&](TPage& page) {
         if (!shelf) {
@@ -173,12 +197,20 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
         }
         look(page);
         noise.Add(page.image);
+        if (how.alignLevels)
+            levels.Add(page.image);
         shelf->Put(page.image);
     });
     RequireFrames(how, shelf->Frames(), what);
     TRejected rejected(shelf->Frames());
-    TFrameStack stack{shelf->Frames(), CombineShelf(*shelf, size, how, noise.Adu(), rejected), {}, {}, {}};
+    TFrameStack stack = CombineShelf(*shelf, size, how, noise.Adu(), levels, rejected);
     stack.notes = Notes(how, rejected, watch, size);
+    if (how.alignLevels) {
+        const std::vector<int> shifts = levels.Shifts();
+        const auto [least, most] = std::minmax_element(shifts.begin(), shifts.end());
+        stack.notes.push_back(
+            fmt::format("Brought to the level of the middle one: {} by {:+} to {:+} ADU", what, *least, *most));
+    }
     tell(stack);
     return stack;
 }

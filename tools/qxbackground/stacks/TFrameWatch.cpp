@@ -22,14 +22,13 @@ double MedianOf(std::vector<double> values)
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
 
-// Of 10, 12, 14 and 16 bits, in the low bits or in the high ones.
+} // namespace
+
 bool IsHighest(std::uint16_t value)
 {
     static const std::uint16_t kHighest[] = {1023, 4095, 16383, 65535, 1023 << 6, 4095 << 4, 16383 << 2};
     return std::find(std::begin(kHighest), std::end(kHighest), value) != std::end(kHighest);
 }
-
-} // namespace
 
 std::string FirstOf(const std::vector<std::string>& names)
 {

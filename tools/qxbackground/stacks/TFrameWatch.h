@@ -35,6 +35,9 @@ private:
     std::vector<std::uint16_t> sample;
 };
 
+// Whether a value is the highest that 10, 12, 14 or 16 bits can hold, in the low bits or in the high ones.
+bool IsHighest(std::uint16_t value);
+
 // "a, b, c and 7 more": the first few of `names`.
 std::string FirstOf(const std::vector<std::string>& names);
 

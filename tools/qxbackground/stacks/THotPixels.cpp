@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 #include <utility>
 
@@ -41,9 +43,18 @@ std::size_t IndexOf(TSize size, const THotPixels::TPixel& pixel)
     return static_cast<std::size_t>(pixel.y) * static_cast<std::size_t>(size.width) + static_cast<std::size_t>(pixel.x);
 }
 
+// A side of an image in parts of about 64 pixels. Where a glow brightens a corner, its pixels differ more from one
+// another than those elsewhere, and what stands out there is to be told by what is usual there.
+struct TParts {
+    explicit TParts(int length) : all(length), count(std::max((length + 32) / 64, 1)) {}
+    int Begin(int part) const { return static_cast<int>(static_cast<std::int64_t>(all) * part / count); }
+
+    const int all, count;
+};
+
 } // namespace
 
-THotPixels THotPixels::Find(const TImage& dark, double sigma)
+THotPixels THotPixels::Find(const TImage& dark, double sigma, bool subtractedAsTheyAre)
 {
     THotPixels found;
     found.size = dark.size;
@@ -58,19 +69,36 @@ THotPixels THotPixels::Find(const TImage& dark, double sigma)
                 twiceAbove[index] = 2 * dark.pixels[index] - TwiceMedian(around);
         }
     }
-    std::vector<int> distances = twiceAbove;
-    for (int& distance : distances)
-        distance = std::abs(distance);
-    const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
-    std::nth_element(distances.begin(), middle, distances.end());
-    const double most = sigma * std::max(1.4826 * *middle, 2.0); // of twice the distance: no less than 1 ADU
-    for (int y = 0; y < dark.size.height; ++y) {
-        for (int x = 0; x < dark.size.width; ++x) {
-            const int distance = twiceAbove[IndexOf(dark.size, {x, y})];
-            if (std::abs(distance) > most)
-                found.pixels.push_back({x, y, distance < 0});
+    std::vector<int> distances;
+    // Of twice the distances of a part: no less than 2.
+    const auto spread = [&](int left, int top, int right, int bottom) {
+        distances.clear();
+        for (int y = top; y < bottom; ++y) {
+            const auto row = twiceAbove.begin() + static_cast<std::ptrdiff_t>(IndexOf(dark.size, {0, y}));
+            std::transform(row + left, row + right, std::back_inserter(distances),
+                           [](int above) { return std::abs(above); });
+        }
+        const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
+        std::nth_element(distances.begin(), middle, distances.end());
+        return std::max(1.4826 * *middle, 2.0);
+    };
+    const double ofAll = subtractedAsTheyAre ? HUGE_VAL : spread(0, 0, dark.size.width, dark.size.height);
+    const TParts columns(dark.size.width), rows(dark.size.height);
+    for (int part = 0; part < rows.count * columns.count; ++part) {
+        const int top = rows.Begin(part / columns.count), bottom = rows.Begin(part / columns.count + 1);
+        const int left = columns.Begin(part % columns.count), right = columns.Begin(part % columns.count + 1);
+        const double most = sigma * std::min(spread(left, top, right, bottom), ofAll);
+        for (int y = top; y < bottom; ++y) {
+            for (int x = left; x < right; ++x) {
+                const int above = twiceAbove[IndexOf(dark.size, {x, y})];
+                if (std::abs(above) > most)
+                    found.pixels.push_back({x, y, above < 0});
+            }
         }
     }
+    std::sort(found.pixels.begin(), found.pixels.end(), [&dark](const TPixel& one, const TPixel& other) {
+        return IndexOf(dark.size, one) < IndexOf(dark.size, other);
+    });
     return found;
 }
 
@@ -155,13 +183,15 @@ std::vector<bool> THotPixels::Bad() const
     return bad;
 }
 
-void THotPixels::Repair(TImage& image) const
+void THotPixels::Repair(TImage& image, bool onlyDead) const
 {
     constexpr std::size_t kEnough = 3;
     constexpr int kWidest = 16;
     const std::vector<bool> bad = Bad();
     std::vector<std::uint16_t> good;
     for (const TPixel& pixel : pixels) {
+        if (onlyDead && !pixel.dead)
+            continue;
         for (int radius = 1; radius <= kWidest; ++radius) {
             good.clear();
             ForNeighbours(size, pixel.x, pixel.y, radius, [&](std::size_t i) {

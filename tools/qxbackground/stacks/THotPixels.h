@@ -19,8 +19,10 @@ public:
     };
 
     // In the average of dark frames: those that lie further from the median of their neighbours than `sigma` times the
-    // spread that all pixels have around theirs.
-    static THotPixels Find(const TImage& dark, double sigma);
+    // spread that the pixels of that part of the frame have around theirs; or that all pixels have, where it is less
+    // and the dark frames are not `subtractedAsTheyAre`: then what a pixel differs by stays in the images, in a glow as
+    // well.
+    static THotPixels Find(const TImage& dark, double sigma, bool subtractedAsTheyAre = false);
     // A list as Text writes it, which may have been edited: "size WIDTH HEIGHT", then "X Y hot" or "X Y dead", one
     // pixel in a line; what stands behind # is a comment. Throws TToolError naming the line that makes no sense.
     static THotPixels Read(const std::string& path);
@@ -28,9 +30,9 @@ public:
 
     // Those in a part of the frames, counted from its corner.
     THotPixels Cut(int left, int top, TSize part) const;
-    // Replaces each by the median of its neighbours that are not in the list: those around it, or where fewer than
-    // three of them are good, of a wider square.
-    void Repair(TImage& image) const;
+    // Replaces each, or each dead one, by the median of its neighbours that are not in the list: those around it, or
+    // where fewer than three of them are good, of a wider square.
+    void Repair(TImage& image, bool onlyDead = false) const;
 
     TSize Size() const { return size; }
     const std::vector<TPixel>& Pixels() const { return pixels; }

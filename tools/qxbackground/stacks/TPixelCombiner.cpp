@@ -95,12 +95,14 @@ TPixelCombiner::TResult TPixelCombiner::Combine(std::uint16_t* values)
     result.highest = values[kept.end - 1];
     result.rejected = static_cast<unsigned>(frames - kept.Count());
     if (options.combination == TCombination::Median) {
-        result.value = static_cast<std::uint16_t>(std::floor(MedianOf(values, kept.begin, kept.end) + 0.5));
+        result.exact = MedianOf(values, kept.begin, kept.end);
+        result.value = static_cast<std::uint16_t>(std::floor(result.exact + 0.5));
         return result;
     }
     std::uint64_t sum = 0;
     for (std::size_t i = kept.begin; i < kept.end; ++i)
         sum += values[i];
+    result.exact = static_cast<double>(sum) / static_cast<double>(kept.Count());
     result.value = static_cast<std::uint16_t>((2 * sum + kept.Count()) / (2 * kept.Count()));
     return result;
 }

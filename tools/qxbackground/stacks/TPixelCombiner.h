@@ -20,6 +20,7 @@ class TPixelCombiner {
 public:
     struct TResult {
         std::uint16_t value = 0;
+        double exact = 0;                      // before it was rounded
         std::uint16_t lowest = 0, highest = 0; // of what was kept
         unsigned rejected = 0;
     };

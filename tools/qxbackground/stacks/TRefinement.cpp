@@ -22,6 +22,8 @@ TRefinement TRefinement::Cut(int left, int top, TSize part) const
     TRefinement cut = *this;
     if (!hotPixels.Pixels().empty())
         cut.hotPixels = hotPixels.Cut(left, top, part);
+    if (noisyPixels.Size().width > 0)
+        cut.noisyPixels = noisyPixels.Cut(left, top, part);
     if (!bias.pixels.empty() && bias.size != part) {
         cut.bias = {part, {}};
         for (int row = 0; row < part.height; ++row) {
@@ -50,8 +52,11 @@ void TRefinement::After(TImage& image) const
 {
     for (const auto& [pixel, excess] : overflow)
         image.pixels[pixel] = static_cast<std::uint16_t>(std::min(image.pixels[pixel] + excess, kHighest));
+    const bool evensNoise = noisyPixels.Size().width > 0;
+    if (evensNoise)
+        noisyPixels.Repair(image, pedestal);
     if (!hotPixels.Pixels().empty())
-        hotPixels.Repair(image);
+        hotPixels.Repair(image, evensNoise);
 }
 
 std::vector<std::string> TRefinement::Notes() const
@@ -63,8 +68,12 @@ std::vector<std::string> TRefinement::Notes() const
         notes.push_back("Dark frames subtracted as they are, without the median filter");
     if (pedestal > 0)
         notes.push_back(fmt::format("Pedestal added: {} ADU", pedestal));
+    const bool evensNoise = noisyPixels.Size().width > 0;
+    if (evensNoise)
+        notes.push_back("Noise of dark current beyond the usual evened out by neighbours: " + noisyPixels.Counts());
     if (hotPixels.Size().width > 0)
-        notes.push_back("Replaced by the median of their good neighbours: " + hotPixels.Counts());
+        notes.push_back(evensNoise ? "Among them, or replaced where dead: " + hotPixels.Counts()
+                                   : "Replaced by the median of their good neighbours: " + hotPixels.Counts());
     return notes;
 }
 
@@ -87,16 +96,17 @@ void TRefinement::RecordIn(TPageMetadata& metadata) const
         record.push_back(fmt::format("{:<80.80}", "HISTORY " + note));
 }
 
-std::vector<int> RestOf(const TImage& dark, int left, int top, double scale, const TImage& background)
+std::vector<int> RestOf(const TExactDark& exact, int left, int top, double scale, const TImage& background)
 {
     std::vector<int> rest;
     rest.reserve(background.pixels.size());
     for (int row = 0; row < background.size.height; ++row) {
-        const std::uint16_t* const line =
-            dark.pixels.data() + static_cast<std::size_t>(top + row) * static_cast<std::size_t>(dark.size.width) + left;
-        for (int column = 0; column < background.size.width; ++column) {
-            const double scaled = std::min(line[column] * scale, 65535.0);
-            rest.push_back(static_cast<int>(std::lround(scaled)) - background.pixels[rest.size()]);
+        std::size_t from = static_cast<std::size_t>(top + row) * static_cast<std::size_t>(exact.size.width) +
+                           static_cast<std::size_t>(left);
+        for (int column = 0; column < background.size.width; ++column, ++from) {
+            const double scaled = std::min(exact.dark[from] * scale, 65535.0);
+            const double all = exact.biasRest.empty() ? scaled : scaled + exact.biasRest[from];
+            rest.push_back(static_cast<int>(std::floor(all + 0.5)) - background.pixels[rest.size()]);
         }
     }
     return rest;

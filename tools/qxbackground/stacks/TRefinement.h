@@ -4,6 +4,7 @@
 #include "images/TImage.h"
 #include "images/TPageMetadata.h"
 #include "stacks/THotPixels.h"
+#include "stacks/TNoisyPixels.h"
 
 #include <cstdint>
 #include <string>
@@ -21,6 +22,7 @@ public:
     TImage bias;                      // of no size: none
     std::uint64_t biasFrames = 0;     // that it is the average of
     THotPixels hotPixels;             // of no size: none
+    TNoisyPixels noisyPixels;         // of no size: none
     std::vector<int> rest;            // of each pixel, ADU: subtracted besides what the library subtracts; empty: none
     std::vector<std::string> history; // further lines for the image
 
@@ -39,9 +41,16 @@ private:
     std::vector<std::pair<std::size_t, int>> overflow; // which pixel, by how much
 };
 
-// What the median filter takes out of a correction: the part of the unfiltered average of dark frames that begins at
-// `left`, `top`, scaled, less the `background` that the library subtracts there.
-std::vector<int> RestOf(const TImage& dark, int left, int top, double scale, const TImage& background);
+// Dark frames to be subtracted as they are, before anything was rounded: the bias is taken off `dark`, and `biasRest`
+// is what rounding has kept from the bias that is subtracted from the images; empty: there is none.
+struct TExactDark {
+    TSize size; // of none: dark frames are subtracted as the library has them
+    std::vector<float> dark, biasRest;
+};
+
+// What the library's median filter and whole numbers leave: the part of `exact` that begins at `left`, `top`, scaled,
+// less the `background` that the library subtracts there.
+std::vector<int> RestOf(const TExactDark& exact, int left, int top, double scale, const TImage& background);
 
 // Of the average of dark frames; below zero becomes zero.
 void SubtractBias(TImage& dark, const TImage& bias);

@@ -8,20 +8,30 @@
 
 namespace workbench {
 
-std::string TStackOptions::Text() const
+std::string TStackOptions::CombinationText() const
 {
-    const std::string combined = combination == TCombination::Median ? "median" : "average";
+    return std::string(combination == TCombination::Median ? "median" : "average") +
+           (alignLevels ? " of one level" : "");
+}
+
+std::string TStackOptions::RejectionText() const
+{
     switch (rejection) {
     case TRejection::None:
-        return combined;
+        break;
     case TRejection::Sigma:
-        return fmt::format("{}, rejecting by sigma:{:g},{:g}", combined, low, high);
+        return fmt::format("sigma:{:g},{:g}", low, high);
     case TRejection::Winsor:
-        return fmt::format("{}, rejecting by winsor:{:g},{:g}", combined, low, high);
+        return fmt::format("winsor:{:g},{:g}", low, high);
     case TRejection::MinMax:
-        return fmt::format("{}, rejecting by minmax:{}", combined, extremes);
+        return fmt::format("minmax:{}", extremes);
     }
-    return combined;
+    return "none";
+}
+
+std::string TStackOptions::Text() const
+{
+    return CombinationText() + (rejection == TRejection::None ? "" : ", rejecting by " + RejectionText());
 }
 
 void SetRejection(TStackOptions& options, const std::string& text)

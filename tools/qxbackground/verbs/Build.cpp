@@ -6,6 +6,8 @@
 #include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
+#include "verbs/TBuildProvenance.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -23,6 +25,7 @@ struct TBuildOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -34,6 +37,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     if (before.exists)
         LoadWhole(object, options.file);
     TConditions conditions = options.conditions;
+    TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
     TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
@@ -44,11 +48,13 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     const std::vector<std::string> doubts =
         HotterThanLonger(options.file, WalkCalibrationFile(options.file).corrections, options.key);
     stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(options.file), options.key, stack);
     if (options.json) {
         nlohmann::json json = DarksJson(stack, options.darks, conditions);
         json["file"] = options.file;
         json["key"] = options.key;
         json["corrections"] = object.Count();
+        provenance.AddTo(json);
         std::cout << JsonText(json);
         return;
     }
@@ -57,6 +63,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
               << "): " << options.file << " holds " << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Print();
 }
 
 } // namespace
@@ -73,6 +80,7 @@ void AddBuildVerb(TVerb& app, const TContext& context)
     AddInputOptions(verb, options->input);
     AddDarkOptions(verb, options->darks);
     AddBiasOption(verb, options->darks.bias);
+    AddProvenanceOption(verb, options->noProvenance);
     AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
     AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunBuild(context, *options); });

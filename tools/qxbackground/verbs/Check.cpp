@@ -8,6 +8,7 @@
 #include "calibration/TCalibrationWalk.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceCheck.h"
 #include "verbs/Verbs.h"
 
 #include "file/CalibrationFormat.h"
@@ -25,6 +26,7 @@ namespace {
 
 struct TCheckOptions {
     std::vector<std::string> files;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -83,10 +85,18 @@ void RunCheck(TContext& context, const TCheckOptions& options)
         const TCalibrationWalk walk = CheckedWalk(context, file);
         if (!walk.Whole())
             context.status = kSomeFailed;
-        if (options.json)
+        TProvenanceCheck provenance;
+        if (!options.noProvenance && walk.structureVersion != 0)
+            provenance = CheckProvenance(file, walk);
+        if (provenance.FoundDifference())
+            context.status = kSomeFailed;
+        if (options.json) {
             files.push_back(CheckJson(file, walk));
-        else
+            files.back()["provenance"] = provenance.Json();
+        } else {
             PrintCheck(file, walk);
+            provenance.Print();
+        }
     }
     if (options.json)
         std::cout << JsonText({{"files", files}});
@@ -96,11 +106,15 @@ void RunCheck(TContext& context, const TCheckOptions& options)
 
 void AddCheckVerb(TVerb& app, TContext& context)
 {
-    TVerb& verb = app.AddVerb("check", "Check every record of calibration files");
+    TVerb& verb = app.AddVerb("check", "Check every record of calibration files, and what is recorded beside them");
     const auto options = std::make_shared<TCheckOptions>();
     verb.Reads(TPathKind::Calibration, verb.add_option("files", options->files, "Calibration files")->required());
+    verb.add_flag("--no-provenance", options->noProvenance,
+                  "Do not compare them with FILE.json (of a group file: BASE.json), which says what corrections were "
+                  "built from, nor with the frames that it names");
     AddJsonOption(verb, options->json);
-    verb.AddNote("Exit status: 0 all load whole, 1 some do not, 2 one cannot be read at all.");
+    verb.AddNote("Exit status: 0 all load whole and nothing differs from what is recorded, 1 not so, 2 one cannot be "
+                 "read at all.");
     verb.Run([&context, options] { RunCheck(context, *options); });
 }
 

@@ -1,4 +1,5 @@
 // qxbackground correct: dark frames in, corrected images out, nothing kept.
+#include "base/TToolError.h"
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "verbs/CorrectionRun.h"
@@ -6,6 +7,8 @@
 #include "verbs/Verbs.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace workbench {
@@ -18,9 +21,24 @@ struct TCorrectVerbOptions {
     TDarkOptions darks;
     TConditions darkConditions;
     bool unfiltered = false;
+    bool repairsNoisy = false;
     std::string hotSigma; // as it was given; empty: hot pixels stay
     TCorrectOptions correct;
 };
+
+void KnowNoise(const TDarkNoise& noise, const TFrameStack& stack, TCorrectionSetup& setup)
+{
+    constexpr std::uint64_t kFewest = 4;
+    if (stack.frames < kFewest)
+        throw TToolError("--repair-noisy: needs " + std::to_string(kFewest) + " dark frames or more, not " +
+                         std::to_string(stack.frames) + "; their differences tell how noisy a pixel is");
+    if (const std::optional<TNoiseLaw> law = noise.Law())
+        setup.refinement.noisyPixels = TNoisyPixels(stack.Size(), stack.exact, *law, noise.Measured(), stack.frames);
+    else
+        setup.warnings.push_back(
+            "--repair-noisy did nothing: the dark frames' noise does not grow with their level, as "
+            "that of dark current does");
+}
 
 void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
@@ -29,17 +47,24 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
     TConditions darkConditions = options.darkConditions;
     TShot darks;
     const std::string what = [&] {
+        TDarkOptions darkOptions = options.darks;
+        darkOptions.stack.keepExact = options.unfiltered;
+        TDarkNoise noise;
         // Freed once the correction is built.
-        TFrameStack stack = ReadDarks(options.darks, options.correct.input, "--dark-exposure", darkConditions);
+        TFrameStack stack = ReadDarks(darkOptions, options.correct.input, "--dark-exposure", darkConditions,
+                                      options.repairsNoisy ? &noise : nullptr);
         darks = stack.shot;
         darks.exposureSeconds.reset();
-        setup = ReadSetup(options.correct, stack.Size());
+        setup = ReadSetup(options.correct, stack.Size(), options.unfiltered);
         WarnOfOtherCamera(darks, setup.bias, setup.warnings);
-        if (!options.correct.bias.empty())
+        if (!options.correct.bias.empty()) {
+            for (std::size_t i = 0; i < stack.exact.size(); ++i)
+                stack.exact[i] -= static_cast<float>(setup.refinement.bias.pixels[i]) + setup.unfiltered.biasRest[i];
             SubtractBias(stack.average, setup.refinement.bias);
+        }
         TRefinement& refinement = setup.refinement;
         if (!options.hotSigma.empty()) {
-            refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma));
+            refinement.hotPixels = THotPixels::Find(stack.average, std::stod(options.hotSigma), options.unfiltered);
             WarnOfManyHotPixels(refinement.hotPixels, setup.warnings);
         }
         if (!options.darks.stack.IsPlain())
@@ -49,8 +74,12 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
                        static_cast<float>(darkConditions.exposureSeconds),
                        static_cast<float>(darkConditions.lightIntensityPercent));
         });
-        if (options.unfiltered)
-            setup.unfilteredDark = std::move(stack.average);
+        if (options.repairsNoisy)
+            KnowNoise(noise, stack, setup);
+        if (options.unfiltered) {
+            setup.unfiltered.size = stack.Size();
+            setup.unfiltered.dark = std::move(stack.exact);
+        }
         setup.notes.insert(setup.notes.begin(), stack.notes.begin(), stack.notes.end());
         setup.warnings.insert(setup.warnings.begin(), stack.warnings.begin(), stack.warnings.end());
         return DarksText(stack, options.darks) + " (" + darkConditions.Text() + ")";
@@ -87,6 +116,12 @@ void AddCorrectVerb(TVerb& app, TContext& context)
     verb.add_flag("--unfiltered", options->unfiltered,
                   "Subtract the dark frames as they are, pixel by pixel. Without it the library's 3 x 3 median filter "
                   "smooths them, which is less noisy but leaves what differs from pixel to pixel in the image");
+    verb.add_flag(
+            "--repair-noisy", options->repairsNoisy,
+            "Where dark current makes pixels noisier than most, hot ones or those in a glow, let their neighbours "
+            "even that out, as far as they foretell one another: stars and edges stay. Wants --unfiltered and 4 "
+            "dark frames or more")
+        ->needs(verb.get_option("--unfiltered"));
     AddCorrectOptions(verb, options->correct);
     repair->excludes(verb.get_option("--hot-list"));
     verb.AddNote(kSomeFailedHelp);

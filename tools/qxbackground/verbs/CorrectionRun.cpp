@@ -31,7 +31,7 @@ std::vector<int> RestFor(const TTurn& turn, const TCorrectOptions& options, cons
                          const TImage& background)
 {
     const TBackgroundCorrection::TRegion region = turn.object->Region();
-    return RestOf(setup.unfilteredDark, region.left, region.top, turn.factor * options.levelPercent / 100, background);
+    return RestOf(setup.unfiltered, region.left, region.top, turn.factor * options.levelPercent / 100, background);
 }
 
 // A run, once the correction is ready. Pages are read, measured as they come, and corrected on the thread of the page
@@ -85,7 +85,7 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
         Activate(next, options);
     else
         SetExposure(next, options);
-    const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
+    const bool isUnfiltered = setup.unfiltered.size.width > 0;
     if (page.before || isUnfiltered) {
         TImage background;
         Call(next.what, [&] { background = ScaledBackground(*next.object); });
@@ -94,6 +94,8 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
         if (isUnfiltered)
             refinement.rest = RestFor(next, options, setup, background);
     }
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(next.factor, options.levelPercent / 100.0, refinement.hotPixels);
     turn = &next;
 }
 
@@ -271,7 +273,7 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
     for (const std::string& warning : plan.Warnings())
         report.warnings.push_back(warning);
     TImage background;
-    const bool isUnfiltered = !setup.unfilteredDark.pixels.empty();
+    const bool isUnfiltered = setup.unfiltered.size.width > 0;
     if (options.noStatistics && options.picture.empty() && !isUnfiltered) {
         Call(what, [&] {
             const TBackgroundCorrection::TRegion region = object.Region();
@@ -291,6 +293,8 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
         if (isUnfiltered)
             refinement.rest = RestFor(first, options, setup, background);
     });
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(first.factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
     TCorrectionRun run(plan, options, report, refinement, setup);

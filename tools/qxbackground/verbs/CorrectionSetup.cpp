@@ -30,12 +30,15 @@ TSize SizeOf(const QX_KRLSDK::TBackgroundCorrection& object)
     return {region.width, region.height};
 }
 
-TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size)
+TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size, bool unfiltered)
 {
     TCorrectionSetup setup;
     setup.refinement.pedestal = options.pedestal;
     if (!options.bias.empty()) {
-        TFrameStack bias = ReadBias(options.bias, options.input, size);
+        TFrameStack bias = ReadBias(options.bias, options.input, size, unfiltered);
+        for (std::size_t i = 0; i < bias.exact.size(); ++i)
+            bias.exact[i] -= bias.average.pixels[i];
+        setup.unfiltered.biasRest = std::move(bias.exact);
         setup.refinement.bias = std::move(bias.average);
         setup.refinement.biasFrames = bias.frames;
         setup.warnings = bias.warnings;

@@ -15,14 +15,15 @@ namespace workbench {
 // What is known before the run: what else is done to the images, and what is to be told with what the run has to say.
 struct TCorrectionSetup {
     TRefinement refinement; // for whole frames
-    TImage unfilteredDark;  // to be subtracted as it is, without the library's median filter; of no size: not so
+    TExactDark unfiltered;  // of no size: the library's median filter stays
     TShot bias;             // how the bias frames were taken
     std::vector<std::string> notes, warnings;
 };
 
 // Reads the bias frames and the list of hot pixels that the options name. Throws TToolError when they are not of this
 // size, which the dark frames have.
-TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size);
+// `unfiltered`: the bias is wanted before it is rounded, too.
+TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size, bool unfiltered = false);
 
 // The size of the active correction; before a region is set.
 TSize SizeOf(const QX_KRLSDK::TBackgroundCorrection& object);

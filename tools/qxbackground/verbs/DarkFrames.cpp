@@ -15,7 +15,7 @@ namespace workbench {
 
 const char* const kHotSigmaHelp =
     "How far a pixel must lie from the median of its neighbours to be called hot or dead, "
-    "in units of the spread that all pixels have around theirs";
+    "in units of the spread that all pixels, or those of that part of the frame, have around theirs";
 
 void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 {
@@ -34,9 +34,14 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
             stack.combination = text == "median" ? TCombination::Median : TCombination::Average;
         },
         "How a pixel's values in all frames become one: average (default) or median");
+    verb.add_flag(
+        "--align-levels", stack.alignLevels,
+        "Before dark frames are combined, bring each to the level of the middle one: for a camera whose level "
+        "drifts while they are taken");
     verb.add_option_function<unsigned>(
             "--stack-memory", [&stack](const unsigned& megabytes) { stack.memory = std::size_t{megabytes} << 20; },
-            "Memory for frames that are looked at together, with --reject and --combine, in MiB. A longer stack waits "
+            "Memory for frames that are looked at together, with --reject, --combine and --align-levels, in MiB. A "
+            "longer stack waits "
             "in a temporary file meanwhile (default: 128)")
         ->check(BetweenWhole(1, 1 << 20));
     verb.add_flag("--mixed", stack.headers.mayDiffer,
@@ -52,13 +57,14 @@ void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>&
                            difference.one + ", the bias frames with " + difference.other);
 }
 
-TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise)
 {
-    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames");
+    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames", noise);
     if (!options.bias.empty()) {
         const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
         SubtractBias(stack.average, bias.average);
         WarnOfOtherCamera(stack.shot, bias.shot, stack.warnings);
+        stack.biasFrames = bias.frames;
         stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
         stack.notes.push_back("Bias subtracted from the dark frames: the average of " +
                               Counted(bias.frames, "bias frame"));
@@ -67,12 +73,12 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input)
 }
 
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, const std::string& exposureOption,
-                      TConditions& conditions)
+                      TConditions& conditions, TDarkNoise* noise)
 {
     TDarkOptions asking = options;
     asking.stack.headers.exposureOption = exposureOption;
     asking.stack.headers.exposureSeconds = conditions.exposureSeconds;
-    TFrameStack stack = ReadDarks(asking, input);
+    TFrameStack stack = ReadDarks(asking, input, noise);
     if (conditions.exposureSeconds > 0)
         return stack;
     if (!stack.shot.exposureSeconds)
@@ -82,11 +88,12 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, c
     return stack;
 }
 
-TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size)
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size, bool keepExact)
 {
-    TStackOptions average;
-    average.headers.mayDiffer = true; // their exposures do not matter, and all else is told
-    TFrameStack bias = CombineFrames(files, input, average, "bias frames");
+    TStackOptions plain;
+    plain.keepExact = keepExact;
+    plain.headers.mayDiffer = true; // their exposures do not matter, and all else is told
+    TFrameStack bias = CombineFrames(files, input, plain, "bias frames");
     if (bias.Size() != size)
         throw TToolError(files.front(),
                          "the bias frames are " + bias.Size().Text() + " pixels, the dark frames " + size.Text());

@@ -3,6 +3,7 @@
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -17,6 +18,7 @@ namespace {
 struct TDeleteOptions {
     std::string file;
     std::string key;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -27,12 +29,16 @@ void RunDelete(const TContext& context, const TDeleteOptions& options)
     LoadWhole(object, options.file);
     Call(options.file, [&] { object.Delete(options.key); });
     SaveReplacing(object, options.file, before);
+    const TProvenanceOutcome provenance = DropProvenance(TCalibrationPlace(options.file), {}, options.noProvenance);
     if (options.json) {
-        std::cout << JsonText({{"file", options.file}, {"deleted", options.key}, {"corrections", object.Count()}});
+        nlohmann::json json{{"file", options.file}, {"deleted", options.key}, {"corrections", object.Count()}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Deleted '" << Printable(options.key) << "': " << options.file << " holds "
               << Counted(object.Count(), "correction") << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -43,6 +49,7 @@ void AddDeleteVerb(TVerb& app, const TContext& context)
     const auto options = std::make_shared<TDeleteOptions>();
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     AddKeyOption(verb, options->key)->required();
+    AddProvenanceOption(verb, options->noProvenance);
     AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunDelete(context, *options); });
 }

@@ -3,6 +3,7 @@
 #include "calibration/CalibrationFile.h"
 #include "calibration/Salvage.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -19,8 +20,21 @@ struct TImportOptions {
     std::string source;
     bool overwrite = false;
     bool salvage = false;
+    bool noProvenance = false;
     bool json = false;
 };
+
+// A damaged group file may be the source of what is salvaged.
+TCalibrationPlace SourceOf(const std::string& path)
+{
+    try {
+        if (!WalkCalibrationFile(path).groupingNames.empty())
+            return TCalibrationPlace(FindStore(path, {}));
+    } catch (const TToolError&) {
+        // a group file that lost its name, or the names in it
+    }
+    return TCalibrationPlace(path);
+}
 
 void RunImport(const TContext& context, const TImportOptions& options)
 {
@@ -36,16 +50,22 @@ void RunImport(const TContext& context, const TImportOptions& options)
     else
         LoadWhole(source, options.source);
     const unsigned int had = destination.Count();
+    const std::vector<std::string> copied = CopiedKeys(source, destination, options.overwrite);
     Call(options.source, [&] { destination.Import(source, options.overwrite); });
     SaveReplacing(destination, options.destination, before);
+    const TProvenanceOutcome provenance =
+        CopyProvenance(SourceOf(options.source), TCalibrationPlace(options.destination), copied, TCopyInto::Among,
+                       options.noProvenance);
     const unsigned int added = destination.Count() - had;
     const unsigned int present = source.Count() - added;
     if (options.json) {
-        std::cout << JsonText({{"file", options.destination},
-                               {"source", options.source},
-                               {"added", added},
-                               {options.overwrite ? "overwritten" : "kept", present},
-                               {"lost", salvaged.losses}});
+        nlohmann::json json{{"file", options.destination},
+                            {"source", options.source},
+                            {"added", added},
+                            {options.overwrite ? "overwritten" : "kept", present},
+                            {"lost", salvaged.losses}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Imported into " << options.destination << ": " << added << " added, " << present
@@ -54,6 +74,7 @@ void RunImport(const TContext& context, const TImportOptions& options)
         std::cout << "Nothing was lost: " << options.source << " loads whole.\n";
     for (const std::string& loss : salvaged.losses)
         std::cout << "Damaged or lost in " << options.source << ": " << loss << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -69,6 +90,7 @@ void AddImportVerb(TVerb& app, const TContext& context)
     verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
     verb.add_flag("--salvage", options->salvage,
                   "Take what is whole out of a damaged file, or a damaged group file, and say what is lost");
+    AddProvenanceOption(verb, options->noProvenance);
     AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunImport(context, *options); });
 }

@@ -5,6 +5,7 @@
 #include "calibration/CalibrationFile.h"
 #include "calibration/Listing.h"
 #include "calibration/SteadyRead.h"
+#include "calibration/TCalibrationPlace.h"
 #include "calibration/TCalibrationWalk.h"
 #include "verbs/Options.h"
 #include "verbs/Verbs.h"
@@ -35,16 +36,23 @@ void RunList(const TContext& context, const TListOptions& options)
         Call(options.file, [&] { object.LoadHeaderOnly(LibraryName(options.file)); });
         listed = ListCorrections(object, walk);
     });
+    // What the corrections were built from; "check" says whether it is true.
+    std::string record = TCalibrationPlace(options.file).ProvenanceFile();
+    if (!StateOf(record).exists)
+        record.clear();
     if (options.json) {
         std::cout << JsonText(nlohmann::json{{"file", options.file},
                                              {"bytes", walk.fileBytes},
                                              {"whole", walk.Whole()},
+                                             {"provenance", record.empty() ? nlohmann::json() : nlohmann::json(record)},
                                              {"corrections", ListingJson(listed)}});
         return;
     }
     std::cout << options.file << ": " << Counted(listed.size(), "correction") << ", " << Counted(walk.fileBytes, "byte")
               << '\n'
               << ListingTable(listed);
+    if (!record.empty())
+        std::cout << "What they were built from is recorded in " << record << '\n';
     if (!walk.Whole())
         std::cout << "This file does not load whole (" << walk.Complaint()
                   << "); see 'qxbackground check' and\n"

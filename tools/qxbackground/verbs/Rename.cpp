@@ -6,6 +6,7 @@
 #include "calibration/CorrectionCopy.h"
 #include "calibration/Keys.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/Verbs.h"
 
 #include <nlohmann/json.hpp>
@@ -22,12 +23,13 @@ struct TRenameOptions {
     std::string file;
     std::string key;
     std::string newKey;
+    bool noProvenance = false;
     bool json = false;
 };
 
 void RunRename(const TContext& context, const TRenameOptions& options)
 {
-    CheckKey(options.newKey, "new");
+    CheckKey(options.newKey, "new-key");
     const TFileState before = StateOf(options.file);
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     LoadWhole(object, options.file);
@@ -35,11 +37,11 @@ void RunRename(const TContext& context, const TRenameOptions& options)
     const TCalibrationWalk walk = RequireWhole(options.file);
     const TStoredCorrection* const renamed = FindKey(walk.corrections, options.key);
     if (renamed == nullptr)
-        throw TToolError(options.file, "has no correction '" + Printable(options.key) + "'");
+        throw TToolError(options.file, "has no correction '" + Printable(options.key) + "'; 'list' shows its keys");
     const TStoredCorrection* const taken = FindKey(walk.corrections, options.newKey);
     if (taken != nullptr && taken != renamed)
-        throw TToolError(options.file,
-                         "has a correction '" + Printable(taken->key) + "' already (letter case is ignored)");
+        throw TToolError(options.file, "has a correction '" + Printable(taken->key) +
+                                           "' already (letter case is ignored); choose another key");
     std::vector<TCopiedCorrection> corrections = CopiesOf(options.file, walk.corrections);
     corrections[static_cast<std::size_t>(renamed - walk.corrections.data())].key = options.newKey;
 
@@ -51,12 +53,17 @@ void RunRename(const TContext& context, const TRenameOptions& options)
     if (!after.Whole() || after.corrections.size() != walk.corrections.size())
         throw TToolError(options.file, "was not written correctly; the old file is unchanged");
     replaced.Commit();
+    const TProvenanceOutcome provenance =
+        RenameProvenance(TCalibrationPlace(options.file), renamed->key, options.newKey, options.noProvenance);
     if (options.json) {
-        std::cout << JsonText({{"file", options.file}, {"renamed", renamed->key}, {"key", options.newKey}});
+        nlohmann::json json{{"file", options.file}, {"renamed", renamed->key}, {"key", options.newKey}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in "
               << options.file << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -68,6 +75,7 @@ void AddRenameVerb(TVerb& app, const TContext& context)
     verb.Changes(TPathKind::Calibration, verb.add_option("file", options->file, "Calibration file")->required());
     AddKeyOption(verb, options->key)->required();
     verb.add_option("new-key", options->newKey, kKeyHelp)->required();
+    AddProvenanceOption(verb, options->noProvenance);
     AddJsonOption(verb, options->json);
     verb.Run([&context, options] { RunRename(context, *options); });
 }

@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/TextFile.h"
+#include "batch/TOutputFolder.h"
 #include "camera/TCamera.h"
 #include "commandline/Limits.h"
 #include "images/TImageWriter.h"
@@ -119,11 +120,7 @@ void RunSimulate(const TSimulateOptions& options)
         for (const TSimulatedFile& file : FilesOf(options, exposure))
             RequireRoom(PathOf(options, file.name), options.Format(), file.pages);
     }
-    std::error_code error;
-    std::filesystem::create_directories(options.folder, error);
-    if (!std::filesystem::is_directory(options.folder))
-        throw TToolError(options.folder, "cannot be made a folder" + (error ? ": " + error.message() : std::string()));
-
+    const TOutputFolder folder(options.folder);
     const TCamera camera(options.camera);
     const std::uint64_t frameBytes = options.camera.size.Pixels() * 2;
     TProgress progress("Simulating", options.exposures.size() * (options.frames + options.lights + 2));

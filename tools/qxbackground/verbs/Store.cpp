@@ -104,7 +104,8 @@ TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& pl
     TBackgroundCorrection object = context.Library().MakeStore(place.names);
     ReadStoreSteadily(place, [&] {
         if (!std::filesystem::exists(file))
-            throw TToolError(file, "the group of key '" + key + "' has no file");
+            throw TToolError(file, "the group of key '" + key +
+                                       "' has no file; 'store list' shows the groups that there are");
         RequireWhole(file);
         const TWorkingFolder working(place.folder);
         CallOnStore({{}, place.base, place.names}, [&] { object.Load(LibraryName(place.base)); });

@@ -12,8 +12,10 @@
 #include "calibration/TWorkingFolder.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
+#include "verbs/TBuildProvenance.h"
 
 #include <nlohmann/json.hpp>
 
@@ -42,6 +44,7 @@ struct TStoreAddOptions {
     TConditions conditions;
     TDarkOptions darks;
     TInputOptions input;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -53,6 +56,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     if (!isOpen)
         AgreeOnNewGroups(place, {options.key}, options.newGroup);
     TConditions conditions = options.conditions;
+    TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
     TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
     CheckKey(key, "--key");
@@ -73,10 +77,12 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
     const std::string path = place.PathOf(file).string();
     const std::vector<std::string> doubts = HotterThanLonger(path, WalkCalibrationFile(path).corrections, key);
     stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(place), key, stack);
     if (options.json) {
         nlohmann::json json = DarksJson(stack, options.darks, conditions);
         json["file"] = path;
         json["key"] = key;
+        provenance.AddTo(json);
         std::cout << JsonText(json);
         return;
     }
@@ -84,11 +90,13 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
               << stack.Size().Text() << " pixels (" << conditions.Text() << ") to the group file " << path << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
+    provenance.Print();
 }
 
 struct TStoreKeyOptions {
     TStoreOptions store;
     std::string key;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -97,7 +105,9 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string file = GroupFileOf(place, options.key);
     if (!fs::exists(place.PathOf(file)))
-        throw TToolError(place.PathOf(file).string(), "the group of key '" + options.key + "' has no file");
+        throw TToolError(place.PathOf(file).string(),
+                         "the group of key '" + options.key +
+                             "' has no file; 'store list' shows the groups that there are");
     TScratchStore scratch(place, {file});
     std::size_t left = 0;
     {
@@ -108,12 +118,16 @@ void DeleteInStore(const TContext& context, const TStoreKeyOptions& options)
         scratch.Save([&] { object.Save(LibraryName(place.base)); });
         scratch.Commit(left, {});
     }
+    const TProvenanceOutcome provenance = DropProvenance(TCalibrationPlace(place), file, options.noProvenance);
     if (options.json) {
-        std::cout << JsonText({{"file", place.PathOf(file).string()}, {"deleted", options.key}, {"corrections", left}});
+        nlohmann::json json{{"file", place.PathOf(file).string()}, {"deleted", options.key}, {"corrections", left}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Deleted '" << Printable(options.key) << "': " << place.PathOf(file).string() << " holds "
               << Counted(left, "correction") << '\n';
+    provenance.Print();
 }
 
 struct TStoreImportOptions {
@@ -121,6 +135,7 @@ struct TStoreImportOptions {
     std::string source;
     bool overwrite = false;
     bool newGroup = false;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -166,28 +181,36 @@ void ImportInStore(const TContext& context, const TStoreImportOptions& options)
     AgreeOnNewGroups(place, keys, options.newGroup);
     TScratchStore scratch(place, std::vector<std::string>(files.begin(), files.end()));
     std::size_t added = 0;
+    std::vector<std::string> copied;
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
         const std::size_t before = object.Count();
+        copied = CopiedKeys(source, object, options.overwrite);
         Call(place.Text() + ": importing " + options.source, [&] { object.Import(source, options.overwrite); });
         added = object.Count() - before;
         scratch.SaveAndCommit(object);
     }
+    const TProvenanceOutcome provenance = CopyProvenance(
+        IsSingleFile(options.source) ? TCalibrationPlace(options.source) : TCalibrationPlace(SourceStore(options)),
+        TCalibrationPlace(place), copied, TCopyInto::Among, options.noProvenance);
     if (options.json) {
         nlohmann::json written = nlohmann::json::array();
         for (const std::string& file : files)
             written.push_back(place.PathOf(file).string());
-        std::cout << JsonText({{"base", place.Text()},
-                               {"source", options.source},
-                               {"added", added},
-                               {options.overwrite ? "overwritten" : "kept", keys.size() - added},
-                               {"files", written}});
+        nlohmann::json json{{"base", place.Text()},
+                            {"source", options.source},
+                            {"added", added},
+                            {options.overwrite ? "overwritten" : "kept", keys.size() - added},
+                            {"files", written}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Imported into " << place.Text() << ": " << added << " added, " << keys.size() - added
               << (options.overwrite ? " overwritten" : " already there and kept") << ", in "
               << Counted(files.size(), "group file") << '\n';
+    provenance.Print();
 }
 
 struct TStoreCopyOptions {
@@ -195,6 +218,7 @@ struct TStoreCopyOptions {
     std::string newBase;
     bool overwrite = false;
     bool force = false;
+    bool noProvenance = false;
     bool json = false;
 };
 
@@ -229,8 +253,13 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (files.empty())
         throw TToolError(from.Text(), "there is no group file of this store");
     std::size_t corrections = 0;
-    for (const std::string& file : files)
-        corrections += RequireWhole(from.PathOf(file).string()).corrections.size();
+    std::vector<std::string> keys;
+    for (const std::string& file : files) {
+        const TCalibrationWalk walk = RequireWhole(from.PathOf(file).string());
+        corrections += walk.corrections.size();
+        for (const TStoredCorrection& correction : walk.corrections)
+            keys.push_back(correction.key);
+    }
     for (const TClaimedFile& file : ClaimedFiles(from)) {
         if (!file.own)
             throw TToolError(from.PathOf(file.name).string(),
@@ -252,18 +281,23 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
     if (StatesOfStore(from) != before)
         throw TToolError(from.Text(), "was changed by another process meanwhile; nothing was copied, try again");
     scratch.Commit(corrections, doomed);
+    const TProvenanceOutcome provenance = CopyProvenance(TCalibrationPlace(from), TCalibrationPlace(to), keys,
+                                                         TCopyInto::InPlaceOfAll, options.noProvenance);
     if (options.json) {
         nlohmann::json written = nlohmann::json::array(), removed = nlohmann::json::array();
         for (const std::string& file : files)
             written.push_back(to.PathOf(to.base + file.substr(from.base.size())).string());
         for (const std::string& file : doomed)
             removed.push_back(to.PathOf(file).string());
-        std::cout << JsonText(
-            {{"base", to.Text()}, {"corrections", corrections}, {"files", written}, {"removed", removed}});
+        nlohmann::json json{
+            {"base", to.Text()}, {"corrections", corrections}, {"files", written}, {"removed", removed}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
         return;
     }
     std::cout << "Copied " << Counted(corrections, "correction") << " in " << Counted(files.size(), "group file")
               << " to " << to.Text() << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -285,6 +319,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         AddBiasOption(verb, options->darks.bias);
         verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
         AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+        AddProvenanceOption(verb, options->noProvenance);
         AddJsonOption(verb, options->json);
         verb.Run([&context, options] { AddInStore(context, *options); });
     }
@@ -293,6 +328,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         const auto options = std::make_shared<TStoreKeyOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
         AddKeyOption(verb, options->key)->required();
+        AddProvenanceOption(verb, options->noProvenance);
         AddJsonOption(verb, options->json);
         verb.Run([&context, options] { DeleteInStore(context, *options); });
     }
@@ -312,6 +348,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                    });
         verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
         verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+        AddProvenanceOption(verb, options->noProvenance);
         AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ImportInStore(context, *options); });
     }
@@ -327,6 +364,7 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
                      });
         verb.add_flag("--force", options->force,
                       "Also remove files that the new base name claims though they are none of its group files");
+        AddProvenanceOption(verb, options->noProvenance);
         AddJsonOption(verb, options->json);
         verb.Run([&context, options] { CopyInStore(context, *options); });
     }

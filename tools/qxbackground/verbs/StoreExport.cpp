@@ -1,10 +1,15 @@
 // qxbackground store export: corrections of a store as one calibration file, for hosts that know no stores.
+#include "base/JsonText.h"
 #include "base/TReplacedFile.h"
 #include "base/Wording.h"
 #include "calibration/CorrectionCopy.h"
 #include "calibration/Keys.h"
 #include "calibration/SteadyRead.h"
+#include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -24,6 +29,8 @@ struct TStoreExportOptions {
     std::vector<std::string> where; // NAME=VALUE
     std::string output;
     bool overwrite = false;
+    bool json = false;
+    bool noProvenance = false;
 };
 
 // The values that are wanted of each grouping name; any for a name that is not there.
@@ -130,11 +137,23 @@ void ExportStore(const TStoreExportOptions& options)
     if (!walk.Whole() || walk.corrections.size() != chosen.size())
         throw TToolError(options.output, "was not written correctly (" + walk.Complaint() + ")");
     replaced.Commit();
+    std::vector<std::string> keys;
+    for (const TCopiedCorrection& correction : chosen)
+        keys.push_back(correction.key);
+    const TProvenanceOutcome provenance = CopyProvenance(TCalibrationPlace(place), TCalibrationPlace(options.output),
+                                                         keys, TCopyInto::InPlaceOfAll, options.noProvenance);
     std::set<std::string> groups;
     for (const TCopiedCorrection& correction : chosen)
         groups.insert(correction.file);
+    if (options.json) {
+        nlohmann::json json{{"base", place.Text()}, {"keys", keys}, {"files", groups}, {"output", options.output}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Exported " << Counted(chosen.size(), "correction") << " of " << Counted(groups.size(), "group")
               << " of " << place.Text() << ": " << options.output << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -146,17 +165,18 @@ void AddStoreExportVerb(TVerb& store)
     const auto options = std::make_shared<TStoreExportOptions>();
     AddStoreOptions(verb, options->store, TPathUse::Reads);
     CLI::Option* const keys =
-        verb.add_option("--key", options->keys, "Which correction; one --key for each (default: all)")
+        verb.NamesKey(verb.add_option("--key", options->keys, "Which correction; one --key for each (default: all)"))
             ->allow_extra_args(false);
     verb.add_option("--where", options->where,
                     "Only of groups with this value of a grouping name: Gain=4. Several of one name: any of them; of "
                     "several names: all of them")
-        ->type_name("NAME=VALUE")
         ->allow_extra_args(false)
         ->excludes(keys);
     verb.Creates(TPathKind::Calibration,
                  verb.add_option("-o,--output", options->output, "Calibration file (structure version 1)")->required(),
                  options->overwrite);
+    AddJsonOption(verb, options->json);
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([options] { ExportStore(*options); });
 }
 

@@ -1,12 +1,16 @@
 // qxbackground store rename: gives a correction of a store another key, and with it another group where the key says
 // so.
+#include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CorrectionCopy.h"
 #include "calibration/Keys.h"
 #include "calibration/NewGroups.h"
 #include "calibration/TScratchStore.h"
 #include "verbs/Options.h"
+#include "verbs/ProvenanceRecord.h"
 #include "verbs/StoreVerbs.h"
+
+#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <iostream>
@@ -23,6 +27,8 @@ struct TStoreRenameOptions {
     std::string key;
     std::string newKey;
     bool newGroup = false;
+    bool json = false;
+    bool noProvenance = false;
 };
 
 // The corrections of a group; none when it has no file.
@@ -36,12 +42,13 @@ std::vector<TStoredCorrection> CorrectionsOf(const TStorePlace& place, const std
 
 void RenameInStore(const TStoreRenameOptions& options)
 {
-    CheckKey(options.newKey, "new");
+    CheckKey(options.newKey, "new-key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
     const std::string from = GroupFileOf(place, options.key), to = GroupFileOf(place, options.newKey);
     const std::string fromPath = place.PathOf(from).string(), toPath = place.PathOf(to).string();
     if (!std::filesystem::exists(std::filesystem::path(fromPath)))
-        throw TToolError(fromPath, "the group of key '" + options.key + "' has no file");
+        throw TToolError(fromPath, "the group of key '" + options.key +
+                                       "' has no file; 'store list' shows the groups that there are");
     AgreeOnNewGroups(place, {options.newKey}, options.newGroup);
 
     TScratchStore scratch(place, from == to ? std::vector<std::string>{from} : std::vector<std::string>{from, to});
@@ -49,11 +56,12 @@ void RenameInStore(const TStoreRenameOptions& options)
     const std::vector<TStoredCorrection> other = from == to ? old : CorrectionsOf(place, to);
     const TStoredCorrection* const renamed = FindKey(old, options.key);
     if (renamed == nullptr)
-        throw TToolError(fromPath, "has no correction '" + Printable(options.key) + "'");
+        throw TToolError(fromPath, "has no correction '" + Printable(options.key) + "'; 'list' shows its keys");
     const TStoredCorrection* const taken = FindKey(other, options.newKey);
     const auto index = renamed - old.data();
     if (taken != nullptr && (from != to || taken - other.data() != index))
-        throw TToolError(toPath, "has a correction '" + Printable(taken->key) + "' already (letter case is ignored)");
+        throw TToolError(toPath, "has a correction '" + Printable(taken->key) +
+                                     "' already (letter case is ignored); choose another key");
 
     std::vector<TCopiedCorrection> left = CopiesOf(fromPath, old);
     if (from == to) {
@@ -67,10 +75,19 @@ void RenameInStore(const TStoreRenameOptions& options)
     scratch.Write(from, left);
     // Whatever stops this half way, the correction is in its new group before it leaves the old one.
     scratch.Commit(old.size() + (from == to ? 0 : other.size()), {}, from);
+    const TProvenanceOutcome provenance =
+        RenameProvenance(TCalibrationPlace(place), renamed->key, options.newKey, options.noProvenance);
+    if (options.json) {
+        nlohmann::json json{{"file", toPath}, {"renamed", renamed->key}, {"key", options.newKey}, {"from", fromPath}};
+        provenance.AddTo(json);
+        std::cout << JsonText(json);
+        return;
+    }
     std::cout << "Renamed '" << Printable(renamed->key) << "' to '" << Printable(options.newKey) << "' in " << toPath;
     if (from != to)
         std::cout << "; " << fromPath << " holds " << Counted(left.size(), "correction");
     std::cout << '\n';
+    provenance.Print();
 }
 
 } // namespace
@@ -80,9 +97,11 @@ void AddStoreRenameVerb(TVerb& store)
     TVerb& verb = store.AddVerb("rename", "Give a correction another key; it goes to the group that the key names");
     const auto options = std::make_shared<TStoreRenameOptions>();
     AddStoreOptions(verb, options->store, TPathUse::Changes);
-    verb.add_option("--key", options->key, "Which correction")->required();
-    verb.add_option("new", options->newKey, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+    AddKeyOption(verb, options->key)->required();
+    verb.add_option("new-key", options->newKey, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
     verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+    AddJsonOption(verb, options->json);
+    AddProvenanceOption(verb, options->noProvenance);
     verb.Run([options] { RenameInStore(*options); });
 }
 

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace workbench {
 
 namespace fs = std::filesystem;
@@ -22,12 +24,14 @@ TFileState StateOf(const fs::path& path)
     return state;
 }
 
-bool IsWriteProtected(const fs::path& path)
+std::error_code WriteProtection(const fs::path& path)
 {
     struct stat found;
     if (stat(path.c_str(), &found) != 0)
-        return false;
-    return (found.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0 || access(path.c_str(), W_OK) != 0;
+        return {};
+    if ((found.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0)
+        return std::make_error_code(std::errc::permission_denied);
+    return access(path.c_str(), W_OK) == 0 ? std::error_code() : std::error_code(errno, std::generic_category());
 }
 
 } // namespace workbench

@@ -35,15 +35,21 @@ TFileState StateOf(const fs::path& path)
     return state;
 }
 
-bool IsWriteProtected(const fs::path& path)
+std::error_code WriteProtection(const fs::path& path)
 {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return false;
+        return {};
+    const std::error_code denied = std::make_error_code(std::errc::permission_denied);
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
-        return true;
+        return denied;
     const TSystemHandle file(path, GENERIC_WRITE);
-    return !file.IsOpen() && GetLastError() == ERROR_ACCESS_DENIED;
+    if (file.IsOpen())
+        return {};
+    const DWORD error = GetLastError();
+    if (error == ERROR_WRITE_PROTECT)
+        return std::make_error_code(std::errc::read_only_file_system);
+    return error == ERROR_ACCESS_DENIED ? denied : std::error_code();
 }
 
 } // namespace workbench

@@ -52,13 +52,11 @@ _qxbackground_files() {
 }
 
 _qxbackground() {
-    local words cut kind line begun before=''
+    local words cut kind line begun before='' answer
     _qxbackground_words
     COMPREPLY=()
     begun=${words[${#words[@]} - 1]}
-    local IFS=$'\n'
-    local answer=($("${words[0]/#\~\//$HOME/}" --complete "${words[@]:1}" 2>/dev/null))
-    unset IFS
+    mapfile -t answer < <(command "${words[0]/#\~\//$HOME/}" --complete "${words[@]:1}" 2>/dev/null)
     kind=${answer[0]}
     if [[ $kind == words ]]; then
         for line in "${answer[@]:1}"; do

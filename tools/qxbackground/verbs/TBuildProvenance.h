@@ -1,0 +1,32 @@
+#ifndef QXBACKGROUND_VERBS_TBUILDPROVENANCE_H
+#define QXBACKGROUND_VERBS_TBUILDPROVENANCE_H
+
+#include "batch/TFileDigests.h"
+#include "calibration/TCalibrationPlace.h"
+#include "verbs/DarkFrames.h"
+#include "verbs/ProvenanceRecord.h"
+
+#include <optional>
+#include <string>
+
+namespace workbench {
+
+// Records what a correction is built from. Made before the frames are read, because it reads the same files at the same
+// time.
+class TBuildProvenance {
+public:
+    // With `left`, nothing is read or recorded.
+    TBuildProvenance(const TDarkOptions& darks, const TInputOptions& input, bool left);
+
+    // To be called once. `stack` is what became of the frames.
+    TProvenanceOutcome Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack);
+
+private:
+    const TDarkOptions& darks;
+    const TInputOptions& input;
+    std::optional<TFileDigests> digests;
+};
+
+} // namespace workbench
+
+#endif

@@ -224,7 +224,8 @@ class Json(Scene):
         self.assertEqual((differing["same"], [d["key"] for d in differing["differences"]]),
                          (0, ["dark60", "dark120", "dark10"]))
         self.assertEqual(self.of("import", "night.qxb", "other.qxb"),
-                         {"file": "night.qxb", "source": "other.qxb", "added": 1, "kept": 0, "lost": []})
+                         {"file": "night.qxb", "source": "other.qxb", "added": 1, "kept": 0, "lost": [],
+                          "provenance": "night.qxb.json"})
         self.assertEqual(self.of("delete", "night.qxb", "--key", "dark10")["corrections"], 2)
         built = self.of("build", "night.qxb", "--key", "n", "--exposure", 2, "--intensity", 50, "darks/")
         self.assertEqual((built["frames"], built["combined"], built["corrections"], built["lightIntensityPercent"]),
@@ -253,7 +254,8 @@ class Json(Scene):
         result = self.run_tool("store", "delete", base, "--key", "Gain,1,Temperature,-8,no", "--json")
         self.assertEqual((result.stdout, result.returncode), ("", 2))
         self.assertEqual(self.of("store", "delete", base, "--key", "Gain,1,Temperature,-8,dark60"),
-                         {"file": base.replace("/", os.sep), "deleted": "Gain,1,Temperature,-8,dark60", "corrections": 0})
+                         {"file": base.replace("/", os.sep), "deleted": "Gain,1,Temperature,-8,dark60", "corrections": 0,
+                          "provenance": None})
 
 
 class ManPage(ToolTest):

@@ -2,7 +2,6 @@
 import os
 import pty
 import signal
-import struct
 import subprocess
 import time
 
@@ -46,7 +45,6 @@ class Show(StoreVerbsTest):
             self.assertEqual(shown.replace("s_A_1_B_x:", "all.qxb:").replace("store.png", "file.png"), told)
             self.assertEqual((self.folder / "store.png").read_bytes(), (self.folder / "file.png").read_bytes())
         self.assertIn(str(self.pixels["A,1,B,x,flat"].max()), shown)
-        self.assertEqual(struct.unpack(">II", (self.folder / "store.png").read_bytes()[16:24]), (7, 5))
 
     def test_refuses_what_is_not_there(self):
         self.store()

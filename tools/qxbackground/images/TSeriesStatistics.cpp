@@ -108,10 +108,11 @@ std::string StatisticsTable(const std::vector<std::string>& titles, const std::v
     row("pixels at zero (clipped)", [](const TPageFigures& figures) {
         return fmt::format("{} ({:.2f} %)", figures.pixelsAtZero, figures.PercentAtZero());
     });
-    return table +
-           "  ADU: the steps in which pixels count. Spread: standard deviation without hot pixels and stars (MAD: "
-           "median\n  absolute deviation). Row, column pattern: standard deviation of the medians of all rows, "
-           "of all columns: stripes\n";
+    return table + "  ADU: steps of the pixels' values. Spread: by the median absolute deviation (MAD), which stars "
+                   "and hot pixels "
+                   "hardly move.\n  Row, column pattern: standard deviation of the medians of all rows, of all "
+                   "columns: how strong "
+                   "stripes are.\n";
 }
 
 } // namespace workbench

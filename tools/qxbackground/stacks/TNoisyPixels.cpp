@@ -51,11 +51,6 @@ void SumAround(const TPlane& of, int radius, TPlane& sums)
     }
 }
 
-// What the neighbours of each pixel foretell, and the variance that their own noise gives it.
-struct TForecast {
-    TPlane value, variance;
-};
-
 } // namespace
 
 // A part of an image with what lies around it, as planes in double precision.
@@ -68,6 +63,11 @@ public:
     void Put(TImage& image, int pedestal);
 
 private:
+    // What the neighbours of each pixel foretell, and the variance that their own noise gives it.
+    struct TForecast {
+        TPlane value, variance;
+    };
+
     void WeighLight();
     void Mean(int radius);
     void Surface();

@@ -56,7 +56,7 @@ std::string HistogramText(const THistogram& histogram)
         most = std::max(most, bar.pixels);
         inside += bar.pixels;
     }
-    std::string text;
+    std::string text = fmt::format("  {:<15}  {:>10}\n", "ADU", "pixels");
     for (const TBar& bar : bars) {
         const std::uint64_t length = bar.pixels == 0 ? 0 : std::max<std::uint64_t>(1, bar.pixels * kLongestBar / most);
         text += fmt::format("  {:5} ... {:5}  {:10} {}\n", bar.from, bar.to, bar.pixels,

@@ -81,7 +81,7 @@ TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOption
             group.AddTo(*sum);
     });
     group.AddTo(*sum);
-    return {sum->Frames(), sum->Average(), keepExact ? sum->Mean() : std::vector<float>(), {}, {}, 0, {}};
+    return {sum->Frames(), sum->Average(), keepExact ? sum->Mean() : std::vector<float>(), {}, {}};
 }
 
 } // namespace workbench

@@ -101,7 +101,7 @@ TFrameStack CombineShelf(TFrameShelf& shelf, TSize size, const TStackOptions& ho
     constexpr double kFarAbove = 5;   // in units of the noise
     const std::size_t frames = shelf.Frames();
     TPixelCombiner combiner(how, noise, frames);
-    TFrameStack stack{frames, {size, std::vector<std::uint16_t>(size.Pixels())}, {}, {}, {}, {}};
+    TFrameStack stack{frames, {size, std::vector<std::uint16_t>(size.Pixels())}, {}, {}, {}};
     if (how.keepExact)
         stack.exact.resize(size.Pixels());
     const std::vector<int> shifts = how.alignLevels ? levels.Shifts() : std::vector<int>(frames);

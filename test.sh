@@ -4,6 +4,9 @@
 #   ./test.sh quick        while working: GCC's release build with the tests that do not take long, and the Windows DLL
 #                          with its contract hosts
 #   ./test.sh PRESET ...   all tests of these presets
+#
+# Presets are built one after the other and tested one after the other, but the next is built while one is tested: tests
+# alone do not keep all cores busy. Where there is work for both, tests come first and fuzzing last.
 set -euo pipefail
 . "$(dirname "$0")/scripts/helpers.sh"
 absolute_sample_data
@@ -14,21 +17,44 @@ quick= everything=
 presets=("$@")
 if [ $# = 0 ]; then
     everything=yes
-    presets=(linux linux-asan linux-tsan windows windows-tests windows-tool)
+    presets=(linux windows windows-tool linux-fuzz windows-tests linux-asan linux-tsan)
 elif [ "$*" = quick ]; then
     quick=yes
     presets=(linux windows)
 fi
 jobs=$(nproc)
-step=$SECONDS
-times=()
 
+# Each step's time, for the table at the end, and what runs beside the tests, which ends with the script.
+scratch=$(mktemp -d)
+lanes=()
+clean_up() {
+    local lane
+    for lane in ${lanes[@]+"${lanes[@]}"}; do
+        kill -- "-$lane" 2>/dev/null || true
+    done
+    rm -rf "$scratch"
+}
+trap clean_up EXIT
 
-# What was done since the last call, for the table at the end.
-done_with() {
-    times+=("$(printf '%5d s  %s' $((SECONDS - step)) "$1")")
-    echo "$1: $((SECONDS - step)) s"
-    step=$SECONDS
+# step NAME COMMAND...: runs a command, and notes when it began, how long it took and how long processors worked for it.
+step() {
+    local name=$1 began=$SECONDS status=0 took user system TIMEFORMAT='%0U %0S'
+    shift
+    { { time "$@" 1>&6 2>&7 6>&- 7>&-; } 2>"$scratch/step.$BASHPID" || status=$?; } 6>&1 7>&2
+    [ "$status" = 0 ] || return "$status"
+    took=$((SECONDS - began))
+    read -r user system <"$scratch/step.$BASHPID"
+    printf '%5d s  %6d s  %5d s  %s\n' "$took" $((user + system)) "$began" "$name" >>"$scratch/times"
+    echo "$name: $took s"
+}
+
+# lane COMMAND...: runs it beside the rest, in a process group of its own; sets "lane".
+lane() {
+    set -m
+    "$@" &
+    lane=$!
+    set +m
+    lanes+=("$lane")
 }
 
 ctest_into() {
@@ -46,61 +72,86 @@ run_tests() {
         grep -vE '^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test +#.* Passed ' "$log"
         return 1
     fi
-    grep -E '^[0-9]+% tests passed' "$log"
-    scripts/skipped-tests.py "build/$preset/junit.xml"
+    grep -E '^[0-9]+% tests passed' "$log" && scripts/skipped-tests.py "build/$preset/junit.xml"
+}
+
+test_preset() {
+    if [ "$1" = linux-tsan ]; then
+        build/linux-tsan/bin/qxbc_thread_tests --gtest_brief=1 && build/linux-tsan/bin/qxbc_lock_tests --gtest_brief=1
+    elif [ -n "$quick" ]; then
+        run_tests "$1" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|python[.]zarr|.*_find_violations|Large/)'
+    else
+        run_tests "$1"
+    fi
+}
+
+check_formatting() { list_sources | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror; }
+
+# One core each, so several at a time. What the workbench for Windows is linked with may have to be built first, which
+# takes so long that the others do not wait for it.
+configure() {
+    printf '%s\n' "$@" | grep -vx windows-tool | xargs -P "$jobs" -I '{}' cmake --preset '{}' --log-level=NOTICE >/dev/null
+}
+
+build() {
+    local targets=()
+    [ "$1" != windows-tool ] || cmake --preset windows-tool --log-level=NOTICE >/dev/null || return
+    # Under the thread sanitizer only what runs several threads says anything new.
+    [ "$1" != linux-tsan ] || targets=(--target qxbc_thread_tests qxbc_lock_tests)
+    nice -n 5 cmake --build --preset "$1" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
+}
+
+# Says in the pipe "built" which preset can be tested.
+build_presets() {
+    exec 8>"$scratch/built"
+    local preset
+    for preset in "$@"; do
+        step "$preset: build" patiently "building $preset" build "$preset" || exit
+        echo "$preset" >&8
+    done
 }
 
 say "Packages"
 level=test
 [[ " ${presets[*]} " != *" linux-arm64 "* ]] || level=more
-scripts/install-deps.sh "$level"
-done_with "packages"
+step "packages" scripts/install-deps.sh "$level"
 
 # What was compiled before, here or in another checkout, is not compiled again.
 if command -v ccache >/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
+    export CCACHE_DEPEND=1 # what the compiler says of its headers will do: no second look at them
+fi
+if [[ " ${presets[*]} " == *" windows-tool "* ]]; then
+    lane scripts/windows-libraries.sh >/dev/null
+fi
+
+if [[ " ${presets[*]} " == *" windows"* ]]; then # what Wine makes for its first program takes it half a minute
+    lane scripts/run-wine.sh cmd /c exit >/dev/null 2>&1
 fi
 
 say "Formatting"
-list_sources | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror
-echo "all sources are formatted"
-done_with "formatting"
+step "formatting" check_formatting
 
-# Configuring runs on one core: several at a time.
 say "Configuring"
-configured=("${presets[@]}")
-[ -z "$everything" ] || configured+=(linux-fuzz)
-printf '%s\n' "${configured[@]}" | xargs -P "$jobs" -I '{}' cmake --preset '{}' --log-level=NOTICE >/dev/null
-done_with "configuring"
+step "configuring" configure "${presets[@]}"
 
-for preset in "${presets[@]}"; do
-    say "$preset: build"
-    # Under the thread sanitizer only what runs several threads says anything new.
-    targets=(); [ "$preset" != linux-tsan ] || targets=(--target qxbc_thread_tests qxbc_lock_tests)
-    patiently "building $preset" cmake --build --preset "$preset" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
-    done_with "$preset: build"
-
-    say "$preset: test"
-    if [ "$preset" = linux-tsan ]; then
-        build/linux-tsan/bin/qxbc_thread_tests --gtest_brief=1
-        build/linux-tsan/bin/qxbc_lock_tests --gtest_brief=1
-    elif [ -n "$quick" ]; then
-        run_tests "$preset" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|python[.]zarr|.*_find_violations|Large/)'
+say "Building and testing"
+mkfifo "$scratch/built"
+lane build_presets "${presets[@]}"
+building=$lane fuzzing=
+exec 9<"$scratch/built"
+while read -r preset <&9; do
+    if [ -n "$everything" ] && [ "$preset" = linux-fuzz ]; then
+        lane step "fuzzing" scripts/fuzz.sh 2 9<&-
+        fuzzing=$lane
     else
-        run_tests "$preset"
+        step "$preset: test" test_preset "$preset" 9<&- </dev/null
     fi
-    done_with "$preset: test"
 done
-
-if [ -n "$everything" ]; then
-    say "Fuzzing: build"
-    patiently "building linux-fuzz" cmake --build --preset linux-fuzz -j "$jobs" -- --quiet
-    done_with "fuzzing: build"
-    say "Fuzzing for two minutes"
-    scripts/fuzz.sh 2
-    done_with "fuzzing"
-fi
+wait "$building" # what went wrong it has said
+[ -z "$fuzzing" ] || wait "$fuzzing"
 
 say "Everything passed in $SECONDS s"
-printf '%s\n' "${times[@]}"
+printf '%7s  %8s  %7s\n' took computed began
+cat "$scratch/times"

@@ -55,6 +55,9 @@ if(CMAKE_CROSSCOMPILING AND WIN32)
   add_test(NAME unit_tests COMMAND qxbc_unit_tests --gtest_filter=-*Exhaustive*) # through CMAKE_CROSSCOMPILING_EMULATOR
   add_test(NAME unit_tests.exhaustive COMMAND qxbc_unit_tests --gtest_filter=*Exhaustive*)
   set_tests_properties(unit_tests unit_tests.exhaustive PROPERTIES TIMEOUT 900)
+  if(IS_DIRECTORY /dev/shm) # as for the fault tests
+    set_tests_properties(unit_tests PROPERTIES ENVIRONMENT "QXBC_TEST_FOLDER=Z:/dev/shm")
+  endif()
 else()
   # Locales in which the library must not fall for a decimal comma or for letters beyond ASCII: made for the tests, since
   # few systems have them installed. Where that is not possible the tests concerned skip.

@@ -1,6 +1,7 @@
 #include "support/TemporaryFolder.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <random>
 #include <system_error>
@@ -9,7 +10,10 @@ namespace fs = std::filesystem;
 
 TTemporaryFolder::TTemporaryFolder(const std::string& parent)
 {
-    const fs::path folder = parent.empty() ? fs::temp_directory_path() : fs::path(parent);
+    const char* const elsewhere = std::getenv("QXBC_TEST_FOLDER");
+    const fs::path folder = !parent.empty()        ? fs::path(parent)
+                            : elsewhere != nullptr ? fs::path(elsewhere)
+                                                   : fs::temp_directory_path();
     // Tests of several processes run at the same time: try names until one was free.
     std::random_device random;
     for (;;) {

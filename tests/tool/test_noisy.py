@@ -197,6 +197,19 @@ class NoisyPixels(ToolTest):
             self.assertLess(abs(found[place] - 200), 45)
         self.assertIn("pixels, 3 of them erratic", " ".join(self.report["notes"]))
 
+    def test_what_noise_cannot_explain(self):
+        """Light is added only: a point of it stays, and so does a dark one where there is little dark current to lose."""
+        light = self.take(TIMES, 300)
+        light[40, 80] += 3000  # in the glow
+        light[30, 31] -= 3000  # a hot pixel
+        light[45, 57] = 0
+        plain = self.correct(light)
+        found = self.correct(light, "--repair-noisy")
+        self.assertGreater(found[40, 80], 2500)
+        self.assertEqual(found[40, 80], plain[40, 80])
+        self.assertEqual((plain[30, 31], plain[45, 57], found[45, 57]), (-PEDESTAL,) * 3)
+        self.assertLess(abs(found[30, 31] - 200), 45)
+
     def test_dead_pixels_are_replaced_and_help_nobody(self):
         for frame in self.frames:
             frame[50, 90] = 0

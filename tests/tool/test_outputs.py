@@ -254,7 +254,7 @@ class Choice(OutputTest):
         self.write("two.tif", self.some(2))
         says = "a PNG holds one image, and there are more pages; TIFF and FITS hold any number"
         correct = ["correct", "--dark", "zero.tif", *CONDITIONS]
-        self.refused(*correct, "one.tif", "one.tif", "-o", "o.png", says=["o.png: " + says])
+        self.refused(*correct, "two.tif", "-o", "o.png", says=["o.png: " + says])
         self.assertIn("cannot be corrected: o.png: " + says,
                       self.tool(*correct, "two.tif", "-o", "o.png", "--dry-run", status=1))
         result = self.run_tool(*correct, "two.tif", "one.tif", "--format", "png", "-o", "out/")

@@ -137,6 +137,9 @@ class Combining(ToolTest):
                               self.report["notes"][-1])
                 if how:
                     self.assertIn(f"Rejected {rejected} of", self.report["notes"][0])
+                    hit = self.report["notes"][1]
+                    self.correction(even, *how)
+                    self.assertEqual(self.report["notes"][1], hit)
         plain = self.correction(drifted).astype(int)
         self.assertGreater(np.median(plain - found), 4)
 

@@ -45,6 +45,7 @@ class Show(StoreVerbsTest):
             self.assertEqual(shown.replace("s_A_1_B_x:", "all.qxb:").replace("store.png", "file.png"), told)
             self.assertEqual((self.folder / "store.png").read_bytes(), (self.folder / "file.png").read_bytes())
         self.assertIn(str(self.pixels["A,1,B,x,flat"].max()), shown)
+        self.assertTrue((self.folder / "store.png").read_bytes().startswith(b"\x89PNG"))
 
     def test_refuses_what_is_not_there(self):
         self.store()

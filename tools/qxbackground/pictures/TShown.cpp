@@ -46,13 +46,13 @@ TStretch TShown::Stretch() const
         std::nth_element(sorted.begin(), sorted.begin() + rank, sorted.end());
         return static_cast<double>(sorted[static_cast<std::size_t>(rank)]);
     };
-    const double low = at(0.005), middle = at(0.5), most = at(0.995);
-    // A glow reaches some way up and is shown. Stars and hot pixels reach so far that the sky's own structure would be
-    // lost: then 98 of 100 dots have shades, and what is not much further above the middle than the darkest are below.
-    constexpr double kGlow = 5, kSky = 3;
-    const double below = middle - low;
-    const double high =
-        most - middle <= kGlow * below ? most : std::min(most, std::max(at(0.98), middle + kSky * below));
+    const double low = at(0.005), middle = at(0.5), many = at(0.98), most = at(0.995);
+    // Noise and a glow fade out smoothly and are shown whole. Stars and hot pixels reach so far that the sky's own
+    // structure would be lost: then 98 of 100 dots have shades, and what is not much further above the middle than the
+    // darkest are below.
+    constexpr double kSmooth = 1.5, kSky = 3;
+    const bool isSmooth = most - middle <= kSmooth * (many - middle);
+    const double high = isSmooth ? most : std::min(most, std::max(many, middle + kSky * (middle - low)));
     const int black = static_cast<int>(std::floor(low)), white = static_cast<int>(std::ceil(high));
     return white > black ? TStretch{black, white} : TStretch{std::max(0, black - 1), black + 1}; // all the same: gray
 }

@@ -49,8 +49,11 @@ qx.stretch = (pixels) => {
     }
     return 65535;
   };
-  const black = at(0.005);
-  return { black, white: Math.max(black + 1, at(0.995)), median: at(0.5), zeros: counts[0] };
+  // Noise and a glow fade out smoothly and are shown whole. Stars and hot pixels reach so far that the sky's own structure
+  // would be lost: then 98 of 100 pixels have shades, and what is not much further above the middle than the darkest are below.
+  const black = at(0.005), median = at(0.5), many = at(0.98), most = at(0.995);
+  const white = most - median <= 1.5 * (many - median) ? most : Math.min(most, Math.max(many, median + 3 * (median - black)));
+  return { black, white: Math.max(black + 1, white), median, zeros: counts[0] };
 };
 
 // A canvas of the picture's own size, gray between black and white.

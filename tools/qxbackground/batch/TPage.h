@@ -19,6 +19,7 @@ struct TPage {
     unsigned pagesOfFile = 0;
     TImageFormat format = TImageFormat::Tiff; // of the file
     std::optional<TPageFigures> before;       // of a page that counts in the run's statistics, as it came
+    std::optional<TPageFigures> after;        // and corrected
     bool isShown = false;                     // in the run's picture
     TImage image;
     TPageMetadata metadata;

@@ -103,6 +103,7 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
     const TTurn& next = plan.For(path, page.file, page.number);
     page.before.reset();
+    page.after.reset();
     if (sample.Takes(page.image.pixels.size())) {
         page.before = report.before.Add(page.image);
         report.bits.Add(page.image, page.metadata);
@@ -120,14 +121,16 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
     hasShown = true;
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
+    if (page.before)
+        page.after = report.after.Add(page.image); // here, since writing is what the run waits for
 }
 
 void TCorrectionRun::Measure(const TPage& page)
 {
     if (!page.failure.empty())
         return;
-    if (page.before)
-        report.measured.push_back({options.inputs[page.file], page.number, *page.before, report.after.Add(page.image)});
+    if (page.before && page.after)
+        report.measured.push_back({options.inputs[page.file], page.number, *page.before, *page.after});
     if (page.isShown)
         firstAfter = page.image;
 }

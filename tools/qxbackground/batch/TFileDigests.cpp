@@ -22,7 +22,7 @@ public:
     bool Open(const std::string& path)
     {
         sha256 = TSha256();
-        stream = std::ifstream();
+        stream = {};
         std::error_code error;
         if (!std::filesystem::is_regular_file(path, error)) // opening anything else may wait for ever
             return false;

@@ -187,10 +187,10 @@ void TProvenance::Write() const
 std::string TProvenance::NameOf(const std::string& file) const
 {
     const fs::path given = file;
-    if (given.is_absolute())
-        return given.generic_string();
-    const fs::path relative = (FolderOf(file) / given.filename()).lexically_relative(FolderOf(path));
     std::error_code ignored;
+    if (given.has_root_directory()) // Windows calls only those absolute that say their drive, too
+        return fs::absolute(given, ignored).generic_string();
+    const fs::path relative = (FolderOf(file) / given.filename()).lexically_relative(FolderOf(path));
     return (relative.empty() ? fs::absolute(given, ignored) : relative).generic_string();
 }
 

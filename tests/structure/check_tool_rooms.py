@@ -34,7 +34,7 @@ SYSTEM_ROOMS = ("base/posix/", "base/windows/")
 CLASS = re.compile(r"^class (T\w+)[^;]*$", re.M)
 LONGEST = 400
 # Windows finds a file of any name by a path, and by a text only what its code page can spell.
-OPENED = re.compile(r"\bi?o?fstream (?!&)\w+[({]|\bi?o?fstream\(|\bstream\.open\(|\bfile\.open\(")
+OPENED = re.compile(r"\bi?o?fstream (?!&)\w+[({]|\bi?o?fstream\((?!\))|\bstream\.open\(|\bfile\.open\(")
 BY_PATH = re.compile(r"std::filesystem::path[({]|fs::path[({]")
 
 
@@ -95,7 +95,7 @@ GOOD_TREE = {
     "main.cpp": '#include "base/Text.h"\n#include "verbs/Verbs.h"\n',
     "base/Text.h": "#include <string>\nclass TOther;\nstruct TPart {\n};\n",
     "base/Text.cpp": '#include "base/Text.h"\n// #include <unistd.h> would be wrong\n'
-                     'std::ofstream file(std::filesystem::path(name));\nvoid Put(std::ofstream& file);\n',
+                     'std::ofstream file(std::filesystem::path(name));\nfile = std::ofstream();\nvoid Put(std::ofstream& file);\n',
     "base/TLock.h": "class TLock {\n    class TInner {\n    };\n};\n",
     "base/posix/TLock.cpp": '#include "base/TLock.h"\n#include <unistd.h>\n',
     "base/windows/TLock.cpp": '#include "base/TLock.h"\n#include "base/windows/Handle.h"\n#include <windows.h>\n',

@@ -4,8 +4,8 @@
 
 #include <string>
 
-// Made with the object, empty, under the folder that QXBC_TEST_FOLDER names, the system's folder for temporary files, or
-// another one; removed with it and all it holds then.
+// Made with the object, empty, under the folder that QXBC_TEST_FOLDER names, the system's folder for temporary files,
+// or another one; removed with it and all it holds then.
 class TTemporaryFolder {
 public:
     explicit TTemporaryFolder(const std::string& parent = std::string());

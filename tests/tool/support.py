@@ -68,6 +68,17 @@ def write_tiff(path, pages, **how):
     Path(path).write_bytes(tiff_bytes(pages, **how))
 
 
+def write_fits(path, page, **cards):
+    """A FITS file of one 16-bit image; __ in a keyword stands for a hyphen."""
+    height, width = page.shape
+    header = {"SIMPLE": "T", "BITPIX": 16, "NAXIS": 2, "NAXIS1": width, "NAXIS2": height, "BZERO": 32768, "BSCALE": 1}
+    header.update({name.replace("__", "-"): value for name, value in cards.items() if value is not None})
+    text = "".join(f"{name:<8}= " + (f"'{value:<8}'" if isinstance(value, str) and value != "T" else f"{value:>20}")
+                   .ljust(70) for name, value in header.items()) + "END"
+    data = (page.astype(np.int32) - 32768).astype(">i2").tobytes()
+    Path(path).write_bytes(text.ljust(-(-len(text) // 2880) * 2880).encode() + data + bytes(-len(data) % 2880))
+
+
 def read_tiff(path):
     """The pages of a classic little-endian file with one strip per page, as the workbench writes them."""
     data = Path(path).read_bytes()

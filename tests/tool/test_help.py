@@ -33,6 +33,9 @@ class Scene(ToolTest):
                 fits.PrimaryHDU(pages[0]).writeto(self.folder / name)
             else:
                 self.write(name, pages)
+        (self.folder / "fits").mkdir()
+        for number, exposure in ((1, 30), (2, 60)):
+            support.write_fits(self.folder / f"fits/m42_{number}.fits", FLAT + 400, EXPTIME=exposure, GAIN=1, CCD__TEMP=-8.2)
         (self.folder / "frame.raw").write_bytes(FLAT.tobytes())
         put = {"night.qxb": [("dark60", 60), ("dark120", 120)], "other.qxb": [("dark10", 10)]}
         for name, corrections in put.items():

@@ -179,7 +179,7 @@ class Statistics(ToolTest):
     def test_none_are_made_where_none_are_asked_for(self):
         self.write("d.tif", self.images(1, 20, 20))
         report = json.loads(self.tool(*CORRECT, "--dark", "d.tif", "--no-statistics", "--json", "-o", "o.tif", "d.tif"))
-        self.assertEqual(report, {"output": "o.tif", "pages": 1})
+        self.assertEqual(set(report), {"output", "pages", "corrections"})
 
 
 if __name__ == "__main__":

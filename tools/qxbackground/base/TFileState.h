@@ -13,7 +13,7 @@ struct TFileState {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::int64_t bytes = 0;
-    std::int64_t changedSeconds = 0;
+    std::int64_t changedSeconds = 0; // since 1970
     std::int64_t changedNanoseconds = 0;
 
     bool SameFile(const TFileState& other) const

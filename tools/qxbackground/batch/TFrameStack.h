@@ -4,6 +4,7 @@
 #include "batch/TPage.h"
 #include "images/TImage.h"
 #include "images/TInputOptions.h"
+#include "images/TShot.h"
 
 #include <cstdint>
 #include <functional>
@@ -22,6 +23,7 @@ struct TFrameStack {
     std::vector<std::string> notes;    // what was done, one line each
     std::vector<std::string> warnings; // what does not look right, one line each
     std::uint64_t biasFrames = 0;      // whose average was subtracted
+    TShot shot = {};                   // how the frames were taken, as far as their headers agree
 
     TSize Size() const { return average.size; }
     std::vector<const std::uint16_t*> Pointers() const { return {average.pixels.data()}; }

@@ -16,14 +16,23 @@ struct TWantedCorrection {
     bool mayBeLarger = false;            // because the images show a region of it
 };
 
+struct TCandidate {
+    TStoredCorrection correction;
+    std::string file;      // that holds it
+    double degreesOff = 0; // by which the sensor was warmer than for the images
+};
+// Those of one file.
+std::vector<TCandidate> CandidatesOf(const std::string& file, const std::vector<TStoredCorrection>& corrections);
+
 struct TChoice {
-    std::string key;
-    std::string reason; // "is exactly of 60 s x 100 %", for people
+    const TCandidate* candidate = nullptr;
+    std::string reason; // "Chose 'k' (60 s, 100 %): exactly what the images need", for people
 };
 
 // The correction for these images: one of exactly their exposure x intensity; else the nearest that is scaled down;
-// else the nearest. Throws TToolError about `file` when none has the images' size, and when two would do alike.
-TChoice ChooseCorrection(const std::string& file, const std::vector<TStoredCorrection>& corrections,
+// else the nearest. Of those the one whose temperature is nearest comes first. Throws TToolError about `place` when
+// none has the images' size, and when two would do alike.
+TChoice ChooseCorrection(const std::string& place, const std::vector<TCandidate>& candidates,
                          const TWantedCorrection& wanted);
 
 } // namespace workbench

@@ -16,6 +16,12 @@ struct TStoredCorrection {
     float lightIntensityPercent = 0;
     std::uint64_t offset = 0;      // of the record that opens it
     std::uint64_t pixelOffset = 0; // of its first pixel
+
+    // Exposure x intensity, which the background is in proportion to.
+    double Product() const
+    {
+        return static_cast<double>(exposureSeconds) * static_cast<double>(lightIntensityPercent);
+    }
 };
 
 struct TDeparture {

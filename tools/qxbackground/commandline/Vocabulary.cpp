@@ -22,6 +22,7 @@ const std::vector<TWord>& Vocabulary()
         {"--auto", "", kCorrection, {}},
         {"--group", "NAME", kCorrection, {}},
         {"--where", "NAME=VALUE", kCorrection, {}},
+        {"--temperature-tolerance", "DEGREES", kCorrection, {}},
         {"--new-group", "", kCorrection, {}},
 
         {"--dark", "", kFrames, {}},
@@ -37,6 +38,7 @@ const std::vector<TWord>& Vocabulary()
         {"--combine", "METHOD", kStack, {"average", "median"}},
         {"--align-levels", "", kStack, {}},
         {"--stack-memory", "MIB", kStack, {}},
+        {"--mixed", "", kStack, {}},
 
         {"--level", "PERCENT", kHow, {}},
         {"--region", "L,T,W,H", kHow, {}},
@@ -81,6 +83,7 @@ const std::vector<TWord>& Vocabulary()
         {"--no-statistics", "", kPrinted, {}},
         {"--full-statistics", "", kPrinted, {}},
         {"--warn-clipped", "PERCENT", kPrinted, {}},
+        {"--warn-older", "DAYS", kPrinted, {}},
 
         {"shell", "", "", {"bash", "zsh", "fish"}},
     };

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -123,6 +124,20 @@ std::optional<double> CardNumber(const std::vector<std::string>& cards, const st
     return value;
 }
 
+std::optional<std::int64_t> DayIn(const std::string& date)
+{
+    int year = 0, month = 0, day = 0;
+    char one = 0, other = 0;
+    if (std::sscanf(date.c_str(), "%4d%c%2d%c%2d", &year, &one, &month, &other, &day) != 5 || one != other ||
+        (one != '-' && one != ':') || year < 1900 || month < 1 || month > 12 || day < 1 || day > 31)
+        return std::nullopt;
+    // Years that begin in March, so that the day that is sometimes added is the last one of its year.
+    const std::int64_t shifted = year - (month < 3 ? 1 : 0);
+    const std::int64_t dayOfYear = (153 * (month + (month < 3 ? 9 : -3)) + 2) / 5 + day - 1;
+    constexpr std::int64_t kDaysTo1970 = 719468; // from 0000-03-01
+    return shifted * 365 + shifted / 4 - shifted / 100 + shifted / 400 + dayOfYear - kDaysTo1970;
+}
+
 std::vector<std::string> CardsThatHold(const std::vector<std::string>& cards)
 {
     std::vector<std::string> holding;
@@ -159,6 +174,8 @@ void TakeConditions(const std::vector<std::string>& cards, TPageMetadata& metada
         metadata.binningX = static_cast<int>(*x);
     if (const auto y = first({"YBINNING"}, binning))
         metadata.binningY = static_cast<int>(*y);
+    if (const std::optional<std::string> date = CardText(cards, "DATE-OBS"))
+        metadata.takenDay = DayIn(*date);
     const auto depth = [](double value) { return value > 8 && value <= 16 && value == std::floor(value); };
     if (const auto bits = first({"BITDEPTH", "ADCBITS", "SIGBITS"}, depth))
         metadata.significantBits = static_cast<int>(*bits);

@@ -21,6 +21,9 @@ std::optional<double> CardNumber(const std::vector<std::string>& cards, const st
 // Without what tells how the pixels are stored, and without sums and extremes of the pixels.
 std::vector<std::string> CardsThatHold(const std::vector<std::string>& cards);
 
+// The day of "2026-11-22" or "2026:11:22", whatever follows, counted from 1970-01-01.
+std::optional<std::int64_t> DayIn(const std::string& date);
+
 // Fills in how the page was taken, as far as the cards say.
 void TakeConditions(const std::vector<std::string>& cards, TPageMetadata& metadata);
 

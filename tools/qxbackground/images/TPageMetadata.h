@@ -17,6 +17,7 @@ struct TPageMetadata {
     std::optional<double> electronsPerAdu; // EGAIN
     std::optional<double> sensorCelsius;
     std::optional<int> binningX, binningY;
+    std::optional<std::int64_t> takenDay; // since 1970-01-01
     // The bits that the file itself says are used, counted from the lowest; 0 when it does not say.
     int significantBits = 0;
 

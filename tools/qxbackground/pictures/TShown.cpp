@@ -54,7 +54,8 @@ TStretch TShown::Stretch() const
     const bool isSmooth = most - middle <= kSmooth * (many - middle);
     const double high = isSmooth ? most : std::min(most, std::max(many, middle + kSky * (middle - low)));
     const int black = static_cast<int>(std::floor(low)), white = static_cast<int>(std::ceil(high));
-    return white > black ? TStretch{black, white} : TStretch{std::max(0, black - 1), black + 1}; // all the same: gray
+    return white > black ? TStretch{black, white}
+                         : TStretch{std::max(0, black - 1), std::min(black + 1, 65535)}; // all the same
 }
 
 void TShown::DrawInto(TPicture& picture, int left, int top, const TStretch& stretch) const

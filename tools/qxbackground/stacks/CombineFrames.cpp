@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "stacks/TFrameHeaders.h"
 #include "stacks/TFrameLevels.h"
 #include "stacks/TFrameShelf.h"
 #include "stacks/TFrameWatch.h"
@@ -167,14 +168,22 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
                           const std::string& what, TDarkNoise* darkNoise)
 {
     TFrameWatch watch;
+    TFrameHeaders headers(how.headers);
     const auto look = [&](const TPage& page) {
+        headers.Add(paths[page.file], page.number, page.metadata);
         watch.Add(paths[page.file], page.number, page.image);
         if (darkNoise != nullptr)
             darkNoise->Add(page.image);
     };
+    const auto tell = [&](TFrameStack& stack) {
+        stack.warnings = headers.Warnings(what);
+        for (const std::string& warning : watch.Warnings(what))
+            stack.warnings.push_back(warning);
+        stack.shot = headers.Common();
+    };
     if (how.IsPlain()) {
         TFrameStack stack = ReadFrames(paths, options, look, what, how.keepExact);
-        stack.warnings = watch.Warnings(what);
+        tell(stack);
         return stack;
     }
     std::optional<TFrameShelf> shelf;
@@ -202,7 +211,7 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
         stack.notes.push_back(
             fmt::format("Brought to the level of the middle one: {} by {:+} to {:+} ADU", what, *least, *most));
     }
-    stack.warnings = watch.Warnings(what);
+    tell(stack);
     return stack;
 }
 

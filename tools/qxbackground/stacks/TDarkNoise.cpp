@@ -16,16 +16,17 @@ constexpr std::size_t kOneSide = 1 + 2 * 12; // bands of half an octave, up to 6
 constexpr std::size_t kFarthest = 8191;      // ADU between two values; more counts as that
 constexpr std::uint64_t kEnough = 64;        // pairs of values in a band that is to count
 
+// In whole numbers: a logarithm may be rounded otherwise on another system.
 std::size_t BandOf(int above)
 {
-    const int distance = std::abs(above);
-    if (distance < kFinest)
-        return above < 0 ? kOneSide : 0;
-    const auto half = static_cast<std::size_t>(2 * std::log2(static_cast<double>(distance) / kFinest));
-    return std::min(1 + half, kOneSide - 1) + (above < 0 ? kOneSide : 0);
+    const std::int64_t distance = std::abs(above);
+    std::size_t band = 0;
+    for (std::int64_t square = distance * distance / (kFinest * kFinest); square > 0; square /= 2)
+        ++band;
+    return std::min(band, kOneSide - 1) + (above < 0 ? kOneSide : 0);
 }
 
-// BandOf takes a logarithm; a table takes none.
+// One for each possible level.
 const std::vector<std::uint8_t>& Bands()
 {
     static const std::vector<std::uint8_t> table = [] {

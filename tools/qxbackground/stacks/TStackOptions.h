@@ -1,6 +1,8 @@
 #ifndef QXBACKGROUND_STACKS_TSTACKOPTIONS_H
 #define QXBACKGROUND_STACKS_TSTACKOPTIONS_H
 
+#include "stacks/THeaderDemands.h"
+
 #include <cstddef>
 #include <string>
 
@@ -18,6 +20,7 @@ struct TStackOptions {
     bool alignLevels = false;                    // every frame is first brought to the level of the middle one
     bool keepExact = false;                      // the average is wanted before it is rounded, too
     std::size_t memory = std::size_t{128} << 20; // bytes of frames that are held at a time
+    THeaderDemands headers;
 
     // Whether this is what the library does by itself.
     bool IsPlain() const

@@ -2,6 +2,7 @@
 #include "base/JsonText.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "calibration/Keys.h"
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
@@ -35,17 +36,21 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     if (before.exists)
         LoadWhole(object, options.file);
+    TConditions conditions = options.conditions;
     TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
-    const TFrameStack stack = ReadDarks(options.darks, options.input);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
-                   static_cast<float>(options.conditions.exposureSeconds),
-                   static_cast<float>(options.conditions.lightIntensityPercent));
+                   static_cast<float>(conditions.exposureSeconds),
+                   static_cast<float>(conditions.lightIntensityPercent));
     });
     SaveReplacing(object, options.file, before);
+    const std::vector<std::string> doubts =
+        HotterThanLonger(options.file, WalkCalibrationFile(options.file).corrections, options.key);
+    stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
     const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(options.file), options.key, stack);
     if (options.json) {
-        nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
+        nlohmann::json json = DarksJson(stack, options.darks, conditions);
         json["file"] = options.file;
         json["key"] = options.key;
         json["corrections"] = object.Count();
@@ -54,9 +59,8 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
         return;
     }
     std::cout << (before.exists ? "Added '" : "Created the file with '") << Printable(options.key) << "' from "
-              << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels ("
-              << options.conditions.Text() << "): " << options.file << " holds "
-              << Counted(object.Count(), "correction") << '\n';
+              << DarksText(stack, options.darks) << " of " << stack.Size().Text() << " pixels (" << conditions.Text()
+              << "): " << options.file << " holds " << Counted(object.Count(), "correction") << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
     provenance.Print();

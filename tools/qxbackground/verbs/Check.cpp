@@ -3,8 +3,10 @@
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "calibration/SteadyRead.h"
 #include "calibration/TCalibrationWalk.h"
+#include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/ProvenanceCheck.h"
 #include "verbs/Verbs.h"
@@ -44,6 +46,11 @@ TCalibrationWalk CheckedWalk(const TContext& context, const std::string& path)
     return walk;
 }
 
+std::vector<std::string> WarningsOf(const std::string& path, const TCalibrationWalk& walk)
+{
+    return walk.Whole() ? HotterThanLonger(path, walk.corrections) : std::vector<std::string>();
+}
+
 void PrintCheck(const std::string& path, const TCalibrationWalk& walk)
 {
     for (const TDeparture& departure : walk.departures)
@@ -53,6 +60,7 @@ void PrintCheck(const std::string& path, const TCalibrationWalk& walk)
         std::cout << Counted(walk.groupingNames.size(), "grouping name") << ", ";
     std::cout << Counted(walk.corrections.size(), "correction") << ", " << Counted(walk.fileBytes, "byte") << ": ";
     std::cout << (walk.Whole() ? "loads whole" : Counted(walk.departures.size(), "departure")) << '\n';
+    PrintWarnings(WarningsOf(path, walk));
 }
 
 nlohmann::json CheckJson(const std::string& path, const TCalibrationWalk& walk)
@@ -66,7 +74,8 @@ nlohmann::json CheckJson(const std::string& path, const TCalibrationWalk& walk)
             {"corrections", walk.corrections.size()},
             {"bytes", walk.fileBytes},
             {"whole", walk.Whole()},
-            {"departures", departures}};
+            {"departures", departures},
+            {"warnings", WarningsOf(path, walk)}};
 }
 
 void RunCheck(TContext& context, const TCheckOptions& options)

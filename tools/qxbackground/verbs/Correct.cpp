@@ -44,13 +44,19 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
 {
     QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
     TCorrectionSetup setup;
+    TConditions darkConditions = options.darkConditions;
+    TShot darks;
     const std::string what = [&] {
-        TDarkOptions darks = options.darks;
-        darks.stack.keepExact = options.unfiltered;
+        TDarkOptions darkOptions = options.darks;
+        darkOptions.stack.keepExact = options.unfiltered;
         TDarkNoise noise;
-        TFrameStack stack = ReadDarks(darks, options.correct.input,
-                                      options.repairsNoisy ? &noise : nullptr); // freed once the correction is built
+        // Freed once the correction is built.
+        TFrameStack stack = ReadDarks(darkOptions, options.correct.input, "--dark-exposure", darkConditions,
+                                      options.repairsNoisy ? &noise : nullptr);
+        darks = stack.shot;
+        darks.exposureSeconds.reset();
         setup = ReadSetup(options.correct, stack.Size(), options.unfiltered);
+        WarnOfOtherCamera(darks, setup.bias, setup.warnings);
         if (!options.correct.bias.empty()) {
             for (std::size_t i = 0; i < stack.exact.size(); ++i)
                 stack.exact[i] -= static_cast<float>(setup.refinement.bias.pixels[i]) + setup.unfiltered.biasRest[i];
@@ -65,8 +71,8 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
             refinement.history.push_back("Dark frames combined: " + DarksText(stack, options.darks));
         Call(options.darks.files.front(), [&] {
             object.Add(kKey, stack.Pointers(), stack.Size().width, stack.Size().height,
-                       static_cast<float>(options.darkConditions.exposureSeconds),
-                       static_cast<float>(options.darkConditions.lightIntensityPercent));
+                       static_cast<float>(darkConditions.exposureSeconds),
+                       static_cast<float>(darkConditions.lightIntensityPercent));
         });
         if (options.repairsNoisy)
             KnowNoise(noise, stack, setup);
@@ -76,10 +82,19 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
         }
         setup.notes.insert(setup.notes.begin(), stack.notes.begin(), stack.notes.end());
         setup.warnings.insert(setup.warnings.begin(), stack.warnings.begin(), stack.warnings.end());
-        return DarksText(stack, options.darks) + " (" + options.darkConditions.Text() + ")";
+        return DarksText(stack, options.darks) + " (" + darkConditions.Text() + ")";
     }();
     Call(what, [&] { object.SetActive(kKey); });
-    CorrectImages(context, object, options.correct, what, setup);
+    const TCorrectionPlan plan(options.correct, false, [&](const std::string&, const TShot&, TSize) {
+        TTurn turn;
+        turn.object = &object;
+        turn.key = kKey;
+        turn.what = what;
+        turn.referenceProduct = darkConditions.Product();
+        turn.darks = darks;
+        return turn;
+    });
+    CorrectImages(context, plan, options.correct, setup);
 }
 
 } // namespace

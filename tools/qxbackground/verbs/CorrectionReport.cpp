@@ -18,6 +18,10 @@ namespace workbench {
 nlohmann::json RunJson(const TCorrectionReport& report, const TCorrectOptions& options)
 {
     nlohmann::json json{{"output", options.output}, {"pages", report.pages}};
+    json["corrections"] = nlohmann::json::array();
+    for (const TUsedCorrection& used : report.corrections)
+        json["corrections"].push_back(
+            {{"correction", used.what}, {"exposureSeconds", used.exposureSeconds}, {"scaledBy", used.factor}});
     if (!report.notes.empty())
         json["notes"] = report.notes;
     if (!report.warnings.empty())
@@ -77,7 +81,7 @@ void PrintStatistics(const TCorrectionReport& report, const TCorrectOptions& opt
 
 void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor)
 {
-    if (factor > 1.00001)
+    if (factor > 1.001) // what a shutter adds is no guess
         report.warnings.push_back(fmt::format("the background is scaled up by {:.4g}, and its noise{} with it; dark "
                                               "frames of the images' own exposure, or "
                                               "a longer one, need no guess",
@@ -107,9 +111,8 @@ void PrintReport(const TCorrectionReport& report, const TCorrectOptions& options
         std::cout << (report.failures.empty() ? std::string() : std::to_string(report.files.size()) + " of ")
                   << Counted(all, "file") << ", ";
     }
-    std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels ("
-              << options.conditions.Text() << ", level " << options.levelPercent << " %) with " << report.what << ": "
-              << options.output << '\n';
+    std::cout << Counted(report.pages, "page") << " of " << report.size.Text() << " pixels (" << report.conditions
+              << ", level " << options.levelPercent << " %) with " << report.what << ": " << options.output << '\n';
     PrintNotes(report.notes);
     if (!options.noStatistics)
         PrintStatistics(report, options);

@@ -5,6 +5,7 @@
 #include "images/TSeriesStatistics.h"
 #include "images/TSignificantBits.h"
 #include "verbs/Options.h"
+#include "verbs/TCorrectionPlan.h"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -29,7 +30,9 @@ struct TCorrectionReport {
         TPageFigures before, after;
     };
 
-    std::string what; // the correction, in words
+    std::vector<TUsedCorrection> corrections;
+    std::string what;       // the correction, in words
+    std::string conditions; // of the images
     std::vector<std::string> notes, warnings;
     TSize size;
     std::uint64_t pages = 0;           // corrected and written
@@ -42,7 +45,8 @@ struct TCorrectionReport {
     std::vector<std::string> picture; // what it shows, in words
 };
 
-// Adds lines about what does not look right: a background that is scaled up by `factor`, a result that is cut off.
+// Adds lines about what does not look right: a background that is scaled up by `factor` (or less), a result that is cut
+// off.
 void AddWarnings(TCorrectionReport& report, const TCorrectOptions& options, double factor);
 
 // Without figures: which files, what is to be told.

@@ -9,10 +9,10 @@
 #include "batch/TSeparateOutputs.h"
 #include "batch/TStatisticsSample.h"
 #include "images/TImageWriter.h"
+#include "stacks/TShotWatch.h"
 #include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionReport.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -26,35 +26,23 @@ using QX_KRLSDK::TBackgroundCorrection;
 // One page waits while one is corrected and one is written: more would only drive each other out of the caches.
 constexpr std::size_t kPagesAhead = 1;
 
-TBackgroundCorrection::TRegion ParseRegion(const std::string& text)
+// What the median filter took out of the turn's correction, scaled as the library scales the rest.
+std::vector<int> RestFor(const TTurn& turn, const TCorrectOptions& options, const TCorrectionSetup& setup,
+                         const TImage& background)
 {
-    TBackgroundCorrection::TRegion region;
-    int used = 0;
-    const int count =
-        std::sscanf(text.c_str(), "%9d,%9d,%9d,%9d%n", &region.left, &region.top, &region.width, &region.height, &used);
-    if (count != 4 || static_cast<std::size_t>(used) != text.size())
-        throw TToolError("--region: '" + text + "' is not left,top,width,height");
-    return region;
-}
-
-void Configure(TBackgroundCorrection& object, const TCorrectOptions& options)
-{
-    Call("--exposure", [&] {
-        object.SetExposureAndIntensity(static_cast<float>(options.conditions.exposureSeconds),
-                                       static_cast<float>(options.conditions.lightIntensityPercent));
-    });
-    Call("--level", [&] { object.SetLevel(options.levelPercent); });
-    if (!options.region.empty())
-        Call("--region", [&] { object.SetRegion(ParseRegion(options.region)); });
+    const TBackgroundCorrection::TRegion region = turn.object->Region();
+    return RestOf(setup.unfiltered, region.left, region.top, turn.factor * options.levelPercent / 100, background);
 }
 
 // A run, once the correction is ready. Pages are read, measured as they come, and corrected on the thread of the page
 // source; measured again and written on this one.
 class TCorrectionRun {
 public:
-    TCorrectionRun(TBackgroundCorrection& correction, const TCorrectOptions& wanted, TCorrectionReport& result,
-                   const TRefinement& also)
-        : object(correction), options(wanted), report(result), refinement(also),
+    // `planned` for images that are corrected as `wanted`; its first turn is configured.
+    TCorrectionRun(const TCorrectionPlan& planned, const TCorrectOptions& wanted, TCorrectionReport& result,
+                   const TRefinement& also, const TCorrectionSetup& known)
+        : plan(planned), turn(&plan.Turns().front()), options(wanted), report(result), refinement(also), setup(known),
+          watch(wanted.toleranceCelsius, wanted.olderDays),
           sample(wanted.noStatistics     ? TStatisticsSample::TExtent::None
                  : wanted.fullStatistics ? TStatisticsSample::TExtent::All
                                          : TStatisticsSample::TExtent::Some)
@@ -63,24 +51,57 @@ public:
     void IntoOneFile();
     void IntoFolder();
 
-    TImage firstBefore, firstAfter; // when there is to be a picture
+    // Of the first page that was corrected, when there is to be a picture; the background only where it is not that of
+    // the first turn.
+    TImage firstBefore, firstBackground, firstAfter;
+    std::vector<std::string> Warnings() const { return watch.Warnings(); }
 
 private:
     TPageSteps Steps();
+    void Take(const TTurn& next, const TPage& page);
     void Treat(const std::string& path, TPage& page);
     void Measure(const TPage& page);
     void TakeAll(TSeparateOutputs& outputs, TProgress& progress);
 
-    TBackgroundCorrection& object;
+    const TCorrectionPlan& plan;
+    const TTurn* turn; // that the library is configured for; null when that failed
     const TCorrectOptions& options;
     TCorrectionReport& report;
     TRefinement refinement; // of the region
+    const TCorrectionSetup& setup;
+    TShotWatch watch;
     TStatisticsSample sample;
     bool hasShown = false; // a page that was corrected
 };
 
+// Another exposure, or another correction.
+void TCorrectionRun::Take(const TTurn& next, const TPage& page)
+{
+    if (&next == turn)
+        return;
+    const bool isOtherCorrection = turn == nullptr || turn->object != next.object || turn->key != next.key;
+    turn = nullptr;
+    if (isOtherCorrection)
+        Activate(next, options);
+    else
+        SetExposure(next, options);
+    const bool isUnfiltered = setup.unfiltered.size.width > 0;
+    if (page.before || isUnfiltered) {
+        TImage background;
+        Call(next.what, [&] { background = ScaledBackground(*next.object); });
+        if (page.before)
+            report.background.Add(background);
+        if (isUnfiltered)
+            refinement.rest = RestFor(next, options, setup, background);
+    }
+    if (refinement.noisyPixels.Size().width > 0)
+        refinement.noisyPixels.Expect(next.factor, options.levelPercent / 100.0, refinement.hotPixels);
+    turn = &next;
+}
+
 void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
+    const TTurn& next = plan.For(path, page.file, page.number);
     page.before.reset();
     if (sample.Takes(page.image.pixels.size())) {
         page.before = report.before.Add(page.image);
@@ -89,9 +110,13 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
     page.isShown = !options.picture.empty() && !hasShown;
     if (page.isShown)
         firstBefore = page.image;
+    Take(next, page);
+    if (page.isShown && turn != &plan.Turns().front())
+        Call(turn->what, [&] { firstBackground = ScaledBackground(*turn->object); });
+    watch.Add(path, ShotOf(page.metadata), plan.Expected(*turn));
     refinement.Before(page.image);
     Call(path + ": page " + std::to_string(page.number),
-         [&] { object.Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
+         [&] { turn->object->Apply(page.image.pixels.data(), static_cast<int>(page.image.pixels.size())); });
     hasShown = true;
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
@@ -228,25 +253,25 @@ TImage ScaledBackground(TBackgroundCorrection& object)
     return image;
 }
 
-void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorrectOptions& options,
-                   const std::string& what, const TCorrectionSetup& setup)
+void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrectOptions& options,
+                   const TCorrectionSetup& setup)
 {
-    Configure(object, options);
-    double factor = 0;
-    Call(what, [&] {
-        const auto reference = object.Reference();
-        factor =
-            options.conditions.exposureSeconds * options.conditions.lightIntensityPercent /
-            (static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent));
-    });
+    const TTurn& first = plan.Turns().front();
+    TBackgroundCorrection& object = *first.object;
+    const std::string& what = first.what;
+    Configure(first, options);
     if (options.dryRun) {
-        SayWhatWouldBeDone(context, options, what, SizeOf(object), factor, setup);
+        SayWhatWouldBeDone(context, options, plan, SizeOf(object), setup);
         return;
     }
     TCorrectionReport report;
-    report.what = what;
-    report.notes = setup.notes;
+    report.what = plan.What();
+    report.conditions = plan.ConditionsText();
+    report.notes = plan.Notes();
+    report.notes.insert(report.notes.end(), setup.notes.begin(), setup.notes.end());
     report.warnings = setup.warnings;
+    for (const std::string& warning : plan.Warnings())
+        report.warnings.push_back(warning);
     TImage background;
     const bool isUnfiltered = setup.unfiltered.size.width > 0;
     if (options.noStatistics && options.picture.empty() && !isUnfiltered) {
@@ -266,23 +291,26 @@ void CorrectImages(TContext& context, TBackgroundCorrection& object, const TCorr
         const TBackgroundCorrection::TRegion region = object.Region();
         refinement = setup.refinement.Cut(region.left, region.top, {region.width, region.height});
         if (isUnfiltered)
-            refinement.rest =
-                RestOf(setup.unfiltered, region.left, region.top, factor * options.levelPercent / 100, background);
+            refinement.rest = RestFor(first, options, setup, background);
     });
     if (refinement.noisyPixels.Size().width > 0)
-        refinement.noisyPixels.Expect(factor, options.levelPercent / 100.0, refinement.hotPixels);
+        refinement.noisyPixels.Expect(first.factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
-    TCorrectionRun run(object, options, report, refinement);
+    TCorrectionRun run(plan, options, report, refinement, setup);
     if (options.IsBatch())
         run.IntoFolder();
     else
         run.IntoOneFile();
 
     if (!options.picture.empty())
-        report.picture = WriteCorrectionPicture(options.picture, run.firstBefore, background, run.firstAfter,
-                                                ExistingFor(options.overwrite));
-    AddWarnings(report, options, factor);
+        report.picture = WriteCorrectionPicture(options.picture, run.firstBefore,
+                                                run.firstBackground.pixels.empty() ? background : run.firstBackground,
+                                                run.firstAfter, ExistingFor(options.overwrite));
+    report.corrections = plan.Used();
+    for (const std::string& warning : run.Warnings())
+        report.warnings.push_back(warning);
+    AddWarnings(report, options, plan.LargestFactor());
     PrintReport(report, options);
     if (!report.failures.empty())
         context.status = kSomeFailed;

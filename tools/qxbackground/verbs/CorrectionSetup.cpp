@@ -4,6 +4,7 @@
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "images/TImageWriter.h"
+#include "stacks/TShotWatch.h"
 #include "verbs/CorrectionReport.h"
 #include "verbs/DarkFrames.h"
 
@@ -41,6 +42,7 @@ TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size, bool unfi
         setup.refinement.bias = std::move(bias.average);
         setup.refinement.biasFrames = bias.frames;
         setup.warnings = bias.warnings;
+        setup.bias = bias.shot;
     }
     if (!options.hotList.empty()) {
         setup.refinement.hotPixels = THotPixels::Read(options.hotList);
@@ -52,13 +54,15 @@ TCorrectionSetup ReadSetup(const TCorrectOptions& options, TSize size, bool unfi
 }
 
 // Which images the run would correct, and which of them it could not.
-void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const std::string& what, TSize size,
-                        double factor, const TCorrectionSetup& setup)
+void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const TCorrectionPlan& plan, TSize size,
+                        const TCorrectionSetup& setup)
 {
+    TShotWatch watch(options.toleranceCelsius, options.olderDays);
     TCorrectionReport report;
-    report.notes = setup.notes;
+    report.notes = plan.Notes();
+    report.notes.insert(report.notes.end(), setup.notes.begin(), setup.notes.end());
     report.warnings = setup.warnings;
-    AddWarnings(report, options, factor);
+    report.corrections = plan.Used();
     std::string lines;
     for (std::size_t file = 0; file < options.inputs.size(); ++file) {
         const std::string& input = options.inputs[file];
@@ -66,8 +70,11 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
             std::uint64_t pagesOfFile = 0;
             const std::unique_ptr<TImageReader> reader = OpenImage(input, options.input);
             const std::string& output = options.IsBatch() ? options.outputs[file] : options.output;
-            for (; reader->NextPage(); ++pagesOfFile)
+            for (; reader->NextPage(); ++pagesOfFile) {
                 RequireSize(input, *reader, size);
+                const TTurn& turn = plan.For(input, file, reader->Page());
+                watch.Add(input, ShotOf(reader->Metadata()), plan.Expected(turn));
+            }
             RequireRoom(output, options.outputAs.FormatFor(output, reader->Format()),
                         options.IsBatch() ? pagesOfFile : report.pages + pagesOfFile);
             report.pages += pagesOfFile;
@@ -78,18 +85,24 @@ void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const
             lines += "  cannot be corrected: " + Printable(error.what()) + '\n';
         }
     }
+    for (const std::vector<std::string>& more : {plan.Warnings(), watch.Warnings()})
+        report.warnings.insert(report.warnings.end(), more.begin(), more.end());
+    AddWarnings(report, options, plan.LargestFactor());
+    std::string factors = fmt::format("{:.4g}", plan.LeastFactor());
+    if (const std::string largest = fmt::format("{:.4g}", plan.LargestFactor()); largest != factors)
+        factors += " to " + largest;
     if (!report.failures.empty())
         context.status = kSomeFailed;
     if (options.json) {
         nlohmann::json json = RunJson(report, options);
         json["dryRun"] = true;
-        json["correction"] = what;
-        json["factor"] = factor;
+        json["correction"] = plan.What();
+        json["factor"] = plan.LargestFactor();
         std::cout << JsonText(json);
         return;
     }
     std::cout << "Would correct " << Counted(report.pages, "page") << " of " << Counted(report.files.size(), "file")
-              << " with " << what << ", scaled by " << fmt::format("{:.4g}", factor) << "; nothing is written:\n"
+              << " with " << plan.What() << ", scaled by " << factors << "; nothing is written:\n"
               << lines;
     PrintNotes(report.notes);
     PrintWarnings(report.warnings);

@@ -5,6 +5,7 @@
 #include "images/TImageReader.h"
 #include "stacks/TRefinement.h"
 #include "verbs/Options.h"
+#include "verbs/TCorrectionPlan.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ namespace workbench {
 struct TCorrectionSetup {
     TRefinement refinement; // for whole frames
     TExactDark unfiltered;  // of no size: the library's median filter stays
+    TShot bias;             // how the bias frames were taken
     std::vector<std::string> notes, warnings;
 };
 
@@ -29,10 +31,9 @@ TSize SizeOf(const QX_KRLSDK::TBackgroundCorrection& object);
 // Throws TToolError naming both sizes when the reader's page is not of the wanted one.
 void RequireSize(const std::string& path, const TImageReader& reader, const TSize& wanted);
 
-// Which images a run would correct, and which of them it could not. `size` is that of the correction's region, `factor`
-// what its background is scaled by.
-void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const std::string& what, TSize size,
-                        double factor, const TCorrectionSetup& setup);
+// Which images a run would correct, and which of them it could not. `size` is that of the correction's region.
+void SayWhatWouldBeDone(TContext& context, const TCorrectOptions& options, const TCorrectionPlan& plan, TSize size,
+                        const TCorrectionSetup& setup);
 
 } // namespace workbench
 

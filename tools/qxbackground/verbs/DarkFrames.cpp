@@ -44,6 +44,17 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
             "longer stack waits "
             "in a temporary file meanwhile (default: 128)")
         ->check(BetweenWhole(1, 1 << 20));
+    verb.add_flag("--mixed", stack.headers.mayDiffer,
+                  "Take frames together whose headers say different exposures, gains or binnings; without it they are "
+                  "refused");
+}
+
+void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings)
+{
+    darks.exposureSeconds.reset();
+    for (const TShotDifference& difference : Differences(darks, bias))
+        warnings.push_back("by their headers the dark frames were taken with " + difference.what + " " +
+                           difference.one + ", the bias frames with " + difference.other);
 }
 
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise)
@@ -52,6 +63,7 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, T
     if (!options.bias.empty()) {
         const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
         SubtractBias(stack.average, bias.average);
+        WarnOfOtherCamera(stack.shot, bias.shot, stack.warnings);
         stack.biasFrames = bias.frames;
         stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
         stack.notes.push_back("Bias subtracted from the dark frames: the average of " +
@@ -60,10 +72,27 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, T
     return stack;
 }
 
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, const std::string& exposureOption,
+                      TConditions& conditions, TDarkNoise* noise)
+{
+    TDarkOptions asking = options;
+    asking.stack.headers.exposureOption = exposureOption;
+    asking.stack.headers.exposureSeconds = conditions.exposureSeconds;
+    TFrameStack stack = ReadDarks(asking, input, noise);
+    if (conditions.exposureSeconds > 0)
+        return stack;
+    if (!stack.shot.exposureSeconds)
+        throw TToolError(options.files.front(),
+                         "and the other dark frames say several exposure times; give one with " + exposureOption);
+    conditions.exposureSeconds = *stack.shot.exposureSeconds;
+    return stack;
+}
+
 TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size, bool keepExact)
 {
     TStackOptions plain;
     plain.keepExact = keepExact;
+    plain.headers.mayDiffer = true; // their exposures do not matter, and all else is told
     TFrameStack bias = CombineFrames(files, input, plain, "bias frames");
     if (bias.Size() != size)
         throw TToolError(files.front(),

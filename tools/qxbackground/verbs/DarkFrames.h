@@ -32,11 +32,18 @@ extern const char* const kHotSigmaHelp;
 TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size,
                      bool keepExact = false);
 
+// Adds a line for each setting of the camera in which bias frames differ from dark frames by their headers.
+void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings);
+
 // Adds a line when so many pixels were found that something else is the matter.
 void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);
 
 // The frame that the library gets, less the bias where there is one. `noise` sees every frame.
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise = nullptr);
+// The same for a correction, which has to know the exposure: `exposureOption` gave it, or the frames' headers say it
+// and it goes into `conditions`. Throws TToolError when neither does.
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, const std::string& exposureOption,
+                      TConditions& conditions, TDarkNoise* noise = nullptr);
 
 // "10 dark frames", and how they were combined where that is not the plain average.
 std::string DarksText(const TFrameStack& stack, const TDarkOptions& options);

@@ -38,6 +38,8 @@ std::vector<TChapter> Chapters()
                           "-o corrected.tif"},
             {"A folder of images, by whichever correction fits best",
              "qxbackground apply night.qxb --auto --exposure 60 --intensity 100 lights/ -o corrected/"},
+            {"FITS images of several exposures, each by its own header",
+             "qxbackground apply night.qxb --auto --intensity 100 fits/ -o corrected/"},
             {"First see what would be done",
              "qxbackground apply night.qxb --auto --exposure 90 --intensity 100 lights/ "
              "-o corrected/ --dry-run"}}}}},
@@ -81,7 +83,10 @@ std::vector<TChapter> Chapters()
           {{"store", "add"},
            {{"A correction, into the file of its group",
              "qxbackground store add store/cam --group Gain --group Temperature --key Gain,4,Temperature,-8,dark60 "
-             "--exposure 60 --intensity 100 darks/"}}},
+             "--exposure 60 --intensity 100 darks/"},
+            {"FITS frames, whose headers say exposure, gain and temperature",
+             "qxbackground store add store/cam --group Gain --group Temperature --key dark30 --intensity 100 "
+             "fits/m42_1.fits"}}},
           {{"store", "import"},
            {{"All corrections of another store", "qxbackground store import store/cam_Gain_1_Temperature_-8 "
                                                  "other/cam_Gain_2_Temperature_-8"}}},
@@ -102,7 +107,10 @@ std::vector<TChapter> Chapters()
            {{"The whole store", "qxbackground store copy store/cam store/copy --group Gain --group Temperature"}}},
           {{"store", "list"}, {{"What is in it", "qxbackground store list store/cam_Gain_1_Temperature_-8"}}},
           {{"store", "apply"},
-           {{"Images of one group",
+           {{"FITS images, each by the group that its header asks for",
+             "qxbackground store apply store/cam --group Gain --group Temperature --auto --intensity 100 fits/ "
+             "-o corrected/"},
+            {"Images of one group",
              "qxbackground store apply store/cam_Gain_1_Temperature_-8 --key Gain,1,Temperature,-8,dark60 "
              "--exposure 60 --intensity 100 lights/ -o corrected/"}}}}},
         {"This program",

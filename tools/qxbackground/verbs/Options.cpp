@@ -35,8 +35,10 @@ std::string TConditions::Text() const
 
 void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions)
 {
-    verb.add_option("--" + prefix + "exposure", conditions.exposureSeconds, "Exposure time of " + whose + " in seconds")
-        ->required()
+    verb.add_option("--" + prefix + "exposure", conditions.exposureSeconds,
+                    "Exposure time of " + whose +
+                        " in seconds. Not needed where their headers say it (EXPTIME or EXPOSURE, in FITS and in TIFF "
+                        "made of it); when given, it counts")
         ->check(AboveZero());
     verb.add_option("--" + prefix + "intensity", conditions.lightIntensityPercent,
                     "Light intensity of " + whose + " in percent")
@@ -171,6 +173,16 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
     AddOutputOptions(verb, options.outputAs);
     verb.add_flag("--dry-run", options.dryRun,
                   "Say what would be done, and which images do not fit; no image is corrected, nothing is written");
+    verb.add_option("--temperature-tolerance", options.toleranceCelsius,
+                    "By how many degrees the sensor's temperature may differ from that of the dark frames, where the "
+                    "headers say both")
+        ->check(Between(0, 1000))
+        ->capture_default_str();
+    verb.add_option("--warn-older", options.olderDays,
+                    "Warn when the dark frames are more than so many days older than the images, by their headers or, "
+                    "of a calibration file, by its own date")
+        ->check(BetweenWhole(0, 1000000))
+        ->capture_default_str();
     verb.add_option("--warn-clipped", options.clippedPercent,
                     "Warn when the correction cuts more than so many percent of the pixels off at zero (not with "
                     "--no-statistics)")

@@ -12,13 +12,19 @@ namespace workbench {
 
 // The exposure (seconds) and light intensity (percent) at which frames were taken.
 struct TConditions {
-    double exposureSeconds = 0;
+    double exposureSeconds = 0; // 0: not given, the frames' headers say it
     double lightIntensityPercent = 0;
 
     std::string Text() const;
+    // In single precision, as the library keeps what it is told of dark frames.
+    double Product() const
+    {
+        return static_cast<double>(static_cast<float>(exposureSeconds)) *
+               static_cast<double>(static_cast<float>(lightIntensityPercent));
+    }
 };
 
-// Adds the two required options, their names behind `prefix` ("--dark-exposure" with "dark-").
+// Adds the two options, their names behind `prefix` ("--dark-exposure" with "dark-"). Headers may say the exposure.
 void AddConditions(TVerb& verb, const std::string& prefix, const std::string& whose, TConditions& conditions);
 
 // How frames are read, for every verb that reads some: --raw.
@@ -43,7 +49,9 @@ struct TCorrectOptions {
     TOutputOptions outputAs;
     bool overwrite = false;
     bool dryRun = false;
-    double clippedPercent = 1; // of the pixels: more of them at zero are worth a word
+    double toleranceCelsius = 1; // that the sensor's temperature may differ from that of the dark frames
+    int olderDays = 365;         // that the dark frames may be older than the images
+    double clippedPercent = 1;   // of the pixels: more of them at zero are worth a word
     bool json = false;
     bool noStatistics = false;
     bool fullStatistics = false;

@@ -85,9 +85,15 @@ private:
             }
             ++check.framesCompared;
             const std::uintmax_t bytes = fs::file_size(path, error);
-            if (bytes != frame.bytes)
+            if (bytes != frame.bytes) {
                 Differs(key, path + " has " + Counted(bytes, "byte") + ", not " + std::to_string(frame.bytes));
-            else if (!frame.sha256.empty() && Sha256Of(path) != frame.sha256)
+                continue;
+            }
+            const std::string found = frame.sha256.empty() ? std::string() : Sha256Of(path);
+            ThrowIfInterrupted();
+            if (found.empty() && !frame.sha256.empty())
+                Differs(key, path + " cannot be read, or changes all the time");
+            else if (found != frame.sha256)
                 Differs(key, path + " has other content than the frame that was used (its SHA-256 differs)");
         }
     }

@@ -7,7 +7,6 @@
 #include "calibration/SteadyRead.h"
 #include "calibration/TStorePlace.h"
 #include "calibration/TWorkingFolder.h"
-#include "verbs/CorrectionRun.h"
 #include "verbs/StoreVerbs.h"
 #include "verbs/Verbs.h"
 
@@ -97,21 +96,6 @@ void ListStore(const TContext& context, const TStoreListOptions& options)
               << listing.text;
 }
 
-struct TStoreApplyOptions {
-    TStoreOptions store;
-    std::string key;
-    TCorrectOptions correct;
-};
-
-void ApplyFromStore(TContext& context, const TStoreApplyOptions& options)
-{
-    const TStorePlace place = FindStore(options.store.base, options.store.groups);
-    TBackgroundCorrection object = OpenInStore(context, place, options.key);
-    const std::string file = place.PathOf(GroupFileOf(place, options.key)).string();
-    CorrectImages(context, object, options.correct, "'" + Printable(options.key) + "' of " + file,
-                  ReadSetup(options.correct, SizeOf(object)));
-}
-
 } // namespace
 
 TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key)
@@ -164,15 +148,7 @@ void AddStoreVerb(TVerb& app, TContext& context)
         AddJsonOption(verb, options->json);
         verb.Run([&context, options] { ListStore(context, *options); });
     }
-    {
-        TVerb& verb = store.AddVerb("apply", "Correct images with a correction of a store");
-        const auto options = std::make_shared<TStoreApplyOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Reads);
-        AddKeyOption(verb, options->key)->required();
-        AddCorrectOptions(verb, options->correct);
-        verb.AddNote(kSomeFailedHelp);
-        verb.Run([&context, options] { ApplyFromStore(context, *options); });
-    }
+    AddStoreApplyVerb(store, context);
 }
 
 } // namespace workbench

@@ -3,6 +3,7 @@
 #include "base/Names.h"
 #include "base/Wording.h"
 #include "calibration/CalibrationFile.h"
+#include "calibration/Doubts.h"
 #include "calibration/Keys.h"
 #include "calibration/NewGroups.h"
 #include "calibration/SteadyRead.h"
@@ -12,6 +13,7 @@
 #include "verbs/DarkFrames.h"
 #include "verbs/Options.h"
 #include "verbs/ProvenanceRecord.h"
+#include "verbs/StoreGroups.h"
 #include "verbs/StoreVerbs.h"
 #include "verbs/TBuildProvenance.h"
 
@@ -50,33 +52,42 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
 {
     CheckKey(options.key, "--key");
     const TStorePlace place = FindStore(options.store.base, options.store.groups);
-    const std::string file = GroupFileOf(place, options.key);
-    AgreeOnNewGroups(place, {options.key}, options.newGroup);
+    const bool isOpen = MayBeCompleted(place, options.key); // by the frames' headers, which are read with the frames
+    if (!isOpen)
+        AgreeOnNewGroups(place, {options.key}, options.newGroup);
+    TConditions conditions = options.conditions;
     TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
-    const TFrameStack stack = ReadDarks(options.darks, options.input);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
+    CheckKey(key, "--key");
+    const std::string file = GroupFileOf(place, key);
+    if (isOpen)
+        AgreeOnNewGroups(place, {key}, options.newGroup);
     TScratchStore scratch(place, {file});
     {
         const TWorkingFolder working(scratch.Folder());
         TBackgroundCorrection object = scratch.Open(context);
-        Call(About(place, options.key), [&] {
-            object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
-                       static_cast<float>(options.conditions.exposureSeconds),
-                       static_cast<float>(options.conditions.lightIntensityPercent));
+        Call(About(place, key), [&] {
+            object.Add(key, stack.Pointers(), stack.Size().width, stack.Size().height,
+                       static_cast<float>(conditions.exposureSeconds),
+                       static_cast<float>(conditions.lightIntensityPercent));
         });
         scratch.SaveAndCommit(object);
     }
-    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(place), options.key, stack);
+    const std::string path = place.PathOf(file).string();
+    const std::vector<std::string> doubts = HotterThanLonger(path, WalkCalibrationFile(path).corrections, key);
+    stack.warnings.insert(stack.warnings.end(), doubts.begin(), doubts.end());
+    const TProvenanceOutcome provenance = recorder.Record(TCalibrationPlace(place), key, stack);
     if (options.json) {
-        nlohmann::json json = DarksJson(stack, options.darks, options.conditions);
-        json["file"] = place.PathOf(file).string();
-        json["key"] = options.key;
+        nlohmann::json json = DarksJson(stack, options.darks, conditions);
+        json["file"] = path;
+        json["key"] = key;
         provenance.AddTo(json);
         std::cout << JsonText(json);
         return;
     }
-    std::cout << "Added '" << Printable(options.key) << "' from " << DarksText(stack, options.darks) << " of "
-              << stack.Size().Text() << " pixels (" << options.conditions.Text() << ") to the group file "
-              << place.PathOf(file).string() << '\n';
+    std::cout << "Added '" << Printable(key) << "' from " << DarksText(stack, options.darks) << " of "
+              << stack.Size().Text() << " pixels (" << conditions.Text() << ") to the group file " << path << '\n';
     PrintNotes(stack.notes);
     PrintWarnings(stack.warnings);
     provenance.Print();
@@ -297,7 +308,11 @@ void AddStoreChangeVerbs(TVerb& store, const TContext& context)
         TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
         const auto options = std::make_shared<TStoreAddOptions>();
         AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.add_option("--key", options->key, std::string(kKeyHelp) + ". It names its group: A,1,B,2")->required();
+        verb.add_option("--key", options->key,
+                        std::string(kKeyHelp) + ". It names its group: A,1,B,2. Values of Gain, "
+                                                "Binning, Temperature and Exposure may be left "
+                                                "out where the frames' headers say them")
+            ->required();
         AddConditions(verb, "", "the dark frames", options->conditions);
         AddInputOptions(verb, options->input);
         AddDarkOptions(verb, options->darks);

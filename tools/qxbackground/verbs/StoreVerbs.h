@@ -6,6 +6,7 @@
 
 #include "commandline/TVerb.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,7 @@ void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 QX_KRLSDK::TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key);
 
 // Each adds one verb or some to those of `store`.
+void AddStoreApplyVerb(TVerb& store, TContext& context);
 void AddStoreChangeVerbs(TVerb& store, const TContext& context);
 void AddStoreShowVerb(TVerb& store, const TContext& context);
 void AddStoreExportVerb(TVerb& store);

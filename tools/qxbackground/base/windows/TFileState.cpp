@@ -24,12 +24,13 @@ TFileState StateOf(const fs::path& path)
     if (!file.IsOpen() || GetFileInformationByHandle(file.Get(), &found) == 0)
         return state;
     constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+    constexpr std::int64_t kSecondsTo1970 = 11'644'473'600; // from 1601, when the system's clock starts
     const std::uint64_t changed = Joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
     state.exists = true;
     state.device = found.dwVolumeSerialNumber;
     state.inode = Joined(found.nFileIndexHigh, found.nFileIndexLow);
     state.bytes = static_cast<std::int64_t>(Joined(found.nFileSizeHigh, found.nFileSizeLow));
-    state.changedSeconds = static_cast<std::int64_t>(changed / kTicksPerSecond);
+    state.changedSeconds = static_cast<std::int64_t>(changed / kTicksPerSecond) - kSecondsTo1970;
     state.changedNanoseconds = static_cast<std::int64_t>(changed % kTicksPerSecond * 100);
     return state;
 }

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr auto kPatienceWithReaders = std::chrono::seconds(10);
+constexpr auto kMovePatience = std::chrono::seconds(10);
 constexpr auto kPause = std::chrono::milliseconds(5);
 
 // Somebody who reads a file, a virus scanner for one, keeps it from being replaced or moved for as long.
@@ -29,7 +29,7 @@ std::error_code MovePatiently(const fs::path& from, const fs::path& to, DWORD fl
             return {};
         const DWORD error = GetLastError();
         const bool mayPass = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
-        if (!mayPass || Interrupted() || std::chrono::steady_clock::now() - start > kPatienceWithReaders)
+        if (!mayPass || Interrupted() || std::chrono::steady_clock::now() - start > kMovePatience)
             return SystemError(error);
         std::this_thread::sleep_for(kPause);
     }

@@ -177,7 +177,8 @@ class Json(Scene):
     """--json: one document on the standard output and nothing beside it."""
 
     def of(self, *words, status=0):
-        return json.loads(self.tool(*words, "--json", status=status))
+        text = self.tool(*words, "--json", status=status)
+        return json.loads(text.replace("\\\\", "/"))  # in the paths of Windows
 
     def test_every_verb_that_tells_something_has_it(self):
         without = [name for name, verb in VERBS.items() if "--json" not in [o["name"] for o in verb["options"]]]

@@ -84,6 +84,8 @@ class Scene:
                 words = [NEW_KEY if builds else OLD_KEY]
             elif name == "new-key":
                 words = [NEW_KEY]
+            elif name.endswith("exposure") and "headers say it" in option["help"]:  # which the files of the scene do not
+                words = ["1"]
             elif not option["required"]:
                 continue
             elif option["choices"]:

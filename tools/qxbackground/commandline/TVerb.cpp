@@ -1,5 +1,7 @@
 #include "commandline/TVerb.h"
 
+#include "base/TToolError.h"
+
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -91,9 +93,20 @@ void TVerb::AddNote(const std::string& text)
         notes.push_back(text);
 }
 
+void TVerb::RefuseTakenOptions() const
+{
+    for (const CLI::Option* taker : Options()) {
+        for (const std::string& value : taker->results()) {
+            if (value.compare(0, 2, "--") == 0 && get_option_no_throw(value) != nullptr)
+                throw TToolError(taker->get_name() + " needs a value behind it; '" + value + "' stands there");
+        }
+    }
+}
+
 void TVerb::Run(std::function<void()> action)
 {
     callback([this, action = std::move(action)] {
+        RefuseTakenOptions();
         TPathPlan plan;
         for (const TVerb* verb = this; verb != nullptr; verb = verb->parent) {
             for (const TPathOption& path : verb->paths) {

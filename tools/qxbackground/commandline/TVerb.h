@@ -66,6 +66,8 @@ public:
     TVerb* Find(const std::vector<std::string>& words);
 
 private:
+    // A value that was left out lets its option take the name of the next one, which may be none that has to be there.
+    void RefuseTakenOptions() const;
     CLI::Option* Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill);
 
     const TVerb* parent;

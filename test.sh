@@ -120,7 +120,6 @@ step "packages" scripts/install-deps.sh "$level"
 if command -v ccache >/dev/null; then
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
     export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
-    export CCACHE_DEPEND=1 # what the compiler says of its headers will do: no second look at them
 fi
 if [[ " ${presets[*]} " == *" windows-tool "* ]]; then
     lane scripts/windows-libraries.sh >/dev/null

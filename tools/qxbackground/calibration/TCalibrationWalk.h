@@ -18,10 +18,7 @@ struct TStoredCorrection {
     std::uint64_t pixelOffset = 0; // of its first pixel
 
     // Exposure x intensity, which the background is in proportion to.
-    double Product() const
-    {
-        return static_cast<double>(exposureSeconds) * static_cast<double>(lightIntensityPercent);
-    }
+    double Product() const { return static_cast<double>(exposureSeconds) * static_cast<double>(lightIntensityPercent); }
 };
 
 struct TDeparture {

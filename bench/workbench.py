@@ -26,8 +26,10 @@ DARKS, MANY_DARKS, LIGHTS = 20, 200, 100
 DISTINCT = 20  # files of their own; the others are further names of them
 OWN_RIVALS = {"numpy": "tif", "opencv": "tif", "siril": "fits", "ccdproc": "fits"}
 TITLES = {"numpy": "numpy + tifffile", "opencv": "OpenCV (Python)", "siril": "Siril", "ccdproc": "ccdproc"}
-WORKS = {"dark20": f"master dark of {DARKS}", "correct": f"correct {LIGHTS} lights, as it comes",
-         "correct-plain": f"correct {LIGHTS} lights, `--no-statistics`", "dark200": f"master dark of {MANY_DARKS}"}
+WORKS = {"dark20": f"master dark of {DARKS}", "dark20-plain": f"master dark of {DARKS}, `--no-provenance`",
+         "correct": f"correct {LIGHTS} lights, as it comes",
+         "correct-plain": f"correct {LIGHTS} lights, `--no-statistics`", "dark200": f"master dark of {MANY_DARKS}",
+         "dark200-plain": f"master dark of {MANY_DARKS}, `--no-provenance`"}
 
 
 # ---- the rivals: each at its best that is as short as a script is -------------------------------------------------------
@@ -180,8 +182,10 @@ def measure(command, cores, timed_itself=False):
 
 def tool_command(tool, work, folder, out, ending):
     if work.startswith("dark"):
-        pattern = "darks00[01]?" if work == "dark20" else "darks*"
-        return [tool, "build", f"{out}/master.qxb", "--key", "k", *CONDITIONS, f"{folder}/darks.{ending}/{pattern}.{ending}"]
+        pattern = "darks00[01]?" if work in ("dark20", "dark20-plain") else "darks*"
+        more = ["--no-provenance"] if work.endswith("-plain") else []
+        return [tool, "build", f"{out}/master.qxb", "--key", "k", *CONDITIONS, *more,
+                f"{folder}/darks.{ending}/{pattern}.{ending}"]
     more = ["--no-statistics"] if work == "correct-plain" else []
     return [tool, "apply", f"{folder}/master.{ending}.qxb", "--key", "k", *CONDITIONS, *more, f"{folder}/lights.{ending}",
             "-o", f"{out}/"]

@@ -175,14 +175,15 @@ std::string OptionSection(const TVerb& root, const TProgramText& program)
             names += (names.empty() ? "" : ", ") + ShortName(*verb, program);
         }
     }
-    std::stable_sort(told.begin(), told.end(),
-                     [](const TToldOption& one, const TToldOption& other) { return one.text.name < other.text.name; });
+    std::multimap<std::string, const TToldOption*> byName; // those of one name in the order of the verbs
+    for (const TToldOption& one : told)
+        byName.emplace(one.text.name, &one);
     std::string page;
     for (const TOptionText& text : OptionTexts(root))
         page += Term(Bold(text.Synopsis()), text.FullHelp() + ".");
     page += ".SS Options of verbs\n";
-    for (const TToldOption& one : told)
-        page += Term(Bold(one.text.Synopsis()), one.text.FullHelp() + ". (" + one.verbs + ")");
+    for (const auto& [name, one] : byName)
+        page += Term(Bold(one->text.Synopsis()), one->text.FullHelp() + ". (" + one->verbs + ")");
     return Section("OPTIONS", page);
 }
 

@@ -3,6 +3,7 @@
 #include "commandline/Vocabulary.h"
 
 #include <algorithm>
+#include <list>
 
 namespace workbench {
 
@@ -104,14 +105,16 @@ std::string TOptionText::FullHelp() const
 
 std::vector<TOptionText> OptionTexts(const TVerb& verb)
 {
-    std::vector<TOptionText> texts;
+    // Arguments first, as they are declared, then options by their places in the vocabulary.
+    std::list<TOptionText> sorted;
     for (const CLI::Option* option : verb.Options())
-        texts.push_back(TextOf(verb, option));
-    std::stable_sort(texts.begin(), texts.end(), [](const TOptionText& one, const TOptionText& other) {
+        sorted.push_back(TextOf(verb, option));
+    sorted.sort([](const TOptionText& one, const TOptionText& other) {
         if (one.isArgument || other.isArgument)
             return one.isArgument && !other.isArgument;
         return PlaceOf(one.name) < PlaceOf(other.name);
     });
+    std::vector<TOptionText> texts(sorted.begin(), sorted.end());
     texts.push_back(Flag("--help", "-h", "Print this help and exit"));
     if (verb.Parent() == nullptr) {
         texts.push_back(Flag("--version", "", "Print the version and exit"));

@@ -14,7 +14,7 @@ namespace {
 constexpr int kFinest = 16;                  // ADU from the usual level, of the first band on either side
 constexpr std::size_t kOneSide = 1 + 2 * 12; // bands of half an octave, up to 65535 ADU
 constexpr std::size_t kFarthest = 8191;      // ADU between two values; more counts as that
-constexpr std::uint64_t kEnough = 64;        // pairs of values in a band that is to count
+constexpr std::uint64_t kPairsInBand = 64;   // pairs of values in a band that is to count
 
 // In whole numbers: a logarithm may be rounded otherwise on another system.
 std::size_t BandOf(int above)
@@ -141,7 +141,7 @@ std::optional<TNoiseLaw> TDarkNoise::Law() const
     };
     std::vector<TPoint> points;
     for (const TBand& band : bands) {
-        if (band.count >= kEnough) {
+        if (band.count >= kPairsInBand) {
             const double variance = band.Variance();
             points.push_back(
                 {band.levels / static_cast<double>(band.count), variance, static_cast<double>(band.count), variance});

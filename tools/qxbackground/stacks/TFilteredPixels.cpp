@@ -10,7 +10,7 @@ namespace workbench {
 
 namespace {
 
-constexpr int kMost = 32767;
+constexpr int kFarthestMove = 32767;
 
 } // namespace
 
@@ -27,7 +27,7 @@ void TFilteredPixels::Add(const unsigned char* bytes, std::size_t count)
     std::int16_t* const to = moves.data() + begin;
     for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
         const int move = int{from[pixel]} - (bytes[2 * pixel] | bytes[2 * pixel + 1] << 8);
-        to[pixel] = static_cast<std::int16_t>(std::clamp(move, -kMost, kMost));
+        to[pixel] = static_cast<std::int16_t>(std::clamp(move, -kFarthestMove, kFarthestMove));
     }
 }
 
@@ -43,7 +43,7 @@ void TFilteredPixels::Count(double sigma)
     const auto middle = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
     std::nth_element(distances.begin(), middle, distances.end());
     const double far = sigma * std::max(1.4826 * *middle, 1.0);
-    const int most = static_cast<int>(std::min(far, kMost - 1.0));
+    const int most = static_cast<int>(std::min(far, kFarthestMove - 1.0));
     // Blocks of which a narrow number counts, which is what compilers make vectors of.
     constexpr std::size_t kBlock = 32768;
     for (std::size_t start = 0; start < moves.size(); start += kBlock) {

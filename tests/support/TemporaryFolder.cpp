@@ -11,9 +11,10 @@ namespace fs = std::filesystem;
 TTemporaryFolder::TTemporaryFolder(const std::string& parent)
 {
     const char* const elsewhere = std::getenv("QXBC_TEST_FOLDER");
-    const fs::path folder = !parent.empty()        ? fs::path(parent)
-                            : elsewhere != nullptr ? fs::path(elsewhere)
-                                                   : fs::temp_directory_path();
+    // With its drive on Windows, as programs see the folder once they work in it.
+    const fs::path folder = fs::absolute(!parent.empty()        ? fs::path(parent)
+                                         : elsewhere != nullptr ? fs::path(elsewhere)
+                                                                : fs::temp_directory_path());
     // Tests of several processes run at the same time: try names until one was free.
     std::random_device random;
     for (;;) {

@@ -152,7 +152,7 @@ class Names(WindowsTest):
         self.build("sub/c.qxb", key="l", darks=f"{self.folder}/sub/d.tif")  # not taken for an option
         self.build(f"Z:{self.folder}\\sub/c.qxb".replace("/", "\\"), key="m", darks="sub/d.tif")
         self.assertEqual(self.keys("sub/c.qxb"), ["k", "l", "m"])
-        self.assertEqual(self.names(), ["i.tif", "sub", "sub/c.qxb", "sub/d.tif"])
+        self.assertEqual(self.names(), ["i.tif", "sub", "sub/c.qxb", "sub/c.qxb.json", "sub/d.tif"])
 
     def test_letter_case_makes_no_other_file(self):
         correct = ["correct", "--dark", "d.tif", *DARK_CONDITIONS, *CONDITIONS, "i.tif", "-o"]
@@ -184,7 +184,7 @@ class OtherProcesses(WindowsTest):
             _, complaint = process.communicate(timeout=300)
             self.assertEqual(process.returncode, 0, complaint)
         self.assertEqual(sorted(self.keys("c.qxb")), [f"k{index}" for index in range(6)])
-        self.assertEqual(self.names(), ["c.qxb", "d.tif", "i.tif"])
+        self.assertEqual(self.names(), ["c.qxb", "c.qxb.json", "d.tif", "i.tif"])
 
     def test_who_waits_says_so_and_what_ends_gives_its_lock_up(self):
         self.build("c.qxb")
@@ -199,12 +199,12 @@ class OtherProcesses(WindowsTest):
         said, complaint = waiting.communicate(timeout=60)
         self.assertEqual((waiting.returncode, complaint), (0, ""), said)
         self.assertEqual(self.keys("c.qxb"), ["k", "n"])
-        self.assertEqual(self.names(), ["c.qxb", "d.tif", "i.tif"])
+        self.assertEqual(self.names(), ["c.qxb", "c.qxb.json", "d.tif", "i.tif"])
 
     def test_a_lock_file_that_was_left_is_in_nobody_s_way(self):
         (self.folder / ".c.qxb.qxbackground-lock").write_bytes(b"")
         self.build("c.qxb")
-        self.assertEqual(self.names(), ["c.qxb", "d.tif", "i.tif"])
+        self.assertEqual(self.names(), ["c.qxb", "c.qxb.json", "d.tif", "i.tif"])
 
     def test_a_file_that_is_being_read_is_replaced_when_its_reader_is_done(self):
         self.build("c.qxb")

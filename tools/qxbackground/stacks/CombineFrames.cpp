@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
+#include "stacks/SampleStep.h"
 #include "stacks/TFrameHeaders.h"
 #include "stacks/TFrameLevels.h"
 #include "stacks/TFrameShelf.h"
@@ -44,9 +45,8 @@ public:
 private:
     double OfPair(const std::vector<std::uint16_t>& pixels)
     {
-        constexpr std::size_t kSample = 65536;
         differences.clear();
-        const std::size_t step = std::max<std::size_t>(pixels.size() / kSample, 1) | 1u;
+        const std::size_t step = SampleStep(pixels.size(), kUsualSample);
         for (std::size_t i = 0; i < pixels.size(); i += step)
             differences.push_back(pixels[i] - before[i]);
         const auto median = [this] {

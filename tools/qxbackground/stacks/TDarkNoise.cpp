@@ -1,5 +1,6 @@
 #include "stacks/TDarkNoise.h"
 
+#include "stacks/SampleStep.h"
 #include "stacks/TFrameWatch.h"
 
 #include <algorithm>
@@ -46,9 +47,8 @@ TDarkNoise::TDarkNoise() : bands(2 * kOneSide) {}
 
 void TDarkNoise::TakeApart(const TImage& frame)
 {
-    constexpr std::size_t kSample = 65536;
     sample.clear();
-    const std::size_t step = std::max<std::size_t>(frame.pixels.size() / kSample, 1) | 1u;
+    const std::size_t step = SampleStep(frame.pixels.size(), kUsualSample);
     for (std::size_t i = 0; i < frame.pixels.size(); i += step)
         sample.push_back(frame.pixels[i]);
     const auto middle = sample.begin() + static_cast<std::ptrdiff_t>(sample.size() / 2);

@@ -1,6 +1,7 @@
 #include "stacks/TFilteredPixels.h"
 
 #include "base/LargeMemory.h"
+#include "stacks/SampleStep.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,8 +36,7 @@ void TFilteredPixels::Count(double sigma)
 {
     if (moves.empty())
         return;
-    constexpr std::size_t kSample = 65536; // is enough for the spread
-    const std::size_t step = std::max<std::size_t>(moves.size() / kSample, 1) | 1u;
+    const std::size_t step = SampleStep(moves.size(), kUsualSample);
     std::vector<int> distances;
     for (std::size_t pixel = 0; pixel < moves.size(); pixel += step)
         distances.push_back(std::abs(int{moves[pixel]}));

@@ -1,5 +1,7 @@
 #include "stacks/TFrameLevels.h"
 
+#include "stacks/SampleStep.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -10,10 +12,8 @@ namespace workbench {
 // and hot pixels, stars and cosmic rays count for nothing.
 void TFrameLevels::Add(const TImage& frame)
 {
-    constexpr std::size_t kSample = 65536;
     sample.clear();
-    // Stepping by an odd number meets all columns, whatever the width.
-    const std::size_t step = std::max<std::size_t>(frame.pixels.size() / kSample, 1) | 1u;
+    const std::size_t step = SampleStep(frame.pixels.size(), kUsualSample);
     for (std::size_t i = 0; i < frame.pixels.size(); i += step)
         sample.push_back(frame.pixels[i]);
     const auto quarter = static_cast<std::ptrdiff_t>(sample.size() / 4);

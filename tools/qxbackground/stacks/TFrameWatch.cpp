@@ -1,6 +1,7 @@
 #include "stacks/TFrameWatch.h"
 
 #include "base/Wording.h"
+#include "stacks/SampleStep.h"
 
 #include <fmt/format.h>
 
@@ -44,8 +45,7 @@ std::string FirstOf(const std::vector<std::string>& names)
 void TFrameWatch::Add(const std::string& path, unsigned page, const TImage& frame)
 {
     sample.clear();
-    // Stepping by an odd number meets all columns, whatever the width.
-    const std::size_t step = std::max<std::size_t>(frame.pixels.size() / kSample, 1) | 1u;
+    const std::size_t step = SampleStep(frame.pixels.size(), kSample);
     for (std::size_t i = 0; i < frame.pixels.size(); i += step)
         sample.push_back(frame.pixels[i]);
     TFrame entry;

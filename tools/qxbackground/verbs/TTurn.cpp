@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <system_error>
 
 namespace workbench {
 
@@ -48,7 +49,8 @@ void Activate(const TTurn& turn, const TCorrectOptions& options)
 
 void TakeRecord(TTurn& turn, const TCalibrationPlace& place)
 {
-    if (!std::filesystem::exists(place.ProvenanceFile()))
+    std::error_code ignored; // nothing depends on the record: where it cannot be seen, there is none
+    if (!std::filesystem::exists(std::filesystem::path(place.ProvenanceFile()), ignored))
         return;
     const std::optional<std::string> key = turn.object->ActiveKey(); // as it is spelled in the file
     if (!key)

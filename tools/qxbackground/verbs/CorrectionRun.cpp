@@ -34,8 +34,8 @@ std::vector<int> RestFor(const TTurn& turn, const TCorrectOptions& options, cons
     return RestOf(setup.unfiltered, region.left, region.top, turn.factor * options.levelPercent / 100, background);
 }
 
-// A run, once the correction is ready. Pages are read, measured as they come, and corrected on the thread of the page
-// source; measured again and written on this one.
+// A run, once the correction is ready. Pages are read, measured as they come, corrected and measured again on the thread
+// of the page source; written on this one, which takes longest.
 class TCorrectionRun {
 public:
     // `planned` for images that are corrected as `wanted`; its first turn is configured.
@@ -60,7 +60,7 @@ private:
     TPageSteps Steps();
     void Take(const TTurn& next, const TPage& page);
     void Treat(const std::string& path, TPage& page);
-    void Measure(const TPage& page);
+    void KeepFigures(const TPage& page);
     void TakeAll(TSeparateOutputs& outputs, TProgress& progress);
 
     const TCorrectionPlan& plan;
@@ -122,10 +122,10 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
     if (page.before)
-        page.after = report.after.Add(page.image); // here, since writing is what the run waits for
+        page.after = report.after.Add(page.image);
 }
 
-void TCorrectionRun::Measure(const TPage& page)
+void TCorrectionRun::KeepFigures(const TPage& page)
 {
     if (!page.failure.empty())
         return;
@@ -169,7 +169,7 @@ void TCorrectionRun::IntoOneFile()
     while (source.Take(page)) {
         if (!page.failure.empty())
             throw TToolError(page.failure);
-        Measure(page);
+        KeepFigures(page);
         writer->Write(page.image, page.metadata);
         progress.Step();
     }
@@ -201,7 +201,7 @@ void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
         bytesBefore.push_back(bytesBefore.back() + BytesOf(input));
     TPage page;
     while (source.Take(page)) {
-        Measure(page);
+        KeepFigures(page);
         outputs.Take(page);
         tell();
         const std::uint64_t bytes = bytesBefore[page.file + 1] - bytesBefore[page.file];

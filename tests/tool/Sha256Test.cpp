@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -49,6 +50,38 @@ void TryPublishedExamples()
     }
 }
 
+// As many as are taken in at once, and others behind them; each with another beginning, so that none of them ends a
+// block where the others do.
+void TryTogether(const std::string& text, std::mt19937& random)
+{
+    constexpr std::size_t kTexts = 16 + 16 + 2 + 1;
+    std::vector<std::string> texts;
+    std::vector<TSha256> sums(kTexts);
+    for (std::size_t i = 0; i < kTexts; ++i) {
+        texts.push_back(std::string(i % 16 == 3 ? random() % 100 : i / 16, 'x') + text);
+        for (std::size_t byte = 0; byte < texts[i].size(); byte += i + 1)
+            texts[i][byte] = static_cast<char>(random());
+    }
+    std::vector<std::size_t> at(kTexts);
+    for (std::size_t i = 0; i < kTexts; ++i) {
+        at[i] = texts[i].size() - text.size();
+        sums[i].Add(texts[i].data(), at[i]);
+    }
+    for (std::size_t left = text.size(); left > 0;) {
+        const std::size_t count = std::min<std::size_t>(left, random() % 200);
+        std::vector<TSha256::TPart> parts;
+        for (std::size_t i = 0; i < kTexts; ++i) {
+            parts.push_back({&sums[i], texts[i].data() + at[i]});
+            at[i] += count;
+        }
+        TSha256::Add(parts.data(), parts.size(), count);
+        left -= count;
+    }
+    for (std::size_t i = 0; i < kTexts; ++i)
+        Expect(sums[i].Hex(), Digest(texts[i], true),
+               std::to_string(text.size()) + " bytes, number " + std::to_string(i) + " of several");
+}
+
 void TryPieces()
 {
     std::mt19937 random(5);
@@ -63,15 +96,7 @@ void TryPieces()
             at += count;
         }
         Expect(sha256.Hex(), expected, std::to_string(length) + " bytes in pieces");
-        std::string other = text;
-        for (char& character : other)
-            character = static_cast<char>(~character);
-        TSha256 one, two;
-        const std::size_t first = text.size() / 3 / 64 * 64;
-        TSha256::AddPair(one, text.data(), two, other.data(), first);
-        TSha256::AddPair(one, text.data() + first, two, other.data() + first, text.size() - first);
-        Expect(one.Hex(), expected, std::to_string(length) + " bytes, the first of a pair");
-        Expect(two.Hex(), Digest(other, true), std::to_string(length) + " bytes, the second of a pair");
+        TryTogether(text, random);
         text += static_cast<char>(random());
     }
 }
@@ -82,7 +107,9 @@ int main()
 {
     TryPublishedExamples();
     TryPieces();
-    std::printf("instructions of the processor: %s; %d failures\n",
-                workbench::Sha256BlocksOfProcessor() != nullptr ? "yes" : "none", failures);
+    const auto has = [](bool it) { return it ? "yes" : "none"; };
+    std::printf("instructions of the processor: %s, wide registers: %s; %d failures\n",
+                has(workbench::Sha256BlocksOfProcessor() != nullptr),
+                has(workbench::Sha256LaneBlocksOfProcessor() != nullptr), failures);
     return failures == 0 ? 0 : 1;
 }

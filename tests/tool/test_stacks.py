@@ -1,15 +1,45 @@
 """Stacks of any length: averaged frame by frame to the bits of the library's own average, in the memory of a few frames;
 and the statistics of long runs."""
+import contextlib
+import hashlib
 import json
+import os
 import unittest
 
 import numpy as np
+from astropy.io import fits
 
+import formats
 import support
 from support import ToolTest
 
 CONDITIONS = ["--exposure", 1, "--intensity", 100]
 CORRECT = ["correct", "--dark-exposure", 1, "--dark-intensity", 100, *CONDITIONS]
+
+
+def fits_of(path, pages):
+    fits.PrimaryHDU(pages[0]).writeto(path, overwrite=True)
+
+
+def signed_fits_of(path, pages):
+    fits.PrimaryHDU(pages[0].astype(np.int16)).writeto(path, overwrite=True)
+
+
+def pgm_of(path, pages):
+    height, width = pages[0].shape
+    path.write_bytes(f"P5 # dark\n{width} {height}\n65535\n".encode() + pages[0].astype(">u2").tobytes())
+
+
+@contextlib.contextmanager
+def one_processor():
+    if not hasattr(os, "sched_setaffinity"):
+        raise unittest.SkipTest("processors cannot be chosen here")
+    before = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, {max(before)})
+    try:
+        yield
+    finally:
+        os.sched_setaffinity(0, before)
 
 
 class Averages(ToolTest):
@@ -68,6 +98,89 @@ class Averages(ToolTest):
         self.write("d.tif", self.images(2, *self.SIZE))
         self.tool("build", "c.qxb", "--key", "k", *CONDITIONS, "d.tif")
         self.refused("build", "c.qxb", "--key", "K", *CONDITIONS, "d.tif", says=["not unique", "[code"])
+
+
+class FramesInFilesOfTheirOwn(ToolTest):
+    """Plain ones are read side by side, some rows of each at a time; from the first that is not plain on, whole."""
+    SIZE = (301, 211)  # more than one piece of each, whose last one is shorter
+    WHITE = [np.full(SIZE[::-1], 65535, np.uint16)]
+    # As programs write them: bytes before the pixels and behind them, either order of bytes.
+    PLAIN = {"little.tif": formats.plain_tiff, "big.tif": formats.by_tifffile(byteorder=">"),
+             "end.tif": formats.by_tiffcp("-r", "16"), "n.fits": fits_of, "n.pgm": pgm_of}
+    WHOLE = {"packed.tif": formats.by_tifffile(compression="zlib"), "tiles.tif": formats.by_tifffile(tile=(16, 16)),
+             "signed.fits": signed_fits_of}
+
+    def write_all(self, frames, kinds):
+        """The frames in turn as one of the kinds each."""
+        names = list(kinds)
+        paths = [self.folder / f"{number:03}{names[number % len(names)]}" for number in range(len(frames))]
+        for number, (path, frame) in enumerate(zip(paths, frames)):
+            kinds[names[number % len(names)]](path, [frame])
+        return paths
+
+    def assert_as_the_library(self, frames, paths, *more):
+        self.write("white.tif", self.WHITE)
+        self.tool("build", "c.qxb", "--key", "k", *CONDITIONS, *more, *paths)
+        self.tool("apply", "c.qxb", "--key", "k", *CONDITIONS, "white.tif", "--overwrite", "-o", "o.tif")
+        self.assert_same_pages(self.read("o.tif"), self.library_corrects(frames, (1, 100), self.WHITE, (1, 100)))
+        built = json.loads((self.folder / "c.qxb.json").read_text())["corrections"][0]["built"]
+        self.assertEqual([file["sha256"] for file in built["darks"]["files"]],
+                         [hashlib.sha256(path.read_bytes()).hexdigest() for path in paths])
+        for name in ("c.qxb", "c.qxb.json"):
+            (self.folder / name).unlink()
+
+    def test_are_averaged_as_the_library_does_and_digested_whole(self):
+        for count in (1, 2, 3, 15, 16, 17, 35):
+            with self.subTest(frames=count):
+                frames = self.images(count, *self.SIZE)
+                self.assert_as_the_library(frames, self.write_all(frames, self.PLAIN))
+
+    def test_on_one_processor(self):
+        frames = self.images(19, *self.SIZE)
+        paths = self.write_all(frames, self.PLAIN)
+        with one_processor():
+            self.assert_as_the_library(frames, paths)
+
+    def test_with_others_among_them(self):
+        frames = self.images(24, *self.SIZE, high=32768)
+        for before in (0, 1, 16, 18):
+            with self.subTest(plain_ones_before=before):
+                paths = self.write_all(frames[:before], self.PLAIN)
+                paths += self.write_all(frames[before:], self.WHOLE | {"plain.tif": formats.plain_tiff})
+                self.assert_as_the_library(frames, paths)
+
+    def test_without_a_format(self):
+        frames = self.images(5, *self.SIZE)
+        paths = [self.folder / f"{number}.raw" for number in range(5)]
+        for path, frame in zip(paths, frames):
+            path.write_bytes(b"head" * 21 + frame.tobytes())
+        self.assert_as_the_library(frames, paths, "--raw", f"{self.SIZE[0]}x{self.SIZE[1]}+84")
+
+    def test_the_order_counts_where_sums_lose_bits(self):
+        frames = sorted(self.images(300, *self.SIZE, low=60000, high=65536)[:300], key=lambda frame: int(frame[0, 0]))
+        paths = self.write_all(frames, {"n.tif": formats.plain_tiff})
+        self.assert_as_the_library(frames, paths)
+        rising = self.read("o.tif")
+        self.assert_as_the_library(frames[::-1], paths[::-1])
+        self.assertFalse(np.array_equal(rising[0], self.read("o.tif")[0]), "these frames do not show the order")
+
+    def test_one_of_another_size_is_named_wherever_it_is(self):
+        frames = self.images(20, *self.SIZE)
+        for place in (1, 15, 16, 19):
+            with self.subTest(place=place):
+                paths = self.write_all(frames, self.PLAIN)
+                formats.plain_tiff(paths[place], self.images(1, 30, 20))
+                self.refused("build", "c.qxb", "--key", "k", *CONDITIONS, *paths,
+                             says=[paths[place].name, "is 30 x 20 pixels, the frames before it are 301 x 211"])
+
+    def test_one_that_cannot_be_read_is_named(self):
+        frames = self.images(20, *self.SIZE)
+        for place in (0, 3, 17):
+            for damage in (lambda data: data[:5], lambda data: data[:-70000], lambda data: b"no image" * 100):
+                with self.subTest(place=place):
+                    paths = self.write_all(frames, self.PLAIN)
+                    paths[place].write_bytes(damage(paths[place].read_bytes()))
+                    self.refused("build", "c.qxb", "--key", "k", *CONDITIONS, *paths, says=[paths[place].name])
 
 
 @support.not_sanitized

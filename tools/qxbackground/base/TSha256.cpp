@@ -94,21 +94,38 @@ void TSha256::Add(const void* data, std::size_t count)
         std::memcpy(rest, at + (count - held), held);
 }
 
-void TSha256::AddPair(TSha256& one, const void* data, TSha256& other, const void* otherData, std::size_t count)
+void TSha256::Add(const TPart* parts, std::size_t partCount, std::size_t count)
 {
+    static const TSha256LaneBlocks lanes = Sha256LaneBlocksOfProcessor();
     static const TSha256PairBlocks pair = Sha256PairBlocksOfProcessor();
-    const std::size_t blocks = count / kBlock;
-    const bool together = pair != nullptr && one.held == 0 && other.held == 0 && one.digest != PlainSha256Blocks &&
-                          other.digest != PlainSha256Blocks;
-    const std::size_t done = together ? blocks * kBlock : 0;
-    if (together) {
-        pair(one.state, static_cast<const unsigned char*>(data), other.state,
-             static_cast<const unsigned char*>(otherData), blocks);
-        one.bytes += done;
-        other.bytes += done;
+    while (partCount > 0) {
+        const std::size_t together = lanes != nullptr && partCount >= kSha256Lanes ? kSha256Lanes
+                                     : pair != nullptr && partCount >= 2           ? 2
+                                                                                   : 1;
+        std::uint32_t* states[kSha256Lanes];
+        const unsigned char* at[kSha256Lanes];
+        std::size_t begun[kSha256Lanes], most = 0;
+        for (std::size_t i = 0; i < together; ++i) { // each ends the block that it has begun
+            TSha256& sha256 = *parts[i].sha256;
+            states[i] = sha256.state;
+            begun[i] = std::min(count, (kBlock - sha256.held) % kBlock);
+            most = std::max(most, begun[i]);
+            at[i] = static_cast<const unsigned char*>(parts[i].data);
+            sha256.Add(at[i], begun[i]);
+            at[i] += begun[i];
+        }
+        const std::size_t blocks = together == 1 ? 0 : (count - most) / kBlock;
+        if (together == kSha256Lanes)
+            lanes(states, at, blocks);
+        else if (together == 2)
+            pair(states[0], at[0], states[1], at[1], blocks);
+        for (std::size_t i = 0; i < together; ++i) {
+            parts[i].sha256->bytes += blocks * kBlock;
+            parts[i].sha256->Add(at[i] + blocks * kBlock, count - begun[i] - blocks * kBlock);
+        }
+        parts += together;
+        partCount -= together;
     }
-    one.Add(static_cast<const unsigned char*>(data) + done, count - done);
-    other.Add(static_cast<const unsigned char*>(otherData) + done, count - done);
 }
 
 std::string TSha256::Hex()

@@ -14,8 +14,13 @@ public:
     explicit TSha256(bool plain = false);
 
     void Add(const void* data, std::size_t count);
-    // The same to both, as many bytes to each, which is faster where the processor helps.
-    static void AddPair(TSha256& one, const void* data, TSha256& other, const void* otherData, std::size_t count);
+    // Adds as many bytes to each of several, which is faster where the processor helps: by twos, and much more by
+    // sixteens.
+    struct TPart {
+        TSha256* sha256;
+        const void* data;
+    };
+    static void Add(const TPart* parts, std::size_t partCount, std::size_t count);
     // 64 hexadecimal digits; nothing can be added afterwards.
     std::string Hex();
 

@@ -43,7 +43,8 @@ public:
     static void TakeBoth(TFileInWork& one, TFileInWork& other)
     {
         const std::size_t both = std::min(one.held, other.held);
-        TSha256::AddPair(one.sha256, one.piece.data(), other.sha256, other.piece.data(), both);
+        const TSha256::TPart parts[] = {{&one.sha256, one.piece.data()}, {&other.sha256, other.piece.data()}};
+        TSha256::Add(parts, 2, both);
         one.sha256.Add(one.piece.data() + both, one.held - both);
         other.sha256.Add(other.piece.data() + both, other.held - both);
     }
@@ -70,7 +71,6 @@ TFileDigests::TFileDigests(std::vector<std::string> files) : paths(std::move(fil
         path = error ? path : absolute.string();
         before.push_back(StateOf(path));
     }
-    thread = ThreadWithoutInterrupts([this] { DigestAll(); });
 }
 
 TFileDigests::~TFileDigests()
@@ -80,7 +80,12 @@ TFileDigests::~TFileDigests()
         thread.join();
 }
 
-void TFileDigests::DigestAll()
+void TFileDigests::DigestRest()
+{
+    thread = ThreadWithoutInterrupts([this] { DigestThem(); });
+}
+
+void TFileDigests::DigestThem()
 {
     try {
         struct TSlot {
@@ -93,7 +98,7 @@ void TFileDigests::DigestAll()
             for (TSlot& slot : slots) {
                 while (!slot.busy && next < paths.size()) {
                     slot.index = next++;
-                    slot.busy = slot.file.Open(paths[slot.index]);
+                    slot.busy = digests[slot.index].sha256.empty() && slot.file.Open(paths[slot.index]);
                 }
                 if (slot.busy)
                     slot.file.Read();
@@ -120,6 +125,8 @@ void TFileDigests::DigestAll()
 std::vector<TFileDigests::TDigest> TFileDigests::Take()
 {
     constexpr auto kLookAgain = std::chrono::milliseconds(1);
+    if (!thread.joinable())
+        DigestRest();
     while (!done) {
         stopped = stopped || Interrupted();
         std::this_thread::sleep_for(kLookAgain);

@@ -7,12 +7,14 @@
 #include <cstdint>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace workbench {
 
-// The SHA-256 of files, by a thread of its own while the same files are read for their frames: the system then fetches
-// from the disk once what is read twice.
+// The SHA-256 of files. Who reads all bytes of a file anyway hands them in; those of the others are computed by a
+// thread of its own while they are read for their frames, so that the system fetches from the disk once what is read
+// twice.
 class TFileDigests {
 public:
     struct TDigest {
@@ -21,18 +23,23 @@ public:
                             // asked to stop
     };
 
+    // Notes what the files are now.
     explicit TFileDigests(std::vector<std::string> paths);
     // Ends the thread, wherever it is.
     ~TFileDigests();
     TFileDigests(const TFileDigests&) = delete;
     TFileDigests& operator=(const TFileDigests&) = delete;
 
-    // Waits for all of them; in the order of the paths. When the user asks to stop, the others stay empty. To be called
-    // once.
+    // What the bytes of `file` gave, counted in the order of the paths.
+    void Put(std::size_t file, std::string sha256) { digests[file].sha256 = std::move(sha256); }
+    // Begins to read what was not handed in; nothing is handed in any more. To be called once.
+    void DigestRest();
+    // All of them, in the order of the paths: waits for the rest, which it begins where DigestRest did not. When the
+    // user asks to stop, the others stay empty. To be called once.
     std::vector<TDigest> Take();
 
 private:
-    void DigestAll();
+    void DigestThem();
 
     std::vector<std::string> paths; // absolute
     std::vector<TFileState> before;

@@ -1,6 +1,7 @@
 #ifndef QXBACKGROUND_BATCH_TFRAMESTACK_H
 #define QXBACKGROUND_BATCH_TFRAMESTACK_H
 
+#include "batch/TFileDigests.h"
 #include "batch/TPage.h"
 #include "images/TImage.h"
 #include "images/TInputOptions.h"
@@ -29,14 +30,33 @@ struct TFrameStack {
     std::vector<const std::uint16_t*> Pointers() const { return {average.pixels.data()}; }
 };
 
-// Hands over every page of every file, in order; `what` they are, "dark frames", is for messages. Throws TToolError
-// naming the file and page that cannot be read or has another size than the first page, or when there is none at all.
-void EachFrame(const std::vector<std::string>& paths, const TInputOptions& options, const std::string& what,
-               const std::function<void(TPage&)>& take);
+// What files, and how they are read; `what` they are, "dark frames", is for messages.
+struct TFrameFiles {
+    const std::vector<std::string>& paths;
+    const TInputOptions& options;
+    const std::string what;
+    TFileDigests* digests = nullptr; // of these paths, where they are wanted
+};
 
-// Their average, also before it was rounded where that is asked for; `watch` sees every page. Throws as EachFrame does.
-TFrameStack ReadFrames(const std::vector<std::string>& paths, const TInputOptions& options,
-                       const std::function<void(const TPage&)>& watch, const std::string& what, bool keepExact = false);
+// Hands over every page of every file, in order. Throws TToolError naming the file and page that cannot be read or has
+// another size than the first page, or when there is none at all.
+void EachFrame(const TFrameFiles& files, const std::function<void(TPage&)>& take);
+
+// What is seen of a frame that passes.
+struct TPassingFrame {
+    const std::string& path;
+    unsigned page;
+    const TPageMetadata& metadata;
+    const std::vector<std::uint16_t>& sample; // some 8,000 of its pixels, evenly spread
+};
+using TFrameWatcher = std::function<void(const TPassingFrame&)>;
+// Of a page at once.
+TPassingFrame Passing(const TPage& page, const std::string& path, std::vector<std::uint16_t>& sample);
+
+// Their average, also before it was rounded where that is asked for. `watch` sees every frame, and so does `whole`, if
+// there is one, which takes longer. Throws as EachFrame does.
+TFrameStack ReadFrames(const TFrameFiles& files, const TFrameWatcher& watch, bool keepExact,
+                       const std::function<void(const TImage&)>& whole = {});
 
 } // namespace workbench
 

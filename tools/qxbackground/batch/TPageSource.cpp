@@ -8,8 +8,9 @@
 
 namespace workbench {
 
-TPageSource::TPageSource(std::vector<std::string> files, TInputOptions how, TPageSteps whatToDo, std::size_t ahead)
-    : paths(std::move(files)), options(std::move(how)), steps(std::move(whatToDo)), queue(ahead),
+TPageSource::TPageSource(std::vector<std::string> files, TInputOptions how, TPageSteps whatToDo, std::size_t ahead,
+                         std::size_t first)
+    : paths(std::move(files)), options(std::move(how)), steps(std::move(whatToDo)), firstFile(first), queue(ahead),
       thread(ThreadWithoutInterrupts([this] { ReadAll(); }))
 {}
 
@@ -23,7 +24,7 @@ void TPageSource::ReadAll()
 {
     try {
         TPage page;
-        for (std::size_t file = 0; file < paths.size(); ++file) {
+        for (std::size_t file = firstFile; file < paths.size(); ++file) {
             try {
                 page.file = file;
                 page.failure.clear();

@@ -1,7 +1,8 @@
 #ifndef QXBACKGROUND_BATCH_TPAGESOURCE_H
 #define QXBACKGROUND_BATCH_TPAGESOURCE_H
 
-#include "batch/TPageQueue.h"
+#include "batch/THandover.h"
+#include "batch/TPage.h"
 #include "images/TImageReader.h"
 
 #include <atomic>
@@ -26,8 +27,9 @@ struct TPageSteps {
 // be read ends with a page that says why; the next file follows. The steps run on that thread only.
 class TPageSource {
 public:
-    // At most `ahead` pages wait.
-    TPageSource(std::vector<std::string> paths, TInputOptions options, TPageSteps steps, std::size_t ahead);
+    // At most `ahead` pages wait. Begins with the path of number `first`.
+    TPageSource(std::vector<std::string> paths, TInputOptions options, TPageSteps steps, std::size_t ahead,
+                std::size_t first = 0);
     ~TPageSource();
     TPageSource(const TPageSource&) = delete;
     TPageSource& operator=(const TPageSource&) = delete;
@@ -43,7 +45,8 @@ private:
     const std::vector<std::string> paths;
     const TInputOptions options;
     const TPageSteps steps;
-    TPageQueue queue;
+    const std::size_t firstFile;
+    THandover<TPage> queue;
     std::thread thread; // the last member: it uses the others
 };
 

@@ -184,6 +184,13 @@ void TFitsReader::Read(TImage& image)
         Fail("has negative pixels; unsigned ones are needed (BZERO = 32768)");
 }
 
+std::optional<TPlainPixels> TFitsReader::Plain()
+{
+    if (unit.isCompressed || !isUnsigned) // signed ones may be below 0
+        return {};
+    return TPlainPixels{file, unit.data + (plane - 1) * Size().Pixels() * 2, {true, 0x8000}};
+}
+
 TPageMetadata TFitsReader::Metadata()
 {
     TPageMetadata metadata;

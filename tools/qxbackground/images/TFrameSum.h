@@ -15,9 +15,12 @@ class TFrameSum {
 public:
     explicit TFrameSum(TSize frameSize);
 
-    // Adds frames of this size, the first one first. Up to four are added in one pass over the sums, which costs as
-    // much as reading the frames.
+    // Adds frames of this size, the first one first. Several are added in one pass over the sums, which costs as much
+    // as reading the frames.
     void Add(const std::vector<const TImage*>& frames);
+    // Adds `pixels` of each frame, from pixel `start` on. The frames count once their last pixel is there.
+    void Add(std::size_t start, std::size_t pixels, const std::vector<const std::uint16_t*>& frames);
+    TSize Size() const { return size; }
     std::uint64_t Frames() const { return count; }
     // Of at least one frame.
     TImage Average() const;

@@ -3,10 +3,12 @@
 
 #include "images/ImageFormat.h"
 #include "images/TImage.h"
+#include "images/TInputFile.h"
 #include "images/TInputOptions.h"
 #include "images/TPageMetadata.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace workbench {
@@ -25,6 +27,9 @@ public:
     virtual bool NextPage() = 0;
     // The pixels of the current page; `image` keeps its memory from page to page.
     virtual void Read(TImage& image) = 0;
+    // Where the pixels of the current page are, when they need nothing but reading: for who reads some rows at a time.
+    // Otherwise nothing, and where Read looks at the values as well. The file is the reader's.
+    virtual std::optional<TPlainPixels> Plain() { return {}; }
     // What the current page says beside its pixels; all of it once they were read, because texts may stand behind them.
     virtual TPageMetadata Metadata() = 0;
 

@@ -10,6 +10,15 @@
 
 namespace workbench {
 
+void AsHost(std::uint16_t* pixels, std::size_t count, const TPixelLayout& layout)
+{
+    if (layout.bigEndian != kHostIsBigEndian)
+        CopySwapped(pixels, pixels, count, layout.flip);
+    else if (layout.flip != 0)
+        std::transform(pixels, pixels + count, pixels,
+                       [&layout](std::uint16_t pixel) { return static_cast<std::uint16_t>(pixel ^ layout.flip); });
+}
+
 TInputFile::TInputFile(const std::string& path)
 {
     std::error_code error;
@@ -52,8 +61,7 @@ bool TInputFile::ReadPixels(std::uint64_t offset, std::uint16_t* target, std::si
 {
     if (offset > bytes || count > (bytes - offset) / 2)
         return false;
-    const bool swap = layout.bigEndian != kHostIsBigEndian;
-    if (!swap && layout.flip == 0)
+    if (layout.bigEndian == kHostIsBigEndian && layout.flip == 0)
         return ReadAt(offset, target, count * 2);
     // In pieces that stay in the processor's cache until they are converted.
     constexpr std::size_t kPiece = 1 << 17;
@@ -61,11 +69,7 @@ bool TInputFile::ReadPixels(std::uint64_t offset, std::uint16_t* target, std::si
         const std::size_t pixels = std::min(kPiece, count - done);
         if (!ReadAt(offset + done * 2, target + done, pixels * 2))
             return false;
-        if (swap)
-            CopySwapped(target + done, target + done, pixels, layout.flip);
-        else
-            std::transform(target + done, target + done + pixels, target + done,
-                           [&layout](std::uint16_t pixel) { return static_cast<std::uint16_t>(pixel ^ layout.flip); });
+        AsHost(target + done, pixels, layout);
     }
     return true;
 }

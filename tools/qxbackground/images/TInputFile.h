@@ -14,6 +14,9 @@ struct TPixelLayout {
     std::uint16_t flip = 0; // bits that are turned over: the highest one where unsigned values are stored as signed
 };
 
+// Turns pixels as they lie in a file into pixels as this machine has them.
+void AsHost(std::uint16_t* pixels, std::size_t count, const TPixelLayout& layout);
+
 // A regular file whose bytes are read at given places. Reading large pieces is one call of the system each, straight
 // into the caller's memory.
 class TInputFile {
@@ -32,6 +35,13 @@ public:
 private:
     std::ifstream stream;
     std::uint64_t bytes = 0;
+};
+
+// Pixels that lie in a file as in memory, row behind row without gaps.
+struct TPlainPixels {
+    TInputFile& file;
+    std::uint64_t offset;
+    TPixelLayout layout;
 };
 
 } // namespace workbench

@@ -111,6 +111,13 @@ void TPgmReader::Read(TImage& image)
         CheckValues(image);
 }
 
+std::optional<TPlainPixels> TPgmReader::Plain()
+{
+    if (text || largest != 65535)
+        return {};
+    return TPlainPixels{file, raster, {true, 0}};
+}
+
 void TPgmReader::ReadText(TImage& image)
 {
     at = raster;

@@ -14,6 +14,7 @@ public:
 
     bool NextPage() override;
     void Read(TImage& image) override;
+    std::optional<TPlainPixels> Plain() override;
     TPageMetadata Metadata() override;
 
 private:

@@ -32,9 +32,13 @@ bool TRawReader::NextPage()
 void TRawReader::Read(TImage& image)
 {
     Prepare(image);
-    if (!file.ReadPixels(layout.offset + std::uint64_t{page - 1} * Size().Pixels() * 2, image.pixels.data(),
-                         image.pixels.size(), {}))
+    if (!file.ReadPixels(Plain()->offset, image.pixels.data(), image.pixels.size(), {}))
         Fail("its pixels cannot be read: the file was cut or changed meanwhile");
+}
+
+std::optional<TPlainPixels> TRawReader::Plain()
+{
+    return TPlainPixels{file, layout.offset + std::uint64_t{page - 1} * Size().Pixels() * 2, {}};
 }
 
 } // namespace workbench

@@ -184,6 +184,14 @@ void TTiffReader::Read(TImage& image)
     }
 }
 
+std::optional<TPlainPixels> TTiffReader::Plain()
+{
+    const std::uint64_t start = stackFrames > 0 ? 0 : PlainPixels();
+    if (start == 0)
+        return {};
+    return TPlainPixels{bytes, start, {BigEndian(), 0}};
+}
+
 TPageMetadata TTiffReader::Metadata()
 {
     return ReadTiffTags(file->tiff);

@@ -3,7 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
-#include "stacks/SampleStep.h"
+#include "images/SampleStep.h"
 #include "stacks/TFrameHeaders.h"
 #include "stacks/TFrameLevels.h"
 #include "stacks/TFrameShelf.h"
@@ -164,16 +164,14 @@ std::vector<std::string> Notes(const TStackOptions& how, const TRejected& reject
 
 } // namespace
 
-TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOptions& options, const TStackOptions& how,
-                          const std::string& what, TDarkNoise* darkNoise)
+TFrameStack CombineFrames(const TFrameFiles& files, const TStackOptions& how, TDarkNoise* darkNoise)
 {
+    const std::string& what = files.what;
     TFrameWatch watch;
     TFrameHeaders headers(how.headers);
-    const auto look = [&](const TPage& page) {
-        headers.Add(paths[page.file], page.number, page.metadata);
-        watch.Add(paths[page.file], page.number, page.image);
-        if (darkNoise != nullptr)
-            darkNoise->Add(page.image);
+    const auto look = [&](const TPassingFrame& frame) {
+        headers.Add(frame.path, frame.page, frame.metadata);
+        watch.Add(frame.path, frame.page, frame.sample);
     };
     const auto tell = [&](TFrameStack& stack) {
         stack.warnings = headers.Warnings(what);
@@ -181,8 +179,11 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
             stack.warnings.push_back(warning);
         stack.shot = headers.Common();
     };
+    std::function<void(const TImage&)> whole;
+    if (darkNoise != nullptr)
+        whole = [darkNoise](const TImage& frame) { darkNoise->Add(frame); };
     if (how.IsPlain()) {
-        TFrameStack stack = ReadFrames(paths, options, look, what, how.keepExact);
+        TFrameStack stack = ReadFrames(files, look, how.keepExact, whole);
         tell(stack);
         return stack;
     }
@@ -190,12 +191,15 @@ TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOpt
     TNoise noise;
     TFrameLevels levels;
     TSize size;
-    EachFrame(paths, options, what, [&](TPage& page) {
+    std::vector<std::uint16_t> sample;
+    EachFrame(files, [&](TPage& page) {
         if (!shelf) {
             size = page.image.size;
             shelf.emplace(size, how.memory);
         }
-        look(page);
+        look(Passing(page, files.paths[page.file], sample));
+        if (whole)
+            whole(page.image);
         noise.Add(page.image);
         if (how.alignLevels)
             levels.Add(page.image);

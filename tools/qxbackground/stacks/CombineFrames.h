@@ -7,12 +7,10 @@
 
 namespace workbench {
 
-// Every page of every file, in order, made into one frame as `how` says. `what` they are, "dark frames", is for
-// messages. Plain averaging is ReadFrames; all else looks at a pixel's values in all frames at once, band by band, in
-// the memory that `how` allows. Throws as ReadFrames does, and when there are too few frames for what is to be
-// rejected. `noise` sees every page.
-TFrameStack CombineFrames(const std::vector<std::string>& paths, const TInputOptions& options, const TStackOptions& how,
-                          const std::string& what, TDarkNoise* noise = nullptr);
+// Every page of every file, in order, made into one frame as `how` says. Plain averaging is ReadFrames; all else looks
+// at a pixel's values in all frames at once, band by band, in the memory that `how` allows. Throws as ReadFrames does,
+// and when there are too few frames for what is to be rejected. `noise` sees every page.
+TFrameStack CombineFrames(const TFrameFiles& files, const TStackOptions& how, TDarkNoise* noise = nullptr);
 
 } // namespace workbench
 

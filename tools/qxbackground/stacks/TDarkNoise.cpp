@@ -1,6 +1,6 @@
 #include "stacks/TDarkNoise.h"
 
-#include "stacks/SampleStep.h"
+#include "images/SampleStep.h"
 #include "stacks/TFrameWatch.h"
 
 #include <algorithm>

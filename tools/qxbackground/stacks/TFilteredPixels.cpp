@@ -1,7 +1,7 @@
 #include "stacks/TFilteredPixels.h"
 
 #include "base/LargeMemory.h"
-#include "stacks/SampleStep.h"
+#include "images/SampleStep.h"
 
 #include <algorithm>
 #include <cmath>

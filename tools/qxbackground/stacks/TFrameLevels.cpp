@@ -1,6 +1,6 @@
 #include "stacks/TFrameLevels.h"
 
-#include "stacks/SampleStep.h"
+#include "images/SampleStep.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,9 +13,7 @@ namespace workbench {
 void TFrameLevels::Add(const TImage& frame)
 {
     sample.clear();
-    const std::size_t step = SampleStep(frame.pixels.size(), kUsualSample);
-    for (std::size_t i = 0; i < frame.pixels.size(); i += step)
-        sample.push_back(frame.pixels[i]);
+    AddToSample(sample, frame.pixels.data(), 0, frame.pixels.size(), SampleStep(frame.pixels.size(), kUsualSample));
     const auto quarter = static_cast<std::ptrdiff_t>(sample.size() / 4);
     std::nth_element(sample.begin(), sample.begin() + quarter, sample.end());
     std::nth_element(sample.begin() + quarter, sample.end() - quarter - 1, sample.end());

@@ -1,7 +1,6 @@
 #include "stacks/TFrameWatch.h"
 
 #include "base/Wording.h"
-#include "stacks/SampleStep.h"
 
 #include <fmt/format.h>
 
@@ -11,8 +10,6 @@
 namespace workbench {
 
 namespace {
-
-constexpr std::size_t kSample = 8192;
 
 double MedianOf(std::vector<double> values)
 {
@@ -42,12 +39,8 @@ std::string FirstOf(const std::vector<std::string>& names)
     return text;
 }
 
-void TFrameWatch::Add(const std::string& path, unsigned page, const TImage& frame)
+void TFrameWatch::Add(const std::string& path, unsigned page, std::vector<std::uint16_t> sample)
 {
-    sample.clear();
-    const std::size_t step = SampleStep(frame.pixels.size(), kSample);
-    for (std::size_t i = 0; i < frame.pixels.size(); i += step)
-        sample.push_back(frame.pixels[i]);
     TFrame entry;
     entry.name = Printable(path) + " page " + std::to_string(page);
     const auto middle = sample.begin() + static_cast<std::ptrdiff_t>(sample.size() / 2);

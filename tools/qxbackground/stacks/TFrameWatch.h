@@ -1,8 +1,6 @@
 #ifndef QXBACKGROUND_STACKS_TFRAMEWATCH_H
 #define QXBACKGROUND_STACKS_TFRAMEWATCH_H
 
-#include "images/TImage.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -14,7 +12,8 @@ namespace workbench {
 // whose level is off, a level that drifts, a frame that is saturated.
 class TFrameWatch {
 public:
-    void Add(const std::string& path, unsigned page, const TImage& frame);
+    // `sample`: pixels of the frame, evenly spread, at least one.
+    void Add(const std::string& path, unsigned page, std::vector<std::uint16_t> sample);
 
     // "darks.tif page 3"; `frame` counts from 0.
     const std::string& NameOf(std::size_t frame) const { return frames[frame].name; }
@@ -32,7 +31,6 @@ private:
     void WarnOfDrift(const std::string& what, std::vector<std::string>& warnings) const;
 
     std::vector<TFrame> frames;
-    std::vector<std::uint16_t> sample;
 };
 
 // Whether a value is the highest that 10, 12, 14 or 16 bits can hold, in the low bits or in the high ones.

@@ -38,7 +38,7 @@ void RunBuild(const TContext& context, const TBuildOptions& options)
         LoadWhole(object, options.file);
     TConditions conditions = options.conditions;
     TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
-    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions, nullptr, recorder.Digests());
     Call(options.file, [&] {
         object.Add(options.key, stack.Pointers(), stack.Size().width, stack.Size().height,
                    static_cast<float>(conditions.exposureSeconds),

@@ -34,8 +34,8 @@ std::vector<int> RestFor(const TTurn& turn, const TCorrectOptions& options, cons
     return RestOf(setup.unfiltered, region.left, region.top, turn.factor * options.levelPercent / 100, background);
 }
 
-// A run, once the correction is ready. Pages are read, measured as they come, corrected and measured again on the thread
-// of the page source; written on this one, which takes longest.
+// A run, once the correction is ready. Pages are read, measured as they come, corrected and measured again on the
+// thread of the page source; written on this one, which takes longest.
 class TCorrectionRun {
 public:
     // `planned` for images that are corrected as `wanted`; its first turn is configured.

@@ -57,11 +57,12 @@ void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>&
                            difference.one + ", the bias frames with " + difference.other);
 }
 
-TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise)
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise,
+                      const TDarkDigests& digests)
 {
-    TFrameStack stack = CombineFrames(options.files, input, options.stack, "dark frames", noise);
+    TFrameStack stack = CombineFrames({options.files, input, "dark frames", digests.darks}, options.stack, noise);
     if (!options.bias.empty()) {
-        const TFrameStack bias = ReadBias(options.bias, input, stack.Size());
+        const TFrameStack bias = ReadBias(options.bias, input, stack.Size(), false, digests.bias);
         SubtractBias(stack.average, bias.average);
         WarnOfOtherCamera(stack.shot, bias.shot, stack.warnings);
         stack.biasFrames = bias.frames;
@@ -73,12 +74,12 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, T
 }
 
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, const std::string& exposureOption,
-                      TConditions& conditions, TDarkNoise* noise)
+                      TConditions& conditions, TDarkNoise* noise, const TDarkDigests& digests)
 {
     TDarkOptions asking = options;
     asking.stack.headers.exposureOption = exposureOption;
     asking.stack.headers.exposureSeconds = conditions.exposureSeconds;
-    TFrameStack stack = ReadDarks(asking, input, noise);
+    TFrameStack stack = ReadDarks(asking, input, noise, digests);
     if (conditions.exposureSeconds > 0)
         return stack;
     if (!stack.shot.exposureSeconds)
@@ -88,12 +89,13 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, c
     return stack;
 }
 
-TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size, bool keepExact)
+TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size, bool keepExact,
+                     TFileDigests* digests)
 {
     TStackOptions plain;
     plain.keepExact = keepExact;
     plain.headers.mayDiffer = true; // their exposures do not matter, and all else is told
-    TFrameStack bias = CombineFrames(files, input, plain, "bias frames");
+    TFrameStack bias = CombineFrames({files, input, "bias frames", digests}, plain);
     if (bias.Size() != size)
         throw TToolError(files.front(),
                          "the bias frames are " + bias.Size().Text() + " pixels, the dark frames " + size.Text());

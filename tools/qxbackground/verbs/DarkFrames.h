@@ -28,9 +28,15 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options);
 constexpr double kUsualHotSigma = 5;
 extern const char* const kHotSigmaHelp;
 
+// The SHA-256 of dark frames and of bias frames, in the order of their files, where they are wanted.
+struct TDarkDigests {
+    TFileDigests* darks = nullptr;
+    TFileDigests* bias = nullptr;
+};
+
 // The average of bias frames, which must have that size; before it is rounded, too, where that is asked for.
 TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions& input, TSize size,
-                     bool keepExact = false);
+                     bool keepExact = false, TFileDigests* digests = nullptr);
 
 // Adds a line for each setting of the camera in which bias frames differ from dark frames by their headers.
 void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings);
@@ -39,11 +45,12 @@ void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>&
 void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);
 
 // The frame that the library gets, less the bias where there is one. `noise` sees every frame.
-TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise = nullptr);
+TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise = nullptr,
+                      const TDarkDigests& digests = {});
 // The same for a correction, which has to know the exposure: `exposureOption` gave it, or the frames' headers say it
 // and it goes into `conditions`. Throws TToolError when neither does.
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, const std::string& exposureOption,
-                      TConditions& conditions, TDarkNoise* noise = nullptr);
+                      TConditions& conditions, TDarkNoise* noise = nullptr, const TDarkDigests& digests = {});
 
 // "10 dark frames", and how they were combined where that is not the plain average.
 std::string DarksText(const TFrameStack& stack, const TDarkOptions& options);

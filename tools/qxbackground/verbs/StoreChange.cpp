@@ -57,7 +57,7 @@ void AddInStore(const TContext& context, const TStoreAddOptions& options)
         AgreeOnNewGroups(place, {options.key}, options.newGroup);
     TConditions conditions = options.conditions;
     TBuildProvenance recorder(options.darks, options.input, options.noProvenance);
-    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions);
+    TFrameStack stack = ReadDarks(options.darks, options.input, "--exposure", conditions, nullptr, recorder.Digests());
     const std::string key = isOpen ? CompletedKey(place, options.key, stack.shot) : options.key;
     CheckKey(key, "--key");
     const std::string file = GroupFileOf(place, key);

@@ -18,15 +18,21 @@ TBuildProvenance::TBuildProvenance(const TDarkOptions& darkOptions, const TInput
 {
     if (left)
         return;
-    std::vector<std::string> files = darks.files;
-    files.insert(files.end(), darks.bias.begin(), darks.bias.end());
-    digests.emplace(files);
+    darkDigests.emplace(darks.files);
+    biasDigests.emplace(darks.bias);
+}
+
+TDarkDigests TBuildProvenance::Digests()
+{
+    if (!darkDigests)
+        return {};
+    return {&*darkDigests, &*biasDigests};
 }
 
 TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, const std::string& key,
                                             const TFrameStack& stack)
 {
-    if (!digests)
+    if (!darkDigests)
         return {};
     TProvenanceEntry entry;
     TProvenanceOutcome outcome = ChangeProvenance(place, [&](TProvenance& provenance) {
@@ -53,18 +59,17 @@ TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, cons
         built.dead = filtered.Dead();
         built.notes = stack.notes;
         built.warnings = stack.warnings;
-        const std::vector<TFileDigests::TDigest> taken = digests->Take();
-        const auto take = [&](const std::vector<std::string>& files, std::size_t from, std::uint64_t frames) {
+        const auto take = [&](const std::vector<std::string>& files, TFileDigests& digests, std::uint64_t frames) {
             TFrameRecord record;
             record.frames = frames;
+            const std::vector<TFileDigests::TDigest> taken = digests.Take();
             for (std::size_t index = 0; index < files.size(); ++index)
-                record.files.push_back(
-                    {provenance.NameOf(files[index]), taken[from + index].bytes, taken[from + index].sha256});
+                record.files.push_back({provenance.NameOf(files[index]), taken[index].bytes, taken[index].sha256});
             return record;
         };
-        built.darks = take(darks.files, 0, stack.frames);
+        built.darks = take(darks.files, *darkDigests, stack.frames);
         if (!darks.bias.empty())
-            built.bias = take(darks.bias, darks.files.size(), stack.biasFrames);
+            built.bias = take(darks.bias, *biasDigests, stack.biasFrames);
         entry.built = built;
         provenance.Put(entry);
         provenance.Keep(walk.corrections, entry.group);

@@ -11,12 +11,14 @@
 
 namespace workbench {
 
-// Records what a correction is built from. Made before the frames are read, because it reads the same files at the same
-// time.
+// Records what a correction is built from. Made before the frames are read, because it notes what their files are.
 class TBuildProvenance {
 public:
-    // With `left`, nothing is read or recorded.
+    // With `left`, nothing is recorded.
     TBuildProvenance(const TDarkOptions& darks, const TInputOptions& input, bool left);
+
+    // What wants to be fed while the frames are read.
+    TDarkDigests Digests();
 
     // To be called once. `stack` is what became of the frames.
     TProvenanceOutcome Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack);
@@ -24,7 +26,7 @@ public:
 private:
     const TDarkOptions& darks;
     const TInputOptions& input;
-    std::optional<TFileDigests> digests;
+    std::optional<TFileDigests> darkDigests, biasDigests;
 };
 
 } // namespace workbench

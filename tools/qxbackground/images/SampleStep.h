@@ -1,8 +1,10 @@
-#ifndef QXBACKGROUND_STACKS_SAMPLESTEP_H
-#define QXBACKGROUND_STACKS_SAMPLESTEP_H
+#ifndef QXBACKGROUND_IMAGES_SAMPLESTEP_H
+#define QXBACKGROUND_IMAGES_SAMPLESTEP_H
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace workbench {
 
@@ -15,6 +17,14 @@ inline std::size_t SampleStep(std::size_t pixels, std::size_t wanted)
 
 // So many pixels give the median of a frame, or of a difference of two, to a hundredth of its spread.
 constexpr std::size_t kUsualSample = 65536;
+
+// Adds to `sample` those of a frame's pixels `start` to `start` + `count`, which `pixels` points to, that are met.
+inline void AddToSample(std::vector<std::uint16_t>& sample, const std::uint16_t* pixels, std::size_t start,
+                        std::size_t count, std::size_t step)
+{
+    for (std::size_t i = (step - start % step) % step; i < count; i += step)
+        sample.push_back(pixels[i]);
+}
 
 } // namespace workbench
 

@@ -1,0 +1,22 @@
+#include "base/Processors.h"
+
+#include <algorithm>
+#include <thread>
+
+#ifdef __linux__
+#include <sched.h>
+#endif
+
+namespace workbench {
+
+unsigned ProcessorsToUse()
+{
+#ifdef __linux__
+    cpu_set_t processors;
+    if (sched_getaffinity(0, sizeof processors, &processors) == 0)
+        return static_cast<unsigned>(std::max(CPU_COUNT(&processors), 1));
+#endif
+    return std::max(std::thread::hardware_concurrency(), 1u);
+}
+
+} // namespace workbench

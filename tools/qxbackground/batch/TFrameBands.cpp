@@ -1,0 +1,158 @@
+#include "batch/TFrameBands.h"
+
+#include "base/Interrupts.h"
+#include "base/Processors.h"
+#include "base/Sha256Blocks.h"
+#include "base/TToolError.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace workbench {
+
+namespace {
+
+constexpr std::size_t kSideBySide = kSha256Lanes;
+constexpr std::size_t kBandBytes = std::size_t{1} << 19; // of all frames: they and their sums stay in the cache
+constexpr std::size_t kBandsAhead = 2;
+
+// How many of so many frames the reading thread digests and makes pixels of; the rest is left to who takes the band.
+// Reading takes half as long as digesting all at once, and a third of digesting them by twos.
+std::size_t ReadersShare(std::size_t frames)
+{
+    const bool allAtOnce = frames >= kSha256Lanes && Sha256LaneBlocksOfProcessor() != nullptr;
+    return allAtOnce ? 0 : std::min(frames, (frames + 3) / 4 * 2);
+}
+
+// The file's bytes from `from` to `to`.
+void Digest(TSha256& sha256, TInputFile& file, std::uint64_t from, std::uint64_t to, const std::string& path)
+{
+    std::vector<unsigned char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(to - from, 1 << 16)));
+    while (from < to) {
+        const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(to - from, piece.size()));
+        if (!file.ReadAt(from, piece.data(), count))
+            throw TToolError(path, "cannot be read: the file was cut or changed meanwhile");
+        sha256.Add(piece.data(), count);
+        from += count;
+    }
+}
+
+} // namespace
+
+TFrameBands::TFrameBands(const std::vector<std::string>& files, const TInputOptions& how, TFileDigests* digestsOfFiles)
+    : paths(files), options(how), digests(digestsOfFiles), bands(kBandsAhead)
+{
+    if (ProcessorsToUse() > 1) // on one, they would only wait for each other
+        thread = ThreadWithoutInterrupts([this] { ReadAll(); });
+}
+
+TFrameBands::~TFrameBands()
+{
+    bands.Stop();
+    if (thread.joinable())
+        thread.join();
+}
+
+void TFrameBands::ReadAll()
+{
+    try {
+        TFrameBand band;
+        while (Read(band)) {
+            Treat(band, 0, ReadersShare(band.of->frames.size()));
+            if (!bands.Put(band))
+                return;
+        }
+        bands.End(nullptr);
+    } catch (...) {
+        bands.End(std::current_exception());
+    }
+}
+
+// The next files, as far as they can be read side by side. What is wrong with the one behind them is found again, and
+// said, by who reads it whole.
+std::shared_ptr<TBandedFrames> TFrameBands::Open(std::size_t firstFile, TSize size) const
+{
+    const auto opened = std::make_shared<TBandedFrames>();
+    opened->size = size;
+    const std::size_t end = std::min(paths.size(), firstFile + kSideBySide);
+    for (std::size_t file = firstFile; file < end; ++file) {
+        try {
+            std::unique_ptr<TImageReader> reader = OpenImage(paths[file], options);
+            if (!reader->NextPage())
+                break;
+            const std::optional<TPlainPixels> plain = reader->Plain();
+            if (file == 0)
+                opened->size = reader->Size();
+            if (!plain || reader->Size() != opened->size)
+                break;
+            TPageMetadata metadata = reader->Metadata();
+            if (reader->NextPage())
+                break;
+            opened->frames.push_back({file, std::move(reader), *plain, std::move(metadata), TSha256()});
+        } catch (const TToolError&) {
+            break;
+        }
+    }
+    return opened;
+}
+
+bool TFrameBands::Read(TFrameBand& band)
+{
+    if (!open || start == open->size.Pixels()) {
+        open = Open(nextFile, open ? open->size : TSize());
+        start = 0;
+        nextFile += open->frames.size();
+        if (digests != nullptr) {
+            for (TBandedFrames::TFrame& frame : open->frames)
+                Digest(frame.sha256, frame.plain.file, 0, frame.plain.offset, paths[frame.file]);
+        }
+    }
+    std::vector<TBandedFrames::TFrame>& frames = open->frames;
+    if (frames.empty())
+        return false;
+    band.of = open;
+    band.start = start;
+    band.pixels = std::min(kBandBytes / sizeof(std::uint16_t) / frames.size(), open->size.Pixels() - start);
+    band.values.resize(band.Distance() * frames.size());
+    for (std::size_t frame = 0; frame < frames.size(); ++frame) {
+        const TPlainPixels& plain = frames[frame].plain;
+        if (!plain.file.ReadAt(plain.offset + start * 2, band.Values(frame), band.pixels * 2))
+            throw TToolError(paths[frames[frame].file], 1,
+                             "its pixels cannot be read: the file was cut or changed meanwhile");
+    }
+    start += band.pixels;
+    return true;
+}
+
+// Digests what the file has, and makes pixels of it.
+void TFrameBands::Treat(TFrameBand& band, std::size_t from, std::size_t to) const
+{
+    std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
+    if (digests != nullptr) {
+        std::vector<TSha256::TPart> parts;
+        for (std::size_t frame = from; frame < to; ++frame)
+            parts.push_back({&frames[frame].sha256, band.Values(frame)});
+        TSha256::Add(parts.data(), parts.size(), band.pixels * sizeof(std::uint16_t));
+    }
+    for (std::size_t frame = from; frame < to; ++frame)
+        AsHost(band.Values(frame), band.pixels, frames[frame].plain.layout);
+}
+
+bool TFrameBands::Take(TFrameBand& band)
+{
+    ThrowIfInterrupted();
+    if (thread.joinable() ? !bands.Take(band) : !Read(band))
+        return false;
+    std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
+    Treat(band, thread.joinable() ? ReadersShare(frames.size()) : 0, frames.size());
+    if (digests != nullptr && band.IsLast()) {
+        for (TBandedFrames::TFrame& frame : frames) {
+            const std::uint64_t end = frame.plain.offset + band.of->size.Pixels() * 2;
+            Digest(frame.sha256, frame.plain.file, end, frame.plain.file.Bytes(), paths[frame.file]);
+            digests->Put(frame.file, frame.sha256.Hex());
+        }
+    }
+    return true;
+}
+
+} // namespace workbench

@@ -3,11 +3,9 @@
 
 #include "images/ImageFormat.h"
 #include "images/TImage.h"
-#include "images/TPageFigures.h"
 #include "images/TPageMetadata.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 
 namespace workbench {
@@ -18,8 +16,6 @@ struct TPage {
     unsigned number = 0;  // from 1
     unsigned pagesOfFile = 0;
     TImageFormat format = TImageFormat::Tiff; // of the file
-    std::optional<TPageFigures> before;       // of a page that counts in the run's statistics, as it came
-    std::optional<TPageFigures> after;        // and corrected
     bool isShown = false;                     // in the run's picture
     TImage image;
     TPageMetadata metadata;

@@ -1,5 +1,7 @@
 #include "images/LineMedians.h"
 
+#include "base/WideRegisters.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -9,19 +11,35 @@ namespace {
 
 constexpr unsigned kMostValue = 65535;
 
-// How many of `count` values are at most `bound`.
-std::size_t CountUpTo(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
+QXBC_INLINED std::size_t CountUpToPlainly(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
 {
     constexpr std::size_t kPart = 32768; // counts within a part fit 16 bits: eight to a register of 128
     std::size_t total = 0;
     for (std::size_t begin = 0; begin < count; begin += kPart) {
-        const std::size_t end = std::min(count, begin + kPart);
+        const std::size_t end = count - begin < kPart ? count : begin + kPart;
         std::uint16_t part = 0;
         for (std::size_t i = begin; i < end; ++i)
             part = static_cast<std::uint16_t>(part + (values[i] <= bound ? 1 : 0));
         total += part;
     }
     return total;
+}
+
+#ifdef QXBC_WIDE
+QXBC_WIDE std::size_t CountUpToWidely(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
+{
+    return CountUpToPlainly(values, count, bound);
+}
+#endif
+
+// How many of `count` values are at most `bound`.
+std::size_t CountUpTo(const std::uint16_t* values, std::size_t count, std::uint16_t bound)
+{
+#ifdef QXBC_WIDE
+    if (HasWideRegisters())
+        return CountUpToWidely(values, count, bound);
+#endif
+    return CountUpToPlainly(values, count, bound);
 }
 
 // The smallest of the values above `bound`; kMostValue when there is none.
@@ -93,8 +111,47 @@ double MedianOf(const std::uint16_t* values, std::size_t count, unsigned guess)
 
 constexpr std::size_t kColumnsAtOnce = 64; // two cache lines of pixels per row
 constexpr std::size_t kTogether = 32;      // columns whose counts stay in registers
-constexpr std::size_t kInVector = 8;
+constexpr std::size_t kInVector = 16;
 typedef std::uint16_t TColumns __attribute__((vector_size(2 * kInVector)));
+typedef TColumns TColumnsInMemory __attribute__((aligned(2), may_alias)); // as they lie among others
+
+// How many of `rows` pixels of each column are at most its bound, added to what is counted already. As vectors, because
+// compilers write the counts of a plain loop to memory in every row.
+QXBC_INLINED void CountColumnsPlainly(const std::uint16_t* pixels, std::size_t rows, const std::uint16_t* bounds,
+                                      std::size_t* counts)
+{
+    static_assert(kTogether == 2 * kInVector, "two vectors are counted");
+    // No "auto", which forgets how they are aligned.
+    const TColumnsInMemory* const bound = reinterpret_cast<const TColumnsInMemory*>(bounds);
+    const TColumns firstBound = bound[0], secondBound = bound[1];
+    TColumns first = {}, second = {};
+    for (std::size_t row = 0; row < rows; ++row) {
+        const TColumnsInMemory* const line = reinterpret_cast<const TColumnsInMemory*>(pixels + row * kColumnsAtOnce);
+        first -= static_cast<TColumns>(line[0] <= firstBound); // true is -1
+        second -= static_cast<TColumns>(line[1] <= secondBound);
+    }
+    for (std::size_t i = 0; i < kInVector; ++i) {
+        counts[i] += first[i];
+        counts[kInVector + i] += second[i];
+    }
+}
+
+#ifdef QXBC_WIDE
+QXBC_WIDE void CountColumnsWidely(const std::uint16_t* pixels, std::size_t rows, const std::uint16_t* bounds,
+                                  std::size_t* counts)
+{
+    CountColumnsPlainly(pixels, rows, bounds, counts);
+}
+#endif
+
+void CountColumns(const std::uint16_t* pixels, std::size_t rows, const std::uint16_t* bounds, std::size_t* counts)
+{
+#ifdef QXBC_WIDE
+    if (HasWideRegisters())
+        return CountColumnsWidely(pixels, rows, bounds, counts);
+#endif
+    CountColumnsPlainly(pixels, rows, bounds, counts);
+}
 
 // The medians of up to kColumnsAtOnce columns side by side, which lie in `block` row after row without gaps.
 class TColumnBlock {
@@ -180,24 +237,8 @@ private:
         for (std::size_t begin = 0; begin < height; begin += kPart) {
             const std::size_t rows = std::min(kPart, height - begin);
             for (std::size_t left = 0; left < kColumnsAtOnce; left += kTogether)
-                CountTogether(block.data() + begin * kColumnsAtOnce + left, rows, bounds + left, counts + left);
+                CountColumns(block.data() + begin * kColumnsAtOnce + left, rows, bounds + left, counts + left);
         }
-    }
-
-    // As vectors, because compilers write the counts of a plain loop to memory in every row.
-    static void CountTogether(const std::uint16_t* pixels, std::size_t rows, const std::uint16_t* bounds,
-                              std::size_t* counts)
-    {
-        TColumns parts[kTogether / kInVector] = {}, bound[kTogether / kInVector];
-        std::memcpy(bound, bounds, sizeof bound);
-        for (std::size_t row = 0; row < rows; ++row) {
-            TColumns line[kTogether / kInVector];
-            std::memcpy(line, pixels + row * kColumnsAtOnce, sizeof line);
-            for (std::size_t i = 0; i < kTogether / kInVector; ++i)
-                parts[i] -= static_cast<TColumns>(line[i] <= bound[i]); // true is -1
-        }
-        for (std::size_t i = 0; i < kTogether; ++i)
-            counts[i] += parts[i / kInVector][i % kInVector];
     }
 
     std::uint16_t LeastAboveIn(std::size_t column, std::uint16_t bound) const

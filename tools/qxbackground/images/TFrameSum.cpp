@@ -1,16 +1,7 @@
 #include "images/TFrameSum.h"
 
 #include "base/LargeMemory.h"
-
-#ifdef __GNUC__
-#define ALWAYS_INLINE __attribute__((always_inline)) inline
-#else
-#define ALWAYS_INLINE inline
-#endif
-#if defined(__x86_64__) && defined(__GNUC__) &&                                                                        \
-    !defined(_WIN32) // where GCC does not align its stack for wide registers
-#define WITH_AVX2 __attribute__((target("avx2")))
-#endif
+#include "base/WideRegisters.h"
 
 namespace workbench {
 
@@ -18,7 +9,7 @@ namespace {
 
 // To the sums, in their order. A template, so that compilers keep a sum in a register from frame to frame.
 template <std::size_t kFrames>
-ALWAYS_INLINE void AddPlainly(float* __restrict sums, const std::uint16_t* const* frames, std::size_t pixels)
+QXBC_INLINED void AddPlainly(float* __restrict sums, const std::uint16_t* const* frames, std::size_t pixels)
 {
     const std::uint16_t* frame[kFrames];
     for (std::size_t k = 0; k < kFrames; ++k)
@@ -31,10 +22,10 @@ ALWAYS_INLINE void AddPlainly(float* __restrict sums, const std::uint16_t* const
     }
 }
 
-#ifdef WITH_AVX2
+#ifdef QXBC_WIDE
 // The same additions, eight pixels at a time.
 template <std::size_t kFrames>
-WITH_AVX2 void AddWidely(float* __restrict sums, const std::uint16_t* const* frames, std::size_t pixels)
+QXBC_WIDE void AddWidely(float* __restrict sums, const std::uint16_t* const* frames, std::size_t pixels)
 {
     AddPlainly<kFrames>(sums, frames, pixels);
 }
@@ -43,9 +34,8 @@ WITH_AVX2 void AddWidely(float* __restrict sums, const std::uint16_t* const* fra
 template <std::size_t kFrames>
 void AddTogether(float* __restrict sums, const std::uint16_t* const* frames, std::size_t pixels)
 {
-#ifdef WITH_AVX2
-    static const bool hasWide = __builtin_cpu_supports("avx2") != 0;
-    if (hasWide)
+#ifdef QXBC_WIDE
+    if (HasWideRegisters())
         return AddWidely<kFrames>(sums, frames, pixels);
 #endif
     AddPlainly<kFrames>(sums, frames, pixels);

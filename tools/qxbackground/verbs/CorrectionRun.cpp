@@ -12,6 +12,7 @@
 #include "stacks/TShotWatch.h"
 #include "verbs/CorrectionPicture.h"
 #include "verbs/CorrectionReport.h"
+#include "verbs/TMeasuring.h"
 
 #include <filesystem>
 #include <system_error>
@@ -34,15 +35,15 @@ std::vector<int> RestFor(const TTurn& turn, const TCorrectOptions& options, cons
     return RestOf(setup.unfiltered, region.left, region.top, turn.factor * options.levelPercent / 100, background);
 }
 
-// A run, once the correction is ready. Pages are read, measured as they come, corrected and measured again on the
-// thread of the page source; written on this one, which takes longest.
+// A run, once the correction is ready. Pages are read and corrected on the thread of the page source, and written on
+// this one, which takes longest.
 class TCorrectionRun {
 public:
     // `planned` for images that are corrected as `wanted`; its first turn is configured.
     TCorrectionRun(const TCorrectionPlan& planned, const TCorrectOptions& wanted, TCorrectionReport& result,
-                   const TRefinement& also, const TCorrectionSetup& known)
-        : plan(planned), turn(&plan.Turns().front()), options(wanted), report(result), refinement(also), setup(known),
-          watch(wanted.toleranceCelsius, wanted.olderDays),
+                   TMeasuring& statistics, const TRefinement& also, const TCorrectionSetup& known)
+        : plan(planned), turn(&plan.Turns().front()), options(wanted), report(result), measuring(statistics),
+          refinement(also), setup(known), watch(wanted.toleranceCelsius, wanted.olderDays),
           sample(wanted.noStatistics     ? TStatisticsSample::TExtent::None
                  : wanted.fullStatistics ? TStatisticsSample::TExtent::All
                                          : TStatisticsSample::TExtent::Some)
@@ -58,15 +59,16 @@ public:
 
 private:
     TPageSteps Steps();
-    void Take(const TTurn& next, const TPage& page);
+    void Take(const TTurn& next, bool isMeasured);
     void Treat(const std::string& path, TPage& page);
-    void KeepFigures(const TPage& page);
+    void KeepShown(const TPage& page);
     void TakeAll(TSeparateOutputs& outputs, TProgress& progress);
 
     const TCorrectionPlan& plan;
     const TTurn* turn; // that the library is configured for; null when that failed
     const TCorrectOptions& options;
     TCorrectionReport& report;
+    TMeasuring& measuring;
     TRefinement refinement; // of the region
     const TCorrectionSetup& setup;
     TShotWatch watch;
@@ -75,7 +77,7 @@ private:
 };
 
 // Another exposure, or another correction.
-void TCorrectionRun::Take(const TTurn& next, const TPage& page)
+void TCorrectionRun::Take(const TTurn& next, bool isMeasured)
 {
     if (&next == turn)
         return;
@@ -86,11 +88,11 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
     else
         SetExposure(next, options);
     const bool isUnfiltered = setup.unfiltered.size.width > 0;
-    if (page.before || isUnfiltered) {
+    if (isMeasured || isUnfiltered) {
         TImage background;
         Call(next.what, [&] { background = ScaledBackground(*next.object); });
-        if (page.before)
-            report.background.Add(background);
+        if (isMeasured)
+            measuring.Background(background);
         if (isUnfiltered)
             refinement.rest = RestFor(next, options, setup, background);
     }
@@ -102,16 +104,15 @@ void TCorrectionRun::Take(const TTurn& next, const TPage& page)
 void TCorrectionRun::Treat(const std::string& path, TPage& page)
 {
     const TTurn& next = plan.For(path, page.file, page.number);
-    page.before.reset();
-    page.after.reset();
-    if (sample.Takes(page.image.pixels.size())) {
-        page.before = report.before.Add(page.image);
+    const bool isMeasured = sample.Takes(page.image.pixels.size());
+    if (isMeasured) {
+        measuring.Before(page.image);
         report.bits.Add(page.image, page.metadata);
     }
     page.isShown = !options.picture.empty() && !hasShown;
     if (page.isShown)
         firstBefore = page.image;
-    Take(next, page);
+    Take(next, isMeasured);
     if (page.isShown && turn != &plan.Turns().front())
         Call(turn->what, [&] { firstBackground = ScaledBackground(*turn->object); });
     watch.Add(path, ShotOf(page.metadata), plan.Expected(*turn));
@@ -121,17 +122,13 @@ void TCorrectionRun::Treat(const std::string& path, TPage& page)
     hasShown = true;
     refinement.After(page.image);
     refinement.RecordIn(page.metadata);
-    if (page.before)
-        page.after = report.after.Add(page.image);
+    if (isMeasured)
+        measuring.After(page.image, path, page.number);
 }
 
-void TCorrectionRun::KeepFigures(const TPage& page)
+void TCorrectionRun::KeepShown(const TPage& page)
 {
-    if (!page.failure.empty())
-        return;
-    if (page.before && page.after)
-        report.measured.push_back({options.inputs[page.file], page.number, *page.before, *page.after});
-    if (page.isShown)
+    if (page.failure.empty() && page.isShown)
         firstAfter = page.image;
 }
 
@@ -169,7 +166,7 @@ void TCorrectionRun::IntoOneFile()
     while (source.Take(page)) {
         if (!page.failure.empty())
             throw TToolError(page.failure);
-        KeepFigures(page);
+        KeepShown(page);
         writer->Write(page.image, page.metadata);
         progress.Step();
     }
@@ -201,7 +198,7 @@ void TCorrectionRun::TakeAll(TSeparateOutputs& outputs, TProgress& progress)
         bytesBefore.push_back(bytesBefore.back() + BytesOf(input));
     TPage page;
     while (source.Take(page)) {
-        KeepFigures(page);
+        KeepShown(page);
         outputs.Take(page);
         tell();
         const std::uint64_t bytes = bytesBefore[page.file + 1] - bytesBefore[page.file];
@@ -286,8 +283,9 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
         Call(what, [&] { background = ScaledBackground(object); });
         report.size = background.size;
     }
+    TMeasuring measuring(report);
     if (!options.noStatistics)
-        report.background.Add(background);
+        measuring.Background(background);
 
     TRefinement refinement;
     Call(what, [&] {
@@ -300,11 +298,12 @@ void CorrectImages(TContext& context, const TCorrectionPlan& plan, const TCorrec
         refinement.noisyPixels.Expect(first.factor, options.levelPercent / 100.0, refinement.hotPixels);
     for (const std::string& note : refinement.Notes())
         report.notes.push_back(note);
-    TCorrectionRun run(plan, options, report, refinement, setup);
+    TCorrectionRun run(plan, options, report, measuring, refinement, setup);
     if (options.IsBatch())
         run.IntoFolder();
     else
         run.IntoOneFile();
+    measuring.Finish();
 
     if (!options.picture.empty())
         report.picture = WriteCorrectionPicture(options.picture, run.firstBefore,

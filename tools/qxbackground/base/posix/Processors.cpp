@@ -5,6 +5,9 @@
 
 #ifdef __linux__
 #include <sched.h>
+#include <sys/resource.h>
+
+#include <cerrno>
 #endif
 
 namespace workbench {
@@ -17,6 +20,16 @@ unsigned ProcessorsToUse()
         return static_cast<unsigned>(std::max(CPU_COUNT(&processors), 1));
 #endif
     return std::max(std::thread::hardware_concurrency(), 1u);
+}
+
+void StandBack()
+{
+#ifdef __linux__ // elsewhere the whole process would
+    constexpr int kNice = 10;
+    const int before = errno;
+    if (setpriority(PRIO_PROCESS, 0, kNice) != 0)
+        errno = before;
+#endif
 }
 
 } // namespace workbench

@@ -16,4 +16,9 @@ unsigned ProcessorsToUse()
     return std::max(std::thread::hardware_concurrency(), 1u);
 }
 
+void StandBack()
+{
+    SetThreadPriority(GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
+}
+
 } // namespace workbench

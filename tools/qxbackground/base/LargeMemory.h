@@ -1,7 +1,11 @@
 #ifndef QXBACKGROUND_BASE_LARGEMEMORY_H
 #define QXBACKGROUND_BASE_LARGEMEMORY_H
 
+#include <algorithm>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <vector>
 
 namespace workbench {
@@ -19,6 +23,20 @@ template <class T> void ResizeLarge(std::vector<T>& values, std::size_t count)
         ExpectWholeUse(values.data(), count * sizeof(T));
     }
     values.resize(count);
+}
+
+struct TFreed {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+// So many zeros, which the system has ready: a vector would write each of them again.
+template <class T> std::unique_ptr<T[], TFreed> LargeZeros(std::size_t count)
+{
+    std::unique_ptr<T[], TFreed> zeros(static_cast<T*>(std::calloc(std::max<std::size_t>(count, 1), sizeof(T))));
+    if (!zeros)
+        throw std::bad_alloc();
+    ExpectWholeUse(zeros.get(), count * sizeof(T));
+    return zeros;
 }
 
 } // namespace workbench

@@ -1,8 +1,7 @@
 #include "batch/TFrameBands.h"
 
-#include "base/Interrupts.h"
-#include "base/Processors.h"
 #include "base/Sha256Blocks.h"
+#include "base/TProgress.h"
 #include "base/TToolError.h"
 
 #include <algorithm>
@@ -14,18 +13,9 @@ namespace {
 
 constexpr std::size_t kSideBySide = kSha256Lanes;
 constexpr std::size_t kBandBytes = std::size_t{1} << 19; // of all frames: they and their sums stay in the cache
-constexpr std::size_t kBandsAhead = 2;
-
-// How many of so many frames the reading thread digests and makes pixels of; the rest is left to who takes the band.
-// Reading takes half as long as digesting all at once, and a third of digesting them by twos.
-std::size_t ReadersShare(std::size_t frames)
-{
-    const bool allAtOnce = frames >= kSha256Lanes && Sha256LaneBlocksOfProcessor() != nullptr;
-    return allAtOnce ? 0 : std::min(frames, (frames + 3) / 4 * 2);
-}
 
 // The file's bytes from `from` to `to`.
-void Digest(TSha256& sha256, TInputFile& file, std::uint64_t from, std::uint64_t to, const std::string& path)
+void DigestPart(TSha256& sha256, TInputFile& file, std::uint64_t from, std::uint64_t to, const std::string& path)
 {
     std::vector<unsigned char> piece(static_cast<std::size_t>(std::min<std::uint64_t>(to - from, 1 << 16)));
     while (from < to) {
@@ -39,49 +29,25 @@ void Digest(TSha256& sha256, TInputFile& file, std::uint64_t from, std::uint64_t
 
 } // namespace
 
-TFrameBands::TFrameBands(const std::vector<std::string>& files, const TInputOptions& how, TFileDigests* digestsOfFiles)
-    : paths(files), options(how), digests(digestsOfFiles), bands(kBandsAhead)
-{
-    if (ProcessorsToUse() > 1) // on one, they would only wait for each other
-        thread = ThreadWithoutInterrupts([this] { ReadAll(); });
-}
-
-TFrameBands::~TFrameBands()
-{
-    bands.Stop();
-    if (thread.joinable())
-        thread.join();
-}
-
-void TFrameBands::ReadAll()
-{
-    try {
-        TFrameBand band;
-        while (Read(band)) {
-            Treat(band, 0, ReadersShare(band.of->frames.size()));
-            if (!bands.Put(band))
-                return;
-        }
-        bands.End(nullptr);
-    } catch (...) {
-        bands.End(std::current_exception());
-    }
-}
+TFrameBands::TFrameBands(const std::vector<std::string>& files, std::size_t first, std::size_t end,
+                         const TInputOptions& how, TFileDigests* digestsOfFiles)
+    : paths(files), options(how), digests(digestsOfFiles), nextFile(first), endOfFiles(end)
+{}
 
 // The next files, as far as they can be read side by side. What is wrong with the one behind them is found again, and
 // said, by who reads it whole.
-std::shared_ptr<TBandedFrames> TFrameBands::Open(std::size_t firstFile, TSize size) const
+std::shared_ptr<TBandedFrames> TFrameBands::Open(TSize size) const
 {
     const auto opened = std::make_shared<TBandedFrames>();
     opened->size = size;
-    const std::size_t end = std::min(paths.size(), firstFile + kSideBySide);
-    for (std::size_t file = firstFile; file < end; ++file) {
+    const std::size_t end = std::min(endOfFiles, nextFile + kSideBySide);
+    for (std::size_t file = nextFile; file < end; ++file) {
         try {
             std::unique_ptr<TImageReader> reader = OpenImage(paths[file], options);
             if (!reader->NextPage())
                 break;
             const std::optional<TPlainPixels> plain = reader->Plain();
-            if (file == 0)
+            if (size.Pixels() == 0 && opened->frames.empty())
                 opened->size = reader->Size();
             if (!plain || reader->Size() != opened->size)
                 break;
@@ -96,15 +62,16 @@ std::shared_ptr<TBandedFrames> TFrameBands::Open(std::size_t firstFile, TSize si
     return opened;
 }
 
-bool TFrameBands::Read(TFrameBand& band)
+bool TFrameBands::Take(TFrameBand& band)
 {
+    ThrowIfInterrupted();
     if (!open || start == open->size.Pixels()) {
-        open = Open(nextFile, open ? open->size : TSize());
+        open = Open(open ? open->size : TSize());
         start = 0;
         nextFile += open->frames.size();
         if (digests != nullptr) {
             for (TBandedFrames::TFrame& frame : open->frames)
-                Digest(frame.sha256, frame.plain.file, 0, frame.plain.offset, paths[frame.file]);
+                DigestPart(frame.sha256, frame.plain.file, 0, frame.plain.offset, paths[frame.file]);
         }
     }
     std::vector<TBandedFrames::TFrame>& frames = open->frames;
@@ -121,38 +88,28 @@ bool TFrameBands::Read(TFrameBand& band)
                              "its pixels cannot be read: the file was cut or changed meanwhile");
     }
     start += band.pixels;
-    return true;
-}
-
-// Digests what the file has, and makes pixels of it.
-void TFrameBands::Treat(TFrameBand& band, std::size_t from, std::size_t to) const
-{
-    std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
-    if (digests != nullptr) {
-        std::vector<TSha256::TPart> parts;
-        for (std::size_t frame = from; frame < to; ++frame)
-            parts.push_back({&frames[frame].sha256, band.Values(frame)});
-        TSha256::Add(parts.data(), parts.size(), band.pixels * sizeof(std::uint16_t));
-    }
-    for (std::size_t frame = from; frame < to; ++frame)
+    if (digests != nullptr)
+        Digest(band);
+    for (std::size_t frame = 0; frame < frames.size(); ++frame)
         AsHost(band.Values(frame), band.pixels, frames[frame].plain.layout);
+    return true;
 }
 
-bool TFrameBands::Take(TFrameBand& band)
+// As the files have it.
+void TFrameBands::Digest(TFrameBand& band) const
 {
-    ThrowIfInterrupted();
-    if (thread.joinable() ? !bands.Take(band) : !Read(band))
-        return false;
     std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
-    Treat(band, thread.joinable() ? ReadersShare(frames.size()) : 0, frames.size());
-    if (digests != nullptr && band.IsLast()) {
-        for (TBandedFrames::TFrame& frame : frames) {
-            const std::uint64_t end = frame.plain.offset + band.of->size.Pixels() * 2;
-            Digest(frame.sha256, frame.plain.file, end, frame.plain.file.Bytes(), paths[frame.file]);
-            digests->Put(frame.file, frame.sha256.Hex());
-        }
+    std::vector<TSha256::TPart> parts;
+    for (std::size_t frame = 0; frame < frames.size(); ++frame)
+        parts.push_back({&frames[frame].sha256, band.Values(frame)});
+    TSha256::Add(parts.data(), parts.size(), band.pixels * sizeof(std::uint16_t));
+    if (!band.IsLast())
+        return;
+    for (TBandedFrames::TFrame& frame : frames) {
+        const std::uint64_t end = frame.plain.offset + band.of->size.Pixels() * 2;
+        DigestPart(frame.sha256, frame.plain.file, end, frame.plain.file.Bytes(), paths[frame.file]);
+        digests->Put(frame.file, frame.sha256.Hex());
     }
-    return true;
 }
 
 } // namespace workbench

@@ -3,14 +3,12 @@
 
 #include "base/TSha256.h"
 #include "batch/TFileDigests.h"
-#include "batch/THandover.h"
 #include "images/TImageReader.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace workbench {
@@ -43,35 +41,28 @@ struct TFrameBand {
 
 // Reads several files at a time, a band of each after the other, so that whatever is done with their pixels finds them
 // in the processor's cache; whole frames would have to come from memory once more for each such thing. Their SHA-256
-// are among those: many files' together cost little more than one's. Where there are processors for it, a thread of its
-// own reads, and does part of the rest.
+// are among those: many files' together cost little more than one's.
 class TFrameBands {
 public:
-    // Reads as many of the first `paths` as can be read so. `digests`, of the same paths, is given what is computed;
-    // without it, nothing is.
-    TFrameBands(const std::vector<std::string>& paths, const TInputOptions& options, TFileDigests* digests);
-    ~TFrameBands();
-    TFrameBands(const TFrameBands&) = delete;
-    TFrameBands& operator=(const TFrameBands&) = delete;
+    // Reads of the `paths` those from number `first` on, before `end`, as many as can be read so. `digests`, of the
+    // same paths, is given what is computed; without it, nothing is.
+    TFrameBands(const std::vector<std::string>& paths, std::size_t first, std::size_t end, const TInputOptions& options,
+                TFileDigests* digests);
 
     // The next band; false when the next file cannot be read so, or there is none. Throws TToolError when a file cannot
     // be read any further, or the user asked to stop.
     bool Take(TFrameBand& band);
 
 private:
-    void ReadAll();
-    bool Read(TFrameBand& band);
-    std::shared_ptr<TBandedFrames> Open(std::size_t firstFile, TSize size) const;
-    void Treat(TFrameBand& band, std::size_t from, std::size_t to) const;
+    std::shared_ptr<TBandedFrames> Open(TSize size) const;
+    void Digest(TFrameBand& band) const;
 
     const std::vector<std::string>& paths;
     const TInputOptions& options;
     TFileDigests* const digests;
     std::shared_ptr<TBandedFrames> open; // those that are being read,
     std::size_t start = 0;               // from this pixel on,
-    std::size_t nextFile = 0;            // and the first behind them
-    THandover<TFrameBand> bands;
-    std::thread thread; // if there is one; the last member: it uses the others
+    std::size_t nextFile, endOfFiles;    // and those behind them
 };
 
 } // namespace workbench

@@ -1,5 +1,7 @@
 #include "batch/TFrameStack.h"
 
+#include "base/Interrupts.h"
+#include "base/Processors.h"
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "batch/TFrameBands.h"
@@ -8,7 +10,10 @@
 #include "images/TFrameSum.h"
 
 #include <algorithm>
+#include <atomic>
+#include <exception>
 #include <optional>
+#include <thread>
 #include <utility>
 
 namespace workbench {
@@ -71,36 +76,127 @@ void EachPage(const TFrameFiles& files, std::size_t first, std::optional<TSize> 
     }
 }
 
+// What was added up of some files that are read side by side.
+class TSideBySide {
+public:
+    TSideBySide(const TFrameFiles& those, std::size_t first, std::size_t end)
+        : files(those), bands(those.paths, first, end, those.options, those.digests)
+    {}
+
+    // Adds the next bands, up to the end of their frames; false when there are none.
+    bool AddSome()
+    {
+        const std::size_t before = seen.size();
+        do {
+            if (!bands.Take(band))
+                return false;
+            AddBand(before);
+        } while (!band.IsLast());
+        return true;
+    }
+
+    std::size_t Frames() const { return seen.size(); }
+    // In the order of the files.
+    void ShowTo(const TFrameWatcher& watch, std::size_t from = 0) const
+    {
+        for (std::size_t frame = from; frame < seen.size(); ++frame)
+            watch({files.paths[seen[frame].file], 1, seen[frame].metadata, seen[frame].sample});
+    }
+
+    std::optional<TFrameSum> sum;
+
+private:
+    struct TSeen {
+        std::size_t file = 0;
+        TPageMetadata metadata;
+        std::vector<std::uint16_t> sample;
+    };
+
+    void AddBand(std::size_t firstOfThem)
+    {
+        std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
+        if (!sum)
+            sum.emplace(band.of->size);
+        if (band.start == 0) {
+            for (TBandedFrames::TFrame& frame : frames)
+                seen.push_back({frame.file, std::move(frame.metadata), {}});
+        }
+        const std::size_t step = SampleStep(band.of->size.Pixels(), kWatchedPixels);
+        std::vector<const std::uint16_t*> values;
+        for (std::size_t frame = 0; frame < frames.size(); ++frame) {
+            values.push_back(band.Values(frame));
+            AddToSample(seen[firstOfThem + frame].sample, values.back(), band.start, band.pixels, step);
+        }
+        sum->Add(band.start, band.pixels, values);
+    }
+
+    const TFrameFiles& files;
+    TFrameBands bands;
+    TFrameBand band;
+    std::vector<TSeen> seen;
+};
+
+// Adds all files by two threads, half of them each. Nothing when they cannot all be read side by side, or are so many
+// that their order counts.
+std::optional<TFrameSum> AddByTwo(const TFrameFiles& files, TProgress& progress, const TFrameWatcher& watch)
+{
+    const std::size_t all = files.paths.size();
+    if (all < 2 || all > TFrameSum::kExactFrames || ProcessorsToUse() < 2)
+        return {};
+    TSideBySide first(files, 0, all / 2), second(files, all / 2, all);
+    std::atomic<bool> stopped{false};
+    std::atomic<std::size_t> ofSecond{0};
+    std::exception_ptr failure;
+    std::thread thread = ThreadWithoutInterrupts([&] {
+        try {
+            while (!stopped && second.AddSome())
+                ofSecond = second.Frames();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    });
+    struct TJoin {
+        ~TJoin()
+        {
+            if (thread.joinable()) {
+                stopped = true;
+                thread.join();
+            }
+        }
+        std::thread& thread;
+        std::atomic<bool>& stopped;
+    } join{thread, stopped};
+    while (first.AddSome())
+        progress.Reach(first.Frames() + ofSecond);
+    stopped = first.Frames() < all / 2; // which another way to read them has to begin with
+    thread.join();
+    ThrowIfInterrupted();
+    if (stopped)
+        return {};
+    if (failure)
+        std::rethrow_exception(failure);
+    if (second.Frames() < all - all / 2 || first.sum->Size() != second.sum->Size())
+        return {};
+    first.ShowTo(watch);
+    second.ShowTo(watch);
+    first.sum->Add(*second.sum);
+    return std::move(first.sum);
+}
+
 // Adds as many of the first files as can be read side by side.
 std::size_t AddBands(const TFrameFiles& files, std::optional<TFrameSum>& sum, TProgress& progress,
                      const TFrameWatcher& watch)
 {
-    std::size_t done = 0, step = 1;
-    std::vector<std::vector<std::uint16_t>> samples;
-    TFrameBands bands(files.paths, files.options, files.digests);
-    TFrameBand band;
-    while (bands.Take(band)) {
-        std::vector<TBandedFrames::TFrame>& frames = band.of->frames;
-        if (!sum) {
-            sum.emplace(band.of->size);
-            step = SampleStep(band.of->size.Pixels(), kWatchedPixels);
-        }
-        if (band.start == 0)
-            samples.assign(frames.size(), {});
-        std::vector<const std::uint16_t*> values;
-        for (std::size_t frame = 0; frame < frames.size(); ++frame) {
-            values.push_back(band.Values(frame));
-            AddToSample(samples[frame], values.back(), band.start, band.pixels, step);
-        }
-        sum->Add(band.start, band.pixels, values);
-        if (!band.IsLast())
-            continue;
-        for (std::size_t frame = 0; frame < frames.size(); ++frame)
-            watch({files.paths[frames[frame].file], 1, frames[frame].metadata, samples[frame]});
-        done += frames.size();
-        progress.Reach(done);
+    sum = AddByTwo(files, progress, watch);
+    if (sum)
+        return files.paths.size();
+    TSideBySide frames(files, 0, files.paths.size());
+    for (std::size_t shown = 0; frames.AddSome(); shown = frames.Frames()) {
+        frames.ShowTo(watch, shown);
+        progress.Reach(frames.Frames());
     }
-    return done;
+    sum = std::move(frames.sum);
+    return frames.Frames();
 }
 
 std::string NoFrames(const TFrameFiles& files)

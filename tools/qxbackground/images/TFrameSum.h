@@ -1,9 +1,11 @@
 #ifndef QXBACKGROUND_IMAGES_TFRAMESUM_H
 #define QXBACKGROUND_IMAGES_TFRAMESUM_H
 
+#include "base/LargeMemory.h"
 #include "images/TImage.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace workbench {
@@ -20,6 +22,11 @@ public:
     void Add(const std::vector<const TImage*>& frames);
     // Adds `pixels` of each frame, from pixel `start` on. The frames count once their last pixel is there.
     void Add(std::size_t start, std::size_t pixels, const std::vector<const std::uint16_t*>& frames);
+    // Adds frames that were added up elsewhere, no more than kExactFrames with those that are there. Up to that number
+    // sums are exact, in whichever order frames are added.
+    void Add(const TFrameSum& other);
+    static constexpr std::size_t kExactFrames = 256; // of 65535: just below 2^24
+
     TSize Size() const { return size; }
     std::uint64_t Frames() const { return count; }
     // Of at least one frame.
@@ -29,7 +36,7 @@ public:
 
 private:
     TSize size;
-    std::vector<float> sums;
+    std::unique_ptr<float[], TFreed> sums;
     std::uint64_t count = 0;
 };
 

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace workbench {
@@ -13,7 +14,8 @@ namespace workbench {
 // stood out of what is around them. (THotPixels finds such pixels, in more time.)
 class TFilteredPixels {
 public:
-    explicit TFilteredPixels(const TImage& darkFrame) : dark(darkFrame) {}
+    // What becomes of the frame is kept in its own memory.
+    explicit TFilteredPixels(TImage darkFrame) : pixels(std::move(darkFrame.pixels)) {}
 
     // The correction's pixels, piece after piece: two bytes each, the lower one first.
     void Add(const unsigned char* bytes, std::size_t count);
@@ -24,8 +26,10 @@ public:
     std::uint64_t Dead() const { return dead; }
 
 private:
-    const TImage& dark;
-    std::vector<std::int16_t> moves; // larger ones are cut off, which changes no count
+    // Of the frame; where `added`, how far they were moved, as signed numbers. Larger moves are cut off, which changes
+    // no count.
+    std::vector<std::uint16_t> pixels;
+    std::size_t added = 0;
     std::uint64_t hot = 0, dead = 0;
 };
 

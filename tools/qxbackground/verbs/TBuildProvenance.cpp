@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace workbench {
@@ -29,8 +30,7 @@ TDarkDigests TBuildProvenance::Digests()
     return {&*darkDigests, &*biasDigests};
 }
 
-TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, const std::string& key,
-                                            const TFrameStack& stack)
+TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, const std::string& key, TFrameStack& stack)
 {
     if (!darkDigests)
         return {};
@@ -43,7 +43,7 @@ TProvenanceOutcome TBuildProvenance::Record(const TCalibrationPlace& place, cons
                                          [&key](const TStoredCorrection& one) { return one.key == key; });
         if (stored == walk.corrections.end())
             throw TToolError(file, "was changed by another program at once");
-        TFilteredPixels filtered(stack.average);
+        TFilteredPixels filtered(std::move(stack.average));
         entry.Describe(file, *stored,
                        [&filtered](const unsigned char* bytes, std::size_t count) { filtered.Add(bytes, count); });
         filtered.Count(kUsualHotSigma);

@@ -20,8 +20,8 @@ public:
     // What wants to be fed while the frames are read.
     TDarkDigests Digests();
 
-    // To be called once. `stack` is what became of the frames.
-    TProvenanceOutcome Record(const TCalibrationPlace& place, const std::string& key, const TFrameStack& stack);
+    // To be called once. `stack` is what became of the frames; its pixels are used up.
+    TProvenanceOutcome Record(const TCalibrationPlace& place, const std::string& key, TFrameStack& stack);
 
 private:
     const TDarkOptions& darks;

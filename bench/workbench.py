@@ -5,9 +5,9 @@ Siril, and ccdproc. Prints a table in Markdown.
 workbench.py QXBACKGROUND [--rounds N] [--folder /dev/shm] [--size 2048] [--rivals numpy,opencv,siril,ccdproc]
 
 Wants python3-numpy, python3-tifffile, python3-opencv; and siril and python3-ccdproc for their columns. All take turns, on
-one core and on all. Scripts are timed without the start of Python and without their imports, which the workbench's time
-has no part of that is left out: its is the whole process. Siril and ccdproc work on FITS, which is theirs, and are held
-against the workbench on the same FITS files; the others on TIFF."""
+one core and on all. All are timed as whole processes, from the command to its end; scripts, also without the start of
+Python and without their imports. Siril and ccdproc work on FITS, which is theirs, and are held against the workbench on the
+same FITS files; the others on TIFF."""
 import argparse
 import importlib.util
 import json
@@ -100,10 +100,10 @@ def run_rival(name, work, folder, out):
     """In a process of its own. Prints what it took, without the imports."""
     steps = {"numpy": numpy_rival, "opencv": opencv_rival, "ccdproc": ccdproc_rival}[name](work, folder, out)
     next(steps)
-    wall, cpu = time.perf_counter(), time.process_time()
+    start = time.perf_counter()
     for _ in steps:
         pass
-    print(json.dumps([time.perf_counter() - wall, time.process_time() - cpu]))
+    print(json.dumps(time.perf_counter() - start))
 
 
 def siril_script(work, folder, out, cores):
@@ -150,11 +150,12 @@ def write_frames(folder, size):
 
 class Measurement:
     def __init__(self):
-        self.wall, self.cpu, self.mebibytes = [], [], 0
+        self.wall, self.cpu, self.work, self.mebibytes = [], [], [], 0
 
-    def add(self, wall, cpu, kilobytes):
+    def add(self, wall, cpu, work, kilobytes):
         self.wall.append(wall)
         self.cpu.append(cpu)
+        self.work.append(work)
         self.mebibytes = max(self.mebibytes, kilobytes // 1024)
 
     def median(self, what):
@@ -162,7 +163,8 @@ class Measurement:
 
 
 def measure(command, cores, timed_itself=False):
-    """What one process took: seconds of the clock, seconds of its cores, kilobytes."""
+    """What one process took: seconds of the clock, seconds of its cores, those of the clock that it says its work took
+    once it was started, kilobytes."""
     start = time.perf_counter()
     process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                                preexec_fn=lambda: os.sched_setaffinity(0, cores))
@@ -173,11 +175,8 @@ def measure(command, cores, timed_itself=False):
     process.returncode = os.waitstatus_to_exitcode(status)
     if process.returncode != 0:
         raise SystemExit(f"{command} failed: {output.decode()[-500:]}{error.decode()[-500:]}")
-    if timed_itself:
-        wall, cpu = json.loads(output.decode().splitlines()[-1])
-    else:
-        cpu = usage.ru_utime + usage.ru_stime
-    return wall, cpu, usage.ru_maxrss
+    work = json.loads(output.decode().splitlines()[-1]) if timed_itself else wall
+    return wall, usage.ru_utime + usage.ru_stime, work, usage.ru_maxrss
 
 
 def tool_command(tool, work, folder, out, ending):
@@ -222,8 +221,8 @@ def table(found, rivals, cores_text):
                  f"{own['tif'].mebibytes} MiB"]
         for rival in rivals:
             its, ours = found[work, rival], own[OWN_RIVALS[rival]]
-            cells.append(f"**{its.median('wall') / ours.median('wall'):.2f}** "
-                         f"({its.median('cpu') / ours.median('cpu'):.2f}), {its.mebibytes} MiB")
+            without_start = "" if rival == "siril" else f" ({its.median('work') / ours.median('wall'):.2f})"
+            cells.append(f"**{its.median('wall') / ours.median('wall'):.2f}**{without_start}, {its.mebibytes} MiB")
         print("| " + " | ".join(cells) + " |")
 
 
@@ -258,9 +257,10 @@ def main():
                             folder / f"master.{ending}"], check=True, stdout=subprocess.DEVNULL)
         print(f"Measured on {time.strftime('%Y-%m-%d')}: {platform.machine()}, {len(all_cores)} cores; frames of {options.size} "
               f"x {options.size} on {options.folder}; medians of {options.rounds} rounds; load before: "
-              f"{os.getloadavg()[0]:.1f}.\n\nThe rival's time by the workbench's: above 1 the workbench is faster. In brackets "
-              "the same of the seconds that the cores worked, which other work on the machine disturbs less. Memory is the "
-              "most that was resident.")
+              f"{os.getloadavg()[0]:.1f}.\n\nThe rival's time by the workbench's: above 1 the workbench is faster. Both are whole "
+              "processes; in brackets the rival's without the start of Python and its imports. The workbench's own column "
+              "has seconds for TIFF and for FITS, in brackets those that its cores worked. Memory is the most that was "
+              "resident.")
         # The last core alone: the first one takes most interrupts.
         for cores, text in (({all_cores[-1]}, "one core"), (set(all_cores), f"{len(all_cores)} cores")):
             found = {}

@@ -43,6 +43,13 @@ TVerb& TVerb::AddVerb(const std::string& name, const std::string& help)
 
 void TVerb::AddVerbs(const std::vector<TAdder>& adders)
 {
+    // Options of this verb may stand before the next one's name.
+    while (words.size() >= 2) {
+        const CLI::Option* const option = get_option_no_throw(words.front());
+        if (option == nullptr || option->get_expected_max() == 0)
+            break;
+        words.erase(words.begin(), words.begin() + 2);
+    }
     for (const TAdder& adder : adders) {
         if (!words.empty() && adder.name == words.front()) {
             adder.add();

@@ -48,7 +48,11 @@ void RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
     const bool isForHelp = !words.empty() && words.front() == "help";
     if (isForHelp)
         words.erase(words.begin());
-    root.SetWords(words);
+    const bool isForCompletion = !words.empty() && words.front() == "--complete";
+    if (isForCompletion && words.size() > 2) // of which the last is being typed
+        root.SetWords({words.begin() + 1, words.end() - 1});
+    else
+        root.SetWords(words);
     addVerbs(root);
 
     if (isForHelp) {
@@ -62,7 +66,7 @@ void RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
         addGuide(root);
         std::cout << ManPage(root, program);
         return;
-    } else if (!words.empty() && words.front() == "--complete") {
+    } else if (isForCompletion) {
         std::cout << CompletionText(root, {words.begin() + 1, words.end()});
         return;
     }

@@ -15,6 +15,11 @@ from test_files import file_bytes
 
 SHIM = os.environ["QX_POOR_FOLDER_LIBRARY"]
 AT_A_TIME = 12
+# Under the sanitizers, where a start takes seven times as long, fewer rounds walk the same paths: how often a race is run
+# is what the other build shows.
+MANY = 25 if support.SANITIZED else 100
+KILLED_PARTS = 3 if support.SANITIZED else 10
+KILLED_IN_STORE = 24 if support.SANITIZED else 80
 
 
 class ParallelTest(ToolTest):
@@ -81,27 +86,27 @@ class ParallelTest(ToolTest):
 
 
 class Locks(ParallelTest):
-    def test_a_hundred_builds_into_one_file_and_readers_beside(self):
+    def test_many_builds_into_one_file_and_readers_beside(self):
         self.tool(*self.build("first"))
         readers = [["list", "c.qxb", "--json"], ["check", "c.qxb"], ["show", "c.qxb", "--key", "first"]]
         with self.watch(readers) as (failures, count):
-            results = self.run_all([self.build(f"k{n}") for n in range(100)])
+            results = self.run_all([self.build(f"k{n}") for n in range(MANY)])
         self.assertEqual({status for status, _ in results}, {0}, results)
-        self.assertEqual(sorted(self.keys()), sorted(["first", *(f"k{n}" for n in range(100))]))
+        self.assertEqual(sorted(self.keys()), sorted(["first", *(f"k{n}" for n in range(MANY))]))
         self.assertEqual(failures, [])
-        self.assertGreater(count[0], 10)
+        self.assertGreater(count[0], MANY // 10)
         self.assertEqual(self.hidden(), [])
 
-    def test_a_hundred_adds_to_one_group_and_readers_beside(self):
+    def test_many_adds_to_one_group_and_readers_beside(self):
         self.tool(*self.add("A,1,first"))
         readers = [["store", "list", "s", "--group", "A"], ["check", "s_A_1"]]
         with self.watch(readers) as (failures, count):
-            results = self.run_all([self.add(f"A,1,k{n}") for n in range(100)])
+            results = self.run_all([self.add(f"A,1,k{n}") for n in range(MANY)])
         self.assertEqual({status for status, _ in results}, {0}, results)
         listed = json.loads(self.tool("store", "list", "s", "--group", "A", "--json"))["groups"]
-        self.assertEqual([len(group["corrections"]) for group in listed], [101])
+        self.assertEqual([len(group["corrections"]) for group in listed], [MANY + 1])
         self.assertEqual(failures, [])
-        self.assertGreater(count[0], 10)
+        self.assertGreater(count[0], MANY // 10)
         self.assertEqual(self.hidden(), [])
 
     def test_builds_deletes_and_imports_by_many_names_of_one_file(self):
@@ -218,6 +223,7 @@ class Killed(ParallelTest):
             process.communicate()
             killed += process.returncode == -signal.SIGKILL
             finished += process.returncode == 0
+            seconds *= 0.9 if process.returncode == 0 else 1.05  # the first one may have been slow
             check()
         print(f"killed {killed} of {times}, {finished} had ended")
         self.assertGreater(killed, times // 10)  # on a busy machine many come too late
@@ -238,7 +244,7 @@ class Killed(ParallelTest):
             count = len(self.keys())
             self.assertIn(count, (before, before + 1))
             before = count
-        for part in range(10):
+        for part in range(KILLED_PARTS):
             self.kill_at_random(lambda number: self.build(f"{part}-{number}", darks="big.tif"), check, 12, seconds)
             for key in self.keys()[1:]:  # small again, or the file grows and the kills come too early
                 self.tool("delete", "c.qxb", "--key", key)
@@ -256,7 +262,7 @@ class Killed(ParallelTest):
             count = sum(len(group["corrections"]) for group in listed)
             self.assertIn(count, (before, before + 1))
             before = count
-        self.kill_at_random(lambda number: self.add(f"A,1,{number}"), check, 80, seconds)
+        self.kill_at_random(lambda number: self.add(f"A,1,{number}"), check, KILLED_IN_STORE, seconds)
         self.tool("check", "s_A_1")
         self.tool(*self.add("A,1,last"))
         self.assertEqual(self.hidden(), [])

@@ -38,29 +38,30 @@ int main(int argumentCount, char** arguments)
     const auto addVerbs = [&context](TVerb& app) {
         app.Reads(TPathKind::Library,
                   app.add_option("--library", context.libraryPath, "Library file to load")->capture_default_str());
-        AddCorrectVerb(app, context);
-        AddApplyVerb(app, context);
-        AddBuildVerb(app, context);
-        AddHotPixelsVerb(app);
-        AddListVerb(app, context);
-        AddShowVerb(app, context);
-        AddCheckVerb(app, context);
-        AddDiffVerb(app, context);
-        AddReportVerb(app, context);
-        AddImportVerb(app, context);
-        AddRenameVerb(app, context);
-        AddDeleteVerb(app, context);
-        AddStatisticsVerb(app);
-        AddConvertVerb(app);
-        AddExportVerb(app, context);
-        AddSimulateVerb(app);
-        AddStoreVerb(app, context);
-        AddCompletionVerb(app);
-        AddGuide(app);
+        app.AddVerbs({
+            {"correct", [&] { AddCorrectVerb(app, context); }},
+            {"apply", [&] { AddApplyVerb(app, context); }},
+            {"build", [&] { AddBuildVerb(app, context); }},
+            {"hotpixels", [&] { AddHotPixelsVerb(app); }},
+            {"list", [&] { AddListVerb(app, context); }},
+            {"show", [&] { AddShowVerb(app, context); }},
+            {"check", [&] { AddCheckVerb(app, context); }},
+            {"diff", [&] { AddDiffVerb(app, context); }},
+            {"report", [&] { AddReportVerb(app, context); }},
+            {"import", [&] { AddImportVerb(app, context); }},
+            {"rename", [&] { AddRenameVerb(app, context); }},
+            {"delete", [&] { AddDeleteVerb(app, context); }},
+            {"statistics", [&] { AddStatisticsVerb(app); }},
+            {"convert", [&] { AddConvertVerb(app); }},
+            {"export", [&] { AddExportVerb(app, context); }},
+            {"simulate", [&] { AddSimulateVerb(app); }},
+            {"store", [&] { AddStoreVerb(app, context); }},
+            {"completion", [&] { AddCompletionVerb(app); }},
+        });
     };
     CatchInterrupts();
     try {
-        RunCommandLine(given, ProgramText(), addVerbs);
+        RunCommandLine(given, ProgramText(), addVerbs, AddGuide);
         std::cout.flush();
         if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0 || !std::cout)
             return Report("the standard output cannot be written to; the command itself was carried out");

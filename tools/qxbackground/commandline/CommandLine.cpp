@@ -36,27 +36,37 @@ std::string Complaint(const CLI::ParseError& error)
 } // namespace
 
 void RunCommandLine(const std::vector<std::string>& arguments, const TProgramText& program,
-                    const std::function<void(TVerb&)>& addVerbs)
+                    const std::function<void(TVerb&)>& addVerbs, const std::function<void(TVerb&)>& addGuide)
 {
     TVerb root(program.summary, program.name, nullptr);
     root.set_help_flag("-h,--help"); // verbs that are added take it from here
     root.set_version_flag("--version", program.version);
     root.require_subcommand(1);
     root.allow_windows_style_options(false); // "/folder/file" is a path, on every system
-    addVerbs(root);
 
     std::vector<std::string> words(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
-    if (!words.empty() && words.front() == "help") {
+    const bool isForHelp = !words.empty() && words.front() == "help";
+    if (isForHelp)
         words.erase(words.begin());
+    const bool isForCompletion = !words.empty() && words.front() == "--complete";
+    if (isForCompletion && words.size() > 2) // of which the last is being typed
+        root.SetWords({words.begin() + 1, words.end() - 1});
+    else
+        root.SetWords(words);
+    addVerbs(root);
+
+    if (isForHelp) {
         RequireVerb(root, words);
         words.emplace_back("--help");
     } else if (words == std::vector<std::string>{"--describe"}) {
+        addGuide(root);
         std::cout << DescriptionJson(root, program);
         return;
     } else if (words == std::vector<std::string>{"--man-page"}) {
+        addGuide(root);
         std::cout << ManPage(root, program);
         return;
-    } else if (!words.empty() && words.front() == "--complete") {
+    } else if (isForCompletion) {
         std::cout << CompletionText(root, {words.begin() + 1, words.end()});
         return;
     }
@@ -64,6 +74,7 @@ void RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
     try {
         root.parse(words);
     } catch (const CLI::CallForHelp&) {
+        addGuide(root);
         std::cout << HelpText(ParsedVerb(root), program);
     } catch (const CLI::CallForVersion&) {
         std::cout << program.version << '\n';

@@ -36,7 +36,28 @@ TVerb& TVerb::AddVerb(const std::string& name, const std::string& help)
     const auto inner = std::make_shared<TVerb>(help, name, this);
     add_subcommand(inner);
     verbs.push_back(inner.get());
+    if (!words.empty() && words.front() == name)
+        inner->SetWords({words.begin() + 1, words.end()});
     return *inner;
+}
+
+void TVerb::AddVerbs(const std::vector<TAdder>& adders)
+{
+    // Options of this verb may stand before the next one's name.
+    while (words.size() >= 2) {
+        const CLI::Option* const option = get_option_no_throw(words.front());
+        if (option == nullptr || option->get_expected_max() == 0)
+            break;
+        words.erase(words.begin(), words.begin() + 2);
+    }
+    for (const TAdder& adder : adders) {
+        if (!words.empty() && adder.name == words.front()) {
+            adder.add();
+            return;
+        }
+    }
+    for (const TAdder& adder : adders)
+        adder.add();
 }
 
 CLI::Option* TVerb::Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill)
@@ -140,12 +161,12 @@ bool TVerb::IsKey(const CLI::Option* option) const
     return std::find(keys.begin(), keys.end(), option) != keys.end();
 }
 
-TVerb* TVerb::Find(const std::vector<std::string>& words)
+TVerb* TVerb::Find(const std::vector<std::string>& names)
 {
     TVerb* verb = this;
-    for (const std::string& word : words) {
+    for (const std::string& name : names) {
         const auto found = std::find_if(verb->verbs.begin(), verb->verbs.end(),
-                                        [&](const TVerb* inner) { return inner->get_name() == word; });
+                                        [&](const TVerb* inner) { return inner->get_name() == name; });
         if (found == verb->verbs.end())
             return nullptr;
         verb = *found;

@@ -33,6 +33,16 @@ public:
 
     TVerb& AddVerb(const std::string& name, const std::string& help);
 
+    // How a verb is added, by AddVerb, once it is wanted.
+    struct TAdder {
+        std::string name;
+        std::function<void()> add;
+    };
+    // Adds the one that the command line names next, which SetWords has told, or all of them where it names none: to
+    // set all verbs up with their options takes longer than most verbs take to run.
+    void AddVerbs(const std::vector<TAdder>& adders);
+    void SetWords(const std::vector<std::string>& behindThis) { words = behindThis; }
+
     // An option that names files says what becomes of them; all else follows from that: what is held against what
     // before the verb runs, what is locked while it runs, what --describe tells. `fill` is for files that do not simply
     // have the names that stand behind the option. Each returns the option.
@@ -54,6 +64,7 @@ public:
     void Run(std::function<void()> action);
 
     const TVerb* Parent() const { return parent; }
+    // Of those that were added.
     std::vector<const TVerb*> Verbs() const { return {verbs.begin(), verbs.end()}; }
     // In the order in which they were added, without --help and --version.
     std::vector<const CLI::Option*> Options() const;
@@ -62,8 +73,8 @@ public:
     bool IsKey(const CLI::Option* option) const;
     const std::vector<TExample>& Examples() const { return examples; }
     const std::vector<std::string>& Notes() const { return notes; }
-    // The verb that the words name; null when there is none.
-    TVerb* Find(const std::vector<std::string>& words);
+    // The verb of these names, from the outermost on; null when there is none.
+    TVerb* Find(const std::vector<std::string>& names);
 
 private:
     // A value that was left out lets its option take the name of the next one, which may be none that has to be there.
@@ -72,6 +83,7 @@ private:
 
     const TVerb* parent;
     std::vector<TVerb*> verbs;
+    std::vector<std::string> words; // of the command line, behind this verb
     std::vector<TPathOption> paths;
     std::vector<const CLI::Option*> keys;
     std::vector<TExample> examples;

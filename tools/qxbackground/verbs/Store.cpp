@@ -96,6 +96,15 @@ void ListStore(const TContext& context, const TStoreListOptions& options)
               << listing.text;
 }
 
+void AddStoreListVerb(TVerb& store, const TContext& context)
+{
+    TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
+    const auto options = std::make_shared<TStoreListOptions>();
+    AddStoreOptions(verb, options->store, TPathUse::Reads);
+    AddJsonOption(verb, options->json);
+    verb.Run([&context, options] { ListStore(context, *options); });
+}
+
 } // namespace
 
 TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key)
@@ -137,18 +146,17 @@ void AddStoreVerb(TVerb& app, TContext& context)
                   "of the values of its grouping names. A key carries them: with --group Gain --group Mode the key "
                   "Gain,2,Mode,fast,flat belongs to the file BASE_Gain_2_Mode_fast.");
     store.require_subcommand(1);
-    AddStoreChangeVerbs(store, context);
-    AddStoreRenameVerb(store);
-    AddStoreShowVerb(store, context);
-    AddStoreExportVerb(store);
-    {
-        TVerb& verb = store.AddVerb("list", "List a store's groups and corrections (reads no pixels)");
-        const auto options = std::make_shared<TStoreListOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Reads);
-        AddJsonOption(verb, options->json);
-        verb.Run([&context, options] { ListStore(context, *options); });
-    }
-    AddStoreApplyVerb(store, context);
+    store.AddVerbs({
+        {"add", [&] { AddStoreAddVerb(store, context); }},
+        {"delete", [&] { AddStoreDeleteVerb(store, context); }},
+        {"import", [&] { AddStoreImportVerb(store, context); }},
+        {"copy", [&] { AddStoreCopyVerb(store, context); }},
+        {"rename", [&] { AddStoreRenameVerb(store); }},
+        {"show", [&] { AddStoreShowVerb(store, context); }},
+        {"export", [&] { AddStoreExportVerb(store); }},
+        {"list", [&] { AddStoreListVerb(store, context); }},
+        {"apply", [&] { AddStoreApplyVerb(store, context); }},
+    });
 }
 
 } // namespace workbench

@@ -302,72 +302,74 @@ void CopyInStore(const TContext& context, const TStoreCopyOptions& options)
 
 } // namespace
 
-void AddStoreChangeVerbs(TVerb& store, const TContext& context)
+void AddStoreAddVerb(TVerb& store, const TContext& context)
 {
-    {
-        TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
-        const auto options = std::make_shared<TStoreAddOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.add_option("--key", options->key,
-                        std::string(kKeyHelp) + ". It names its group: A,1,B,2. Values of Gain, "
-                                                "Binning, Temperature and Exposure may be left "
-                                                "out where the frames' headers say them")
-            ->required();
-        AddConditions(verb, "", "the dark frames", options->conditions);
-        AddInputOptions(verb, options->input);
-        AddDarkOptions(verb, options->darks);
-        AddBiasOption(verb, options->darks.bias);
-        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
-        AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
-        AddProvenanceOption(verb, options->noProvenance);
-        AddJsonOption(verb, options->json);
-        verb.Run([&context, options] { AddInStore(context, *options); });
-    }
-    {
-        TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
-        const auto options = std::make_shared<TStoreKeyOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Changes);
-        AddKeyOption(verb, options->key)->required();
-        AddProvenanceOption(verb, options->noProvenance);
-        AddJsonOption(verb, options->json);
-        verb.Run([&context, options] { DeleteInStore(context, *options); });
-    }
-    {
-        TVerb& verb =
-            store.AddVerb("import", "Copy corrections from a calibration file or another store into this one");
-        const auto options = std::make_shared<TStoreImportOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Changes);
-        verb.Reads(TPathKind::CalibrationOrStore,
-                   verb.add_option("source", options->source, "Calibration file, base name or group file; not changed")
-                       ->required(),
-                   [options](const std::string& name, TPathPlan& plan) {
-                       if (IsSingleFile(options->source))
-                           plan.AddFile(name, TPathUse::Reads, options->source);
-                       else
-                           plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
-                   });
-        verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
-        verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
-        AddProvenanceOption(verb, options->noProvenance);
-        AddJsonOption(verb, options->json);
-        verb.Run([&context, options] { ImportInStore(context, *options); });
-    }
-    {
-        TVerb& verb = store.AddVerb("copy", "Copy a store to another base name");
-        const auto options = std::make_shared<TStoreCopyOptions>();
-        AddStoreOptions(verb, options->store, TPathUse::Reads);
-        verb.Creates(TPathKind::Store,
-                     verb.add_option("new-base", options->newBase, "Base name of the copy")->required(),
-                     options->overwrite, [options](const std::string& name, TPathPlan& plan) {
-                         const TStorePlace from = FindStore(options->store.base, options->store.groups);
-                         plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
-                     });
-        verb.add_flag("--force", options->force,
-                      "Also remove files that the new base name claims though they are none of its group files");
-        AddProvenanceOption(verb, options->noProvenance);
-        AddJsonOption(verb, options->json);
-        verb.Run([&context, options] { CopyInStore(context, *options); });
-    }
+    TVerb& verb = store.AddVerb("add", "Build a correction from dark frames and add it to its group");
+    const auto options = std::make_shared<TStoreAddOptions>();
+    AddStoreOptions(verb, options->store, TPathUse::Changes);
+    verb.add_option("--key", options->key,
+                    std::string(kKeyHelp) + ". It names its group: A,1,B,2. Values of Gain, "
+                                            "Binning, Temperature and Exposure may be left "
+                                            "out where the frames' headers say them")
+        ->required();
+    AddConditions(verb, "", "the dark frames", options->conditions);
+    AddInputOptions(verb, options->input);
+    AddDarkOptions(verb, options->darks);
+    AddBiasOption(verb, options->darks.bias);
+    verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+    AddFrames(verb, "darks", options->darks.files, "Dark frames; all pages form the stack")->required();
+    AddProvenanceOption(verb, options->noProvenance);
+    AddJsonOption(verb, options->json);
+    verb.Run([&context, options] { AddInStore(context, *options); });
+}
+
+void AddStoreDeleteVerb(TVerb& store, const TContext& context)
+{
+    TVerb& verb = store.AddVerb("delete", "Delete a correction from its group file");
+    const auto options = std::make_shared<TStoreKeyOptions>();
+    AddStoreOptions(verb, options->store, TPathUse::Changes);
+    AddKeyOption(verb, options->key)->required();
+    AddProvenanceOption(verb, options->noProvenance);
+    AddJsonOption(verb, options->json);
+    verb.Run([&context, options] { DeleteInStore(context, *options); });
+}
+
+void AddStoreImportVerb(TVerb& store, const TContext& context)
+{
+    TVerb& verb = store.AddVerb("import", "Copy corrections from a calibration file or another store into this one");
+    const auto options = std::make_shared<TStoreImportOptions>();
+    AddStoreOptions(verb, options->store, TPathUse::Changes);
+    verb.Reads(TPathKind::CalibrationOrStore,
+               verb.add_option("source", options->source, "Calibration file, base name or group file; not changed")
+                   ->required(),
+               [options](const std::string& name, TPathPlan& plan) {
+                   if (IsSingleFile(options->source))
+                       plan.AddFile(name, TPathUse::Reads, options->source);
+                   else
+                       plan.AddStore(name, TPathUse::Reads, SourceStore(*options));
+               });
+    verb.add_flag("--overwrite", options->overwrite, "Replace corrections whose key is there already");
+    verb.add_flag("--new-group", options->newGroup, kNewGroupHelp);
+    AddProvenanceOption(verb, options->noProvenance);
+    AddJsonOption(verb, options->json);
+    verb.Run([&context, options] { ImportInStore(context, *options); });
+}
+
+void AddStoreCopyVerb(TVerb& store, const TContext& context)
+{
+    TVerb& verb = store.AddVerb("copy", "Copy a store to another base name");
+    const auto options = std::make_shared<TStoreCopyOptions>();
+    AddStoreOptions(verb, options->store, TPathUse::Reads);
+    verb.Creates(TPathKind::Store, verb.add_option("new-base", options->newBase, "Base name of the copy")->required(),
+                 options->overwrite, [options](const std::string& name, TPathPlan& plan) {
+                     const TStorePlace from = FindStore(options->store.base, options->store.groups);
+                     plan.AddStore(name, TPathUse::Creates, FindStore(options->newBase, from.names));
+                 });
+    verb.add_flag("--force", options->force,
+                  "Also remove files that the new base name claims though they are none of its group files");
+    AddProvenanceOption(verb, options->noProvenance);
+    AddJsonOption(verb, options->json);
+    verb.Run([&context, options] { CopyInStore(context, *options); });
 }
 
 } // namespace workbench

@@ -23,9 +23,12 @@ void AddStoreOptions(TVerb& verb, TStoreOptions& options, TPathUse use);
 // The store with the correction of `key` active; no file is read after that.
 QX_KRLSDK::TBackgroundCorrection OpenInStore(const TContext& context, const TStorePlace& place, const std::string& key);
 
-// Each adds one verb or some to those of `store`.
+// Each adds one verb to those of `store`.
 void AddStoreApplyVerb(TVerb& store, TContext& context);
-void AddStoreChangeVerbs(TVerb& store, const TContext& context);
+void AddStoreAddVerb(TVerb& store, const TContext& context);
+void AddStoreDeleteVerb(TVerb& store, const TContext& context);
+void AddStoreImportVerb(TVerb& store, const TContext& context);
+void AddStoreCopyVerb(TVerb& store, const TContext& context);
 void AddStoreShowVerb(TVerb& store, const TContext& context);
 void AddStoreExportVerb(TVerb& store);
 void AddStoreRenameVerb(TVerb& store);

@@ -29,7 +29,7 @@ void AddRenameVerb(TVerb& app, const TContext& context);
 void AddCompletionVerb(TVerb& app);
 
 // What help and the manual page tell beyond what the verbs say of themselves: the program as a whole, under which
-// headings the verbs stand, and examples. Once all verbs are there.
+// headings the verbs stand, and examples, of the verbs that were added.
 TProgramText ProgramText();
 void AddGuide(TVerb& app);
 

@@ -14,7 +14,7 @@ if [ "$level" != build ]; then
     packages+=(libz-mingw-w64-dev debian-archive-keyring patch) # for the workbench for Windows
     packages+=(ccache clang-format-19 valgrind python3-numpy locales)
     # Other programs that write and read the workbench's formats.
-    packages+=(libtiff-tools imagemagick netpbm python3-astropy python3-tifffile)
+    packages+=(libtiff-tools imagemagick netpbm libcfitsio-bin python3-astropy python3-tifffile)
     packages+=(python3-dask python3-distributed python3-zarr mypy) # the Python package's tests
     packages+=(python3-pip python3-venv python3-setuptools python3-wheel python3-matplotlib)
     packages+=(mono-mcs mono-runtime) # a host in C#

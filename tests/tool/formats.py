@@ -99,6 +99,16 @@ def fits_tiles(**how):
     return write
 
 
+def by_fpack(*options, write=fits_cube):
+    """fpack's own file of what `write` makes."""
+    def packed(path, pages):
+        source = path.with_name(path.name + ".source.fits")
+        write(source, pages)
+        run("fpack", *options, "-O", path, source)
+        source.unlink(missing_ok=True)
+    return packed
+
+
 def ser_bytes(pages, flag=0, order="<", depth=16, color=0, frames=None, times=()):
     height, width = pages[0].shape
     header = b"LUCAM-RECORDER" + struct.pack("<7i", 0, color, flag, width, height, depth,
@@ -202,6 +212,12 @@ WRITERS = {
     "rice-tiles.fits": (fits_tiles(compression_type="RICE_1", tile_size=(16, 7)), every),
     "gzip.fits": (fits_tiles(compression_type="GZIP_1"), every),
     "gzip-2.fits": (fits_tiles(compression_type="GZIP_2"), every),
+    "fpack.fits.fz": (by_fpack(), every),
+    "fpack-rice.fits.fz": (by_fpack("-r", write=fits_extensions), every),
+    "fpack-gzip.fits.fz": (by_fpack("-g", write=fits_extensions), every),
+    "fpack-gzip-2-tables.fits.fz": (by_fpack("-g2", "-table", write=fits_extensions), every),
+    "fpack-one-tile.fits.fz": (by_fpack("-w", write=fits_extensions), every),
+    "fpack-signed.fits.fz": (by_fpack("-t", "16,7", write=fits_signed), halved),
     "little-endian.ser": (ser(flag=0, order="<"), every),
     "big-endian.ser": (ser(flag=1, order=">"), every),
 }

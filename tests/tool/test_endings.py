@@ -210,6 +210,9 @@ class Permissions(EndingTest):
         shutil.copy(self.folder / "i.tif", self.folder / "closed")
         self.refused_to_others("statistics", "closed/i.tif", says=["closed/i.tif: cannot be opened: Permission denied"])
         self.refused_to_others("check", "closed/c.qxb", says=["closed/c.qxb: cannot be opened: Permission denied"])
+        self.refused_to_others("statistics", "closed", says=["closed: cannot be listed: Permission denied"])
+        self.refused_to_others("store", "list", "closed/s", "--group", "A",
+                               says=["closed: cannot be listed: Permission denied"])
 
     def test_a_protected_file_in_an_open_folder_stays(self):
         self.folder.chmod(0o777)

@@ -76,6 +76,45 @@ class Pixels(FormatTest):
             self.assert_same_pages(self.read("o.tif"), pages)
 
 
+class Packed(FormatTest):
+    """FITS files that fpack compressed: as good as before."""
+
+    def header(self, number=None):
+        header = fits.Header()
+        header["EXPTIME"] = (12.5 if number is None else number + 1.5, "seconds")
+        header["OBJECT"], header["CCD-TEMP"] = "M 31 'core'", -10.25
+        header["HIERARCH A LONG KEYWORD"], header["TEXT"] = 3, "long " * 30
+        header["ZVALUE"], header["DATE-OBS"] = 3, "2024-01-02T03:04:05"
+        if number is not None:
+            header["EXTNAME"] = f"CHIP{number}"
+        return header
+
+    def test_headers_and_pixels_are_those_from_before(self):
+        pages = self.some(3)
+        commented = self.header()
+        commented.add_comment("the observer's own")
+        commented.add_history("read out slowly")
+        units = {"one": [fits.PrimaryHDU(pages[0], self.header())],
+                 "commented": [fits.PrimaryHDU(pages[0], commented)],
+                 "several": [fits.PrimaryHDU(None, commented)]
+                            + [fits.ImageHDU(page, self.header(number)) for number, page in enumerate(pages)],
+                 "both": [fits.PrimaryHDU(pages[0], commented), fits.ImageHDU(pages[1], self.header(7))]}
+        corrected = ["correct", "--dark", "zero.tif", "--dark-intensity", 1, "--intensity", 1, "--dark-exposure", 1]
+        for name, list_of_units in units.items():
+            with self.subTest(file=name):
+                fits.HDUList(list_of_units).writeto(self.folder / f"{name}.fits", checksum=True)
+                formats.run("fpack", "-O", self.folder / f"{name}.fits.fz", self.folder / f"{name}.fits")
+                self.tool(*corrected, f"{name}.fits", "-o", "plain/")
+                self.tool(*corrected, f"{name}.fits.fz", "-o", "packed/")
+                with fits.open(self.folder / "plain" / f"{name}.fits") as plain, \
+                        fits.open(self.folder / "packed" / f"{name}.fits") as packed:
+                    self.assertEqual(len(packed), len(plain))
+                    for one, other in zip(plain, packed):
+                        np.testing.assert_array_equal(one.data, other.data)
+                        self.assertEqual([card.image for card in other.header.cards],
+                                         [card.image for card in one.header.cards])
+
+
 class Raw(FormatTest):
     def test_frames_of_another_program(self):
         pages = self.some(1)
@@ -194,6 +233,18 @@ class NotRead(FormatTest):
         self.not_read("tiles.fits", says=["negative"])
         formats.fits_tiles(compression_type="HCOMPRESS_1")(self.folder / "h.fits", [page])
         self.not_read("h.fits", says=["HCOMPRESS_1", "funpack"])
+
+    def test_what_fpack_makes_otherwise(self):
+        pages = [page >> 4 for page in self.some(3)]
+        for option, write, says in [("-h", formats.fits_cube, ["HCOMPRESS_1", "funpack"]),
+                                    ("-p", formats.fits_cube, ["PLIO_1", "funpack"]),
+                                    ("-d", formats.fits_cube, ["NOCOMPRESS", "funpack"]),
+                                    ("-w", formats.fits_cube, ["over several planes", "funpack"]),
+                                    ("-i2f", formats.fits_cube, ["floating-point", "16 bits are needed"])]:
+            with self.subTest(option=option):
+                name = f"p{option}.fits.fz"
+                formats.by_fpack(option, write=write)(self.folder / name, pages)
+                self.not_read(name, says=says)
 
     def test_other_kinds_of_png(self):
         page = self.some(1)[0]

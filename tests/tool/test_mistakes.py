@@ -36,6 +36,7 @@ class Mistakes(ToolTest):
         (self.folder / "folder").mkdir()
         self.write("d.tif", [flat] * 3)
         self.write("d2.tif", [flat] * 2)
+        self.write("-d.tif", [flat])
         self.write("i.tif", [flat] * 2)
         self.write("wide.tif", [np.full((4, 7), 300, np.uint16)])
         self.write("eight.tif", [flat % 256], bits=8)

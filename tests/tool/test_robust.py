@@ -252,6 +252,37 @@ class Frames(ToolTest):
         self.assertRegex(lines[0], r"drifts from 30\d(.5)? to 33\d(.5)? ADU: was the camera still getting warmer")
         self.assertIn("colder", self.warnings(self.darks(range(340, 300, -4)))[0])
 
+    def test_frames_of_another_bit_depth_are_named(self):
+        """Those of fewer bits, in the high ones of 16 or in the low ones."""
+        for high, low, step, bits in ((6000, 6000, 16, 12), (800, 50, 16, 12), (6000, 6000, 4, 14)):
+            with self.subTest(high=high, low=low, step=step):
+                frames = self.darks([low] * 9)
+                for odd in (3, 7):
+                    frames[odd] = (self.random.normal(high, 40, (40, 50)).astype(np.uint16) // step * step)
+                frames[3][0, :5] = 0xFFFF, 1, 2, 3, 4  # what a driver may put into any frame
+                lines = self.warnings(frames)
+                self.assertEqual(len(lines), 1, lines)
+                self.assertIn(f"values come in steps of {step}, as of {bits} bits in the high ones of 16 in d.tif page 4, "
+                              "d.tif page 8, in steps of 1 in the other dark frames: they may not mean the same", lines[0])
+                self.assertIn("leave frames of another bit depth out", lines[0])
+
+    def test_a_frame_of_all_bits_among_those_of_fewer_is_named(self):
+        frames = [frame // 16 * 16 for frame in self.darks([600] * 6)]
+        self.assertEqual(self.warnings(frames), [])
+        frames[4] = self.darks([600])[0]
+        for how in ([], ["--combine", "median"]):
+            lines = self.warnings(frames, *how)
+            self.assertEqual(len(lines), 1, lines)
+            self.assertIn("values come in steps of 1 in d.tif page 5, in steps of 16", lines[0])
+
+    def test_a_bit_depth_that_nobody_can_tell_is_none(self):
+        """Without noise, with hardly any, and with the values of a small frame."""
+        flat = np.full((40, 50), 512, np.uint16)
+        flat[3, 4:6] = 1024, 2048
+        quiet = flat + (self.random.random((40, 50)) < 0.05).astype(np.uint16)
+        self.assertEqual(self.warnings([flat, quiet] + self.darks([512] * 3)), [])
+        self.assertEqual(self.warnings([frame[:6, :10] for frame in [flat] + self.darks([512] * 3)]), [])
+
     def test_saturated_frames_are_named(self):
         for highest in (65535, 4095, 65520):
             frames = [np.minimum(frame.astype(int), highest).astype(np.uint16)

@@ -5,6 +5,7 @@ import os
 
 import numpy as np
 
+import formats
 import support
 from support import ToolTest
 
@@ -260,6 +261,35 @@ class ExposureInHeaders(Situation):
         lines = self.warned(*build, "m", "a.fits", "b.fits", "--exposure", 45)
         self.assertEqual(lines[0], "by their headers the dark frames were exposed for 60 s; --exposure 45 was taken instead")
         self.assertIn("(45 s, 100 %)", self.said)
+
+
+class Depth(Situation):
+    """How many bits the camera's values have, by headers."""
+
+    def setUp(self):
+        super().setUp()
+        for name, bits in (("a", 12), ("b", 12), ("c", None), ("d", 16)):
+            self.fits(f"{name}.fits", 200, EXPTIME=60, BITDEPTH=bits)
+        (self.folder / "v.ser").write_bytes(formats.ser_bytes([self.flat(200)] * 2, depth=14))
+
+    def test_of_dark_frames(self):
+        build = ["build", "n.qxb", "--intensity", 100, "--exposure", 60, "--key"]
+        self.assertEqual(self.warned(*build, "k", "a.fits", "c.fits", "b.fits"), [])
+        self.refused(*build, "l", "c.fits", "a.fits", "d.fits",
+                     says=["d.fits: page 1: was taken with depth 16 bits, a.fits page 1 with depth 12 bits", "--mixed"])
+        self.refused(*build, "l", "v.ser", "a.fits",
+                     says=["a.fits: page 1: was taken with depth 12 bits, v.ser page 1 with depth 14 bits"])
+        self.assertEqual(self.warned(*build, "l", "a.fits", "d.fits", "--mixed"),
+                         ["the dark frames were not all taken alike: a.fits page 1 with depth 12 bits, d.fits page 1 with "
+                          "depth 16 bits"])
+
+    def test_of_images(self):
+        correct = ["correct", "--dark-intensity", 100, "--intensity", 100, "--warn-clipped", 100, "-o", "o.fits",
+                   "--overwrite", "--dark", "a.fits"]
+        self.assertEqual(self.warned(*correct[:1], "c.fits", "d.fits", *correct[1:]),
+                         ["depth 16 bits by the header of d.fits, but 12 bits in the dark frames: is this the right "
+                          "correction?"])
+        self.assertEqual(self.warned(*correct[:1], "b.fits", "c.fits", *correct[1:]), [])
 
 
 class OtherCamera(Situation):

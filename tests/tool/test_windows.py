@@ -3,6 +3,7 @@ import filecmp
 import json
 import os
 import pty
+import re
 import shutil
 import subprocess
 import time
@@ -13,6 +14,7 @@ import support
 from support import TOOL, ToolTest, wait_for
 
 COMPANION = os.environ["QX_COMPANION"]
+CONSOLE = os.environ["QX_CONSOLE"]
 NATIVE = os.environ["QX_NATIVE_WORKBENCH"]
 ODD = ["Темнота", "暗電流", "🌑 night", "Grün & 50%"]
 CONDITIONS = ["--exposure", 1, "--intensity", 100]
@@ -225,6 +227,60 @@ class OtherProcesses(WindowsTest):
         (self.folder / "o.tif").chmod(0o444)
         self.refused("correct", "--dark", "d.tif", *DARK_CONDITIONS, *CONDITIONS, "i.tif", "-o", "o.tif", "--overwrite",
                      says=["o.tif: is write-protected"])
+
+
+class Console(WindowsTest):
+    """On a console with a keyboard: the question before a new group, and what the screen shows."""
+
+    ADD = ["store", "add", "Größe", "--group", "A", *CONDITIONS, "d.tif", "--key"]
+    QUESTION = ("Größe_A_ 1 would be a new group: ' 1' differs from the '1' of Größe_A_1 only by letter case or blanks. "
+                "Make it? [y/N] ")
+    UNDERSTANDS_ESCAPES = 4  # of a console's mode: ENABLE_VIRTUAL_TERMINAL_PROCESSING
+
+    def played(self, *scenes):
+        """(TERM, text to wait for, keys, arguments) each: (exit status, mode meanwhile, screen) of each."""
+        program = "Z:" + os.environ["QX_WORKBENCH"].replace("/", "\\")
+        lines = []
+        for term, awaited, keys, arguments in scenes:
+            lines += [term, awaited, keys, subprocess.list2cmdline([program, *map(str, arguments)])]
+        (self.folder / "scenes").write_text("\n".join(lines) + "\n", encoding="utf-8")
+        subprocess.run([CONSOLE, "scenes", "results"], cwd=self.folder, check=True, timeout=300)
+        found = []
+        for line in (self.folder / "results").read_text(encoding="utf-8").split("\n")[:-1]:
+            if line.startswith(">"):
+                found[-1][2].append(line[1:])
+                continue
+            _, status, _, before, during, after, _, page, page_after = line.split()
+            self.assertEqual((after, page_after), (before, page), "the console is not as it was before")
+            found.append((int(status), int(during), []))
+        self.assertEqual(len(found), len(scenes))
+        return [(status, during, "\n".join(screen)) for status, during, screen in found]
+
+    def test_a_new_group_is_asked_about(self):
+        add, asked = [*self.ADD, "A, 1,k"], "[y/N]"
+        first, no, nothing, stopped, ended, plain, yes, gone = self.played(
+            ("", "", "", [*self.ADD, "A,1,k"]), ("", asked, "n^M", add), ("", asked, "^M", add), ("", asked, "^C", add),
+            ("dumb", asked, "^Z^M", add), ("dumb", asked, "no^M", add), ("dumb", asked, "Yes^M", add),
+            ("", "", "", ["list", "Nö.qxb"]))
+        self.assertEqual(first[0], 0, first)
+        self.assertIn("to the group file Größe_A_1\nRecorded in Größe.json", first[2])
+        refused = "qxbackground: Größe_A_ 1: the new group was not wanted; nothing was changed"
+        interrupted = "qxbackground: interrupted; no unfinished file was left"
+        for (status, mode, screen), shown in ((no, self.QUESTION + "n\n" + refused),
+                                              (nothing, self.QUESTION.rstrip() + "\n" + refused),
+                                              (stopped, self.QUESTION.rstrip() + "\n" + interrupted)):
+            # Colours, on a console that was told to understand them; Wine's shows them all the same.
+            self.assertTrue(mode & self.UNDERSTANDS_ESCAPES, screen)
+            self.assertEqual((status, re.sub(r"\033\[[0-9;]*m", "", screen)), (2, shown))
+        self.assertEqual((gone[0], re.sub(r"\033\[[0-9;]*m", "", gone[2])), (2, "qxbackground: Nö.qxb: does not exist"))
+        for _, mode, screen in (ended, plain, yes):
+            self.assertFalse(mode & self.UNDERSTANDS_ESCAPES, screen)
+            self.assertNotIn("\033", screen)
+        self.assertEqual((ended[0], ended[2].split("\n")[1:]), (2, [refused]))
+        self.assertEqual((plain[0], plain[2]), (2, self.QUESTION + "no\n" + refused))
+        self.assertEqual((yes[0], yes[2].split("\n")[0]), (0, self.QUESTION + "Yes"))
+        self.assertTrue(yes[2].split("\n")[1].startswith("Added 'A, 1,k' from 3 dark frames"), yes)
+        self.assertEqual(self.names(), ["Größe.json", "Größe_A_ 1", "Größe_A_1", "d.tif", "i.tif", "results", "scenes"])
 
 
 class Endings(WindowsTest):

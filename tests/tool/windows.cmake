@@ -17,12 +17,16 @@ add_executable(tool_test_companion WindowsCompanion.cpp)
 target_link_libraries(tool_test_companion PRIVATE qxbc_options)
 target_link_options(tool_test_companion PRIVATE -municode)
 
+add_executable(tool_test_console WindowsConsole.cpp)
+target_link_libraries(tool_test_console PRIVATE qxbc_options)
+target_link_options(tool_test_console PRIVATE -municode)
+
 add_library(tool_test_throwing_library MODULE ThrowingLibrary.cpp)
 set_target_properties(tool_test_throwing_library PROPERTIES PREFIX "")
 target_link_libraries(tool_test_throwing_library PRIVATE qxbc_options)
 
 # Programs that the tests can start as they start those of Linux.
-foreach(program IN ITEMS qxbackground tool_test_host tool_test_companion)
+foreach(program IN ITEMS qxbackground tool_test_host tool_test_companion tool_test_console)
   file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${program}"
     CONTENT "#!/bin/sh\nexec \"${CMAKE_CROSSCOMPILING_EMULATOR}\" \"$<TARGET_FILE:${program}>\" \"$@\"\n"
     FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -34,7 +38,7 @@ function(qxbc_tool_test_under_wine name)
   set_tests_properties("tool.${name}" PROPERTIES
     SKIP_RETURN_CODE 77
     TIMEOUT 600
-    ENVIRONMENT "LC_ALL=C.UTF-8;QX_UNDER_WINE=1;QXBACKGROUND=${CMAKE_CURRENT_BINARY_DIR}/qxbackground;QX_TEST_HOST=${CMAKE_CURRENT_BINARY_DIR}/tool_test_host;QX_COMPANION=${CMAKE_CURRENT_BINARY_DIR}/tool_test_companion;QX_WORKBENCH=$<TARGET_FILE:qxbackground>;QX_THROWING_LIBRARY=$<TARGET_FILE:tool_test_throwing_library>;QX_LIBRARY=$<TARGET_FILE_DIR:qxbackground>/QX_BACKGROUNDCORRECTION.dll;QX_NATIVE_WORKBENCH=${PROJECT_SOURCE_DIR}/build/linux/bin/qxbackground;QX_POOR_FOLDER_LIBRARY=none;QX_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+    ENVIRONMENT "LC_ALL=C.UTF-8;QX_UNDER_WINE=1;QXBACKGROUND=${CMAKE_CURRENT_BINARY_DIR}/qxbackground;QX_TEST_HOST=${CMAKE_CURRENT_BINARY_DIR}/tool_test_host;QX_COMPANION=${CMAKE_CURRENT_BINARY_DIR}/tool_test_companion;QX_CONSOLE=${CMAKE_CURRENT_BINARY_DIR}/tool_test_console;QX_WORKBENCH=$<TARGET_FILE:qxbackground>;QX_THROWING_LIBRARY=$<TARGET_FILE:tool_test_throwing_library>;QX_LIBRARY=$<TARGET_FILE_DIR:qxbackground>/QX_BACKGROUNDCORRECTION.dll;QX_NATIVE_WORKBENCH=${PROJECT_SOURCE_DIR}/build/linux/bin/qxbackground;QX_POOR_FOLDER_LIBRARY=none;QX_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
 endfunction()
 qxbc_tool_test_under_wine(windows)
 qxbc_tool_test_under_wine(correct CorrectedPixels Refusals)

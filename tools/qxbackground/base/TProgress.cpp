@@ -77,6 +77,7 @@ void TProgress::Clear()
     if (visible && drawnPercent >= 0) {
         Print("");
         std::fputs(takesEscapes ? "" : "\r", stderr);
+        std::fflush(stderr); // on Windows it is buffered, and what is said next goes elsewhere
     }
     drawnPercent = -1;
     drawnColumns = 0;
@@ -86,6 +87,7 @@ void TProgress::Say(const std::string& line)
 {
     Clear();
     std::fputs((line + '\n').c_str(), stderr);
+    std::fflush(stderr);
 }
 
 std::string DurationText(double seconds)

@@ -1,5 +1,6 @@
 #include "batch/OutputNames.h"
 
+#include "base/Endings.h"
 #include "base/TToolError.h"
 #include "images/TImageReader.h"
 
@@ -118,6 +119,8 @@ std::vector<std::string> OutputNames(const std::vector<std::string>& inputs, con
         const std::string name = Filled(pattern, parts, Numbered(outputs.size() + 1, inputs.size()));
         if (name.empty() || name == "." || name == "..")
             throw TToolError("--name: '" + pattern + "' gives '" + name + "', which is not a file name");
+        if (!outputOptions.format)
+            RefuseOtherEndingOfImage(name);
         outputs.push_back((fs::path(folder) / name).string());
         const auto [found, isNew] = inputOf.emplace(outputs.back(), input);
         if (!isNew)

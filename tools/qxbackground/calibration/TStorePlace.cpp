@@ -175,7 +175,10 @@ std::string GroupFileOf(const TStorePlace& place, const std::string& key)
 std::vector<TClaimedFile> ClaimedFiles(const TStorePlace& place)
 {
     std::vector<TClaimedFile> files;
-    for (const fs::directory_entry& entry : fs::directory_iterator(place.Folder())) {
+    std::error_code error;
+    fs::directory_iterator entries(place.Folder(), error);
+    for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+        const fs::directory_entry& entry = *entries;
         const std::string name = entry.path().filename().string();
         if (!IsClaimed(place, name) || entry.is_directory())
             continue;
@@ -184,6 +187,8 @@ std::vector<TClaimedFile> ClaimedFiles(const TStorePlace& place)
             file.own = WalkCalibrationFile(entry.path().string()).groupingNames == place.names;
         files.push_back(file);
     }
+    if (error)
+        throw TToolError(place.Folder().string(), "cannot be listed: " + error.message());
     std::sort(files.begin(), files.end(), [](const auto& one, const auto& other) { return one.name < other.name; });
     return files;
 }

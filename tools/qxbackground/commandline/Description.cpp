@@ -8,6 +8,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace workbench {
 
@@ -158,6 +160,9 @@ std::string UnknownOption(const TVerb& root, const TVerb& verb, const std::strin
     const std::string name = word.substr(0, word.find('='));
     const std::string nearest = Nearest(name, OptionNames(verb));
     const std::string text = "'" + name + "' is no option of '" + FullName(verb) + "'";
+    std::error_code error;
+    if (std::filesystem::exists(word, error))
+        return text + "; './" + word + "' is the file of that name";
     for (const std::string& known : OptionNames(root)) {
         if (known == name)
             return text + "; it belongs before the verb: '" + root.get_name() + " " + name + " ...'";

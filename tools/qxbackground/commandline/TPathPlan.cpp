@@ -130,6 +130,8 @@ void TPathPlan::Check(bool overwrite) const
         if (item.use == TPathUse::Reads) {
             if (item.path == "-" && !item.state.exists)
                 throw TToolError("'-': the standard input is not read; give a file name");
+            if (item.path.empty())
+                throw TToolError("''", "is not a file name");
             continue;
         }
         if (item.use == TPathUse::Follows)

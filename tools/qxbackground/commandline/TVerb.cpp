@@ -1,9 +1,12 @@
 #include "commandline/TVerb.h"
 
+#include "base/Endings.h"
 #include "base/TToolError.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 namespace workbench {
@@ -124,10 +127,41 @@ void TVerb::RefuseTakenOptions() const
     }
 }
 
+void TVerb::RefuseSignsOfEquality() const
+{
+    for (const CLI::Option* option : Options()) {
+        for (const std::string& value : option->results()) {
+            if (!option->get_snames().empty() && value.compare(0, 1, "=") == 0)
+                throw TToolError("'" + value + "' stands behind -" + option->get_snames().front() + "; write '-" +
+                                 option->get_snames().front() + " " + value.substr(1) + "', or './" + value +
+                                 "' for a file of that name");
+        }
+    }
+}
+
+void TVerb::RefuseOtherEndings() const
+{
+    const CLI::Option* const format = get_option_no_throw("--format");
+    for (const TPathOption& path : paths) {
+        std::error_code error;
+        if (path.use != TPathUse::Creates || path.option->count() == 0 ||
+            std::filesystem::is_directory(path.option->results().front(), error))
+            continue;
+        const std::string name = path.option->results().front();
+        if (path.kind == TPathKind::Image && (format == nullptr || format->count() == 0))
+            RefuseOtherEndingOfImage(name);
+        if (path.kind == TPathKind::Picture)
+            RefuseOtherEnding(name, {".png"}, "a PNG");
+        if (path.kind == TPathKind::Page)
+            RefuseOtherEnding(name, {".html", ".htm"}, "an HTML page");
+    }
+}
+
 void TVerb::Run(std::function<void()> action)
 {
     callback([this, action = std::move(action)] {
         RefuseTakenOptions();
+        RefuseSignsOfEquality();
         TPathPlan plan;
         for (const TVerb* verb = this; verb != nullptr; verb = verb->parent) {
             for (const TPathOption& path : verb->paths) {
@@ -136,6 +170,7 @@ void TVerb::Run(std::function<void()> action)
             }
         }
         plan.Check(overwriteFlag != nullptr && *overwriteFlag);
+        RefuseOtherEndings();
         plan.Lock();
         action();
     });

@@ -79,6 +79,9 @@ public:
 private:
     // A value that was left out lets its option take the name of the next one, which may be none that has to be there.
     void RefuseTakenOptions() const;
+    // "-o=name", which the parser takes for a name that begins with the sign.
+    void RefuseSignsOfEquality() const;
+    void RefuseOtherEndings() const;
     CLI::Option* Uses(TPathUse use, TPathKind kind, CLI::Option* option, TFill fill);
 
     const TVerb* parent;

@@ -178,7 +178,7 @@ void TakeConditions(const std::vector<std::string>& cards, TPageMetadata& metada
         metadata.takenDay = DayIn(*date);
     const auto depth = [](double value) { return value > 8 && value <= 16 && value == std::floor(value); };
     if (const auto bits = first({"BITDEPTH", "ADCBITS", "SIGBITS"}, depth))
-        metadata.significantBits = static_cast<int>(*bits);
+        metadata.significantBits = *(metadata.cameraBits = static_cast<int>(*bits));
 }
 
 std::vector<std::string> CardsIn(const std::string& description)

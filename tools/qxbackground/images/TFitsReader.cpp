@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace workbench {
 
@@ -17,6 +18,15 @@ constexpr std::uint64_t kMostAxes = 999;
 std::uint64_t WholeBlocks(std::uint64_t bytes)
 {
     return (bytes + kFitsBlock - 1) / kFitsBlock * kFitsBlock;
+}
+
+// What cfitsio, and so fpack, tells of the format in every primary header that it makes.
+bool IsAboutTheFormat(const std::string& card)
+{
+    static const char* const kLines[] = {"COMMENT   FITS (Flexible Image Transport System) format is defined in",
+                                         "COMMENT   and Astrophysics', volume 376, page 359"};
+    return std::any_of(std::begin(kLines), std::end(kLines),
+                       [&](const char* line) { return card.compare(0, std::strlen(line), line) == 0; });
 }
 
 } // namespace
@@ -196,8 +206,9 @@ TPageMetadata TFitsReader::Metadata()
     TPageMetadata metadata;
     for (const std::string& card : primaryCards) {
         const std::string keyword = card.substr(0, 8);
-        if (!std::any_of(unit.cards.begin(), unit.cards.end(),
-                         [&](const std::string& own) { return own.compare(0, 8, keyword) == 0; }))
+        const bool isThereToo = std::any_of(unit.cards.begin(), unit.cards.end(),
+                                            [&](const std::string& own) { return own.compare(0, 8, keyword) == 0; });
+        if (!isThereToo && !IsAboutTheFormat(card))
             metadata.cards.push_back(card);
     }
     metadata.cards.insert(metadata.cards.end(), unit.cards.begin(), unit.cards.end());

@@ -25,7 +25,7 @@ TImageFormat TOutputOptions::FormatFor(const std::string& path, TImageFormat inp
 {
     if (format)
         return *format;
-    if (EndsIn(path, {".fits", ".fit", ".fts"}))
+    if (EndsIn(path, {".fits", ".fit", ".fts", ".fz"}))
         return TImageFormat::Fits;
     if (EndsIn(path, {".tif", ".tiff"}))
         return TImageFormat::Tiff;

@@ -20,6 +20,8 @@ struct TPageMetadata {
     std::optional<std::int64_t> takenDay; // since 1970-01-01
     // The bits that the file itself says are used, counted from the lowest; 0 when it does not say.
     int significantBits = 0;
+    // The bits of the camera's values, where the file says that of the camera and not of these pixels alone.
+    std::optional<int> cameraBits;
 
     // TIFF; PNG, SER and PGM fill what they have of it. An empty text is none.
     std::string description;

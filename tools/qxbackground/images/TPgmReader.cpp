@@ -148,6 +148,9 @@ TPageMetadata TPgmReader::Metadata()
     metadata.description = comment;
     while (largest >> metadata.significantBits != 0)
         ++metadata.significantBits;
+    // Some programs put the largest value of this image there, and most 65535 whatever the camera has.
+    if (largest < 65535 && (largest & (largest + 1)) == 0)
+        metadata.cameraBits = metadata.significantBits;
     return metadata;
 }
 

@@ -195,8 +195,10 @@ TPageMetadata TPngReader::Metadata()
     if (png_get_iCCP(png, info, &name, &compression, &profile, &length) != 0)
         metadata.iccProfile.assign(profile, profile + length);
     png_color_8p bits = nullptr;
-    if (png_get_sBIT(png, info, &bits) != 0)
+    if (png_get_sBIT(png, info, &bits) != 0) {
         metadata.significantBits = bits->gray;
+        metadata.cameraBits = bits->gray;
+    }
     return metadata;
 }
 

@@ -134,6 +134,7 @@ TPageMetadata TSerReader::Metadata()
 {
     TPageMetadata metadata;
     metadata.significantBits = depth;
+    metadata.cameraBits = depth;
     metadata.artist = observer;
     metadata.model = instrument;
     metadata.description = telescope;

@@ -44,7 +44,8 @@ TShot ShotOf(const TPageMetadata& metadata)
 {
     TShot shot{metadata.exposureSeconds, metadata.gain,
                metadata.binningX,        metadata.binningY,
-               metadata.sensorCelsius,   metadata.takenDay ? metadata.takenDay : DayIn(metadata.date)};
+               metadata.sensorCelsius,   metadata.takenDay ? metadata.takenDay : DayIn(metadata.date),
+               metadata.cameraBits};
     // The library takes single precision, in which this may be nothing or without end.
     const auto single = static_cast<float>(shot.exposureSeconds.value_or(1));
     if (!std::isfinite(single) || !(single > 0))
@@ -66,6 +67,8 @@ std::vector<TShotDifference> Differences(const TShot& one, const TShot& other)
         found.push_back({"gain", fmt::format("{:g}", *one.gain), fmt::format("{:g}", *other.gain)});
     if (one.HasBinning() && other.HasBinning() && Binning(one) != Binning(other))
         found.push_back({"binning", Binning(one), Binning(other)});
+    if (one.bits && other.bits && *one.bits != *other.bits)
+        found.push_back({"depth", std::to_string(*one.bits) + " bits", std::to_string(*other.bits) + " bits"});
     return found;
 }
 

@@ -17,6 +17,7 @@ struct TShot {
     std::optional<int> binningX, binningY;
     std::optional<double> sensorCelsius;
     std::optional<std::int64_t> day; // since 1970-01-01
+    std::optional<int> bits;         // of the camera's values
 
     bool HasBinning() const { return binningX || binningY; }
     // "60 s, gain 100, binning 2 x 2, -10 C": what is known of it.

@@ -17,7 +17,7 @@ constexpr double kSteadyCelsius = 1;
 bool SaysMore(const TShot& shot, const TShot& known)
 {
     return (shot.exposureSeconds && !known.exposureSeconds) || (shot.gain && !known.gain) ||
-           (shot.HasBinning() && !known.HasBinning());
+           (shot.HasBinning() && !known.HasBinning()) || (shot.bits && !known.bits);
 }
 
 } // namespace
@@ -51,6 +51,8 @@ void TFrameHeaders::Add(const std::string& path, unsigned page, const TPageMetad
             known.binningX = first.shot.binningX;
             known.binningY = first.shot.binningY;
         }
+        if (!known.bits)
+            known.bits = first.shot.bits;
     }
     if (SaysMore(frame.shot, known))
         firsts.push_back(frame);
@@ -83,6 +85,8 @@ TShot TFrameHeaders::Common() const
             common.binningX = first.shot.binningX;
             common.binningY = first.shot.binningY;
         }
+        if (!common.bits && isAgreed("depth"))
+            common.bits = first.shot.bits;
     }
     if (celsiusCount > 0)
         common.sensorCelsius = celsiusSum / celsiusCount;

@@ -1,11 +1,13 @@
 #include "stacks/TFrameWatch.h"
 
 #include "base/Wording.h"
+#include "stacks/ValueStep.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace workbench {
 
@@ -43,6 +45,7 @@ void TFrameWatch::Add(const std::string& path, unsigned page, std::vector<std::u
 {
     TFrame entry;
     entry.name = Printable(path) + " page " + std::to_string(page);
+    entry.step = ValueStep(sample);
     const auto middle = sample.begin() + static_cast<std::ptrdiff_t>(sample.size() / 2);
     std::nth_element(sample.begin(), middle, sample.end());
     entry.level = *middle;
@@ -53,7 +56,39 @@ void TFrameWatch::Add(const std::string& path, unsigned page, std::vector<std::u
     frames.push_back(entry);
 }
 
-void TFrameWatch::WarnOfLevels(const std::string& what, std::vector<std::string>& warnings) const
+// That of most frames that tell one; of two that are as frequent, the first one's.
+unsigned TFrameWatch::UsualStep() const
+{
+    std::map<unsigned, std::size_t> counts;
+    for (const TFrame& frame : frames)
+        ++counts[frame.step];
+    counts.erase(0);
+    unsigned usual = 0;
+    for (const TFrame& frame : frames) {
+        if (frame.step != 0 && (usual == 0 || counts[frame.step] > counts[usual]))
+            usual = frame.step;
+    }
+    return usual;
+}
+
+void TFrameWatch::WarnOfSteps(unsigned usual, const std::string& what, std::vector<std::string>& warnings) const
+{
+    unsigned odd = 0;
+    std::vector<std::string> names;
+    for (const TFrame& frame : frames) {
+        if (frame.step == 0 || frame.step == usual || (odd != 0 && frame.step != odd))
+            continue;
+        odd = frame.step;
+        names.push_back(frame.name);
+    }
+    if (odd != 0)
+        warnings.push_back(fmt::format("values come {} in {}, {} in the other {}: they may not mean the same in all of "
+                                       "them; leave frames of another bit depth out, or have all written in one way",
+                                       ValueStepText(odd), FirstOf(names), ValueStepText(usual), what));
+}
+
+// Of frames of another step enough is said.
+void TFrameWatch::WarnOfLevels(unsigned usualStep, const std::string& what, std::vector<std::string>& warnings) const
 {
     if (frames.size() < 3)
         return;
@@ -66,7 +101,8 @@ void TFrameWatch::WarnOfLevels(const std::string& what, std::vector<std::string>
     const double most = std::max(8 * 1.4826 * MedianOf(distances), 2 + 0.02 * usual);
     std::vector<std::string> above, below;
     for (const TFrame& frame : frames) {
-        if (std::abs(frame.level - usual) > most)
+        const bool isOfThisStep = frame.step == 0 || frame.step == usualStep;
+        if (isOfThisStep && std::abs(frame.level - usual) > most)
             (frame.level > usual ? above : below).push_back(fmt::format("{} ({:g} ADU)", frame.name, frame.level));
     }
     if (!above.empty())
@@ -106,7 +142,9 @@ void TFrameWatch::WarnOfDrift(const std::string& what, std::vector<std::string>&
 std::vector<std::string> TFrameWatch::Warnings(const std::string& what) const
 {
     std::vector<std::string> warnings;
-    WarnOfLevels(what, warnings);
+    const unsigned step = UsualStep();
+    WarnOfSteps(step, what, warnings);
+    WarnOfLevels(step, what, warnings);
     WarnOfDrift(what, warnings);
     std::vector<std::string> saturated;
     for (const TFrame& frame : frames) {

@@ -9,7 +9,8 @@
 namespace workbench {
 
 // Looks at the frames of a stack as they pass, at some thousand pixels of each, and says what does not fit: a frame
-// whose level is off, a level that drifts, a frame that is saturated.
+// whose values have other steps than those of the rest, whose level is off, a level that drifts, a frame that is
+// saturated.
 class TFrameWatch {
 public:
     // `sample`: pixels of the frame, evenly spread, at least one.
@@ -25,9 +26,12 @@ private:
         std::string name;
         double level = 0;     // the median of the sample, ADU
         double saturated = 0; // share of the sample that has the highest value that 10, 12, 14 or 16 bits can hold
+        unsigned step = 0;    // of its values, see ValueStep
     };
 
-    void WarnOfLevels(const std::string& what, std::vector<std::string>& warnings) const;
+    unsigned UsualStep() const;
+    void WarnOfSteps(unsigned usual, const std::string& what, std::vector<std::string>& warnings) const;
+    void WarnOfLevels(unsigned usualStep, const std::string& what, std::vector<std::string>& warnings) const;
     void WarnOfDrift(const std::string& what, std::vector<std::string>& warnings) const;
 
     std::vector<TFrame> frames;

@@ -9,7 +9,7 @@ namespace workbench {
 struct THeaderDemands {
     std::string exposureOption; // says the exposure where headers do not; empty: nobody asks for it
     double exposureSeconds = 0; // that this option gave; 0: it was not there, and the first header has to say it
-    bool mayDiffer = false;     // frames of several exposures, gains or binnings are taken together all the same
+    bool mayDiffer = false; // frames of several exposures, gains, binnings or depths are taken together all the same
 };
 
 } // namespace workbench

@@ -44,9 +44,10 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
             "longer stack waits "
             "in a temporary file meanwhile (default: 128)")
         ->check(BetweenWhole(1, 1 << 20));
-    verb.add_flag("--mixed", stack.headers.mayDiffer,
-                  "Take frames together whose headers say different exposures, gains or binnings; without it they are "
-                  "refused");
+    verb.add_flag(
+        "--mixed", stack.headers.mayDiffer,
+        "Take frames together whose headers say different exposures, gains, binnings or bit depths; without it they "
+        "are refused");
 }
 
 void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings)

@@ -1,6 +1,8 @@
 #include "verbs/Options.h"
 
+#include "base/Endings.h"
 #include "base/TToolError.h"
+#include "base/Wording.h"
 #include "batch/InputFiles.h"
 #include "batch/OutputNames.h"
 #include "commandline/Limits.h"
@@ -123,6 +125,10 @@ namespace {
 void PlanOutputs(const std::string& option, TCorrectOptions& options, TPathPlan& plan)
 {
     if (!IsFolderName(options.output) && options.name.empty()) {
+        if (options.inputs.size() > 1 && !HasEnding(options.output) && !options.outputAs.format)
+            throw TToolError("'" + options.output + "' may be a folder for " + std::to_string(options.inputs.size()) +
+                             " outputs, or one file for all of them: write '" + options.output + "/' or '" +
+                             options.output + ".tif'");
         plan.AddFile(option, TPathUse::Creates, options.output);
         return;
     }
@@ -164,7 +170,15 @@ void AddCorrectOptions(TVerb& verb, TCorrectOptions& options)
                  [&options](const std::string& option, TPathPlan& plan) { PlanOutputs(option, options, plan); });
     verb.add_option("--name", options.name,
                     "What the outputs in the folder are called: {stem} and {ext} of the input's name, its {number}. "
-                    "Default: {stem}{ext}, the names are kept");
+                    "Default: {stem}{ext}, the names are kept")
+        ->check(CLI::Validator(
+            [](const std::string& text) -> std::string {
+                if (text.empty() || HasControlCharacter(text))
+                    throw TToolError("--name: " + (text.empty() ? "''" : "'" + Printable(text) + "'") +
+                                     " is no pattern for file names, such as '{stem}_corrected{ext}'");
+                return {};
+            },
+            {}));
     verb.Creates(TPathKind::Picture,
                  verb.add_option("--picture", options.picture,
                                  "Also write a PNG of the first page for the eye: before, background and after, each "

@@ -1,5 +1,8 @@
 #include "base/Arguments.h"
 
+#include "base/Escapes.h"
+#include "base/Terminal.h"
+#include "base/windows/TConsoleBuffer.h"
 #include "base/windows/WideText.h"
 
 #include <windows.h>
@@ -10,27 +13,53 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 namespace workbench {
 
 namespace {
 
-UINT consoleBefore = 0;
-
 // The console is the shell's as well, which goes on with it.
+struct TConsoleState {
+    UINT page = 0;
+    DWORD outputMode = 0, errorMode = 0;
+};
+TConsoleState before;
+
 void GiveConsoleBack()
 {
-    SetConsoleOutputCP(consoleBefore);
+    // What waits to be shown is meant for the console as it is now.
+    std::cout.flush();
+    std::fflush(stdout);
+    std::fflush(stderr);
+    if (before.page != 0)
+        SetConsoleOutputCP(before.page);
+    // These fail where the stream is none of a console, and do nothing then.
+    SetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), before.outputMode);
+    SetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), before.errorMode);
 }
 
-// A bar of progress moves by the control sequences of terminals, and is not to be drawn letter by letter.
+// So that it can be given back.
+void TakeConsole()
+{
+    before.page = GetConsoleOutputCP();
+    GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &before.outputMode);
+    GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &before.errorMode);
+    std::atexit(GiveConsoleBack);
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+// Letters of several bytes, and a bar of progress, are not to be shown byte by byte.
 void PrepareTerminal()
 {
-    const HANDLE terminal = GetStdHandle(STD_ERROR_HANDLE);
-    DWORD mode = 0;
-    if (GetConsoleMode(terminal, &mode) == 0)
+    DWORD mode = 0; // which only a console has
+    if (GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0) {
+        static auto* const console = new TConsoleBuffer; // to the very end, when what is left of the text is shown
+        std::cout.rdbuf(console);
+    }
+    if (!StandardErrorIsTerminal())
         return;
-    SetConsoleMode(terminal, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    TakesEscapes(TStream::Error); // from now on, whatever is shown first
     constexpr std::size_t kEnough = 4096;
     std::setvbuf(stderr, nullptr, _IOFBF, kEnough);
 }
@@ -55,10 +84,8 @@ std::vector<std::string> TakeArguments(int, char**)
     SetUnhandledExceptionFilter(EndWithOneLine);
     _setmode(_fileno(stdout), _O_BINARY);
     _setmode(_fileno(stderr), _O_BINARY);
+    TakeConsole();
     PrepareTerminal();
-    consoleBefore = GetConsoleOutputCP();
-    if (consoleBefore != 0 && SetConsoleOutputCP(CP_UTF8) != 0)
-        std::atexit(GiveConsoleBack);
 
     // What main is given has gone through the system's code page, which need not have its characters.
     std::vector<std::string> taken;

@@ -1,5 +1,7 @@
 #include "base/Terminal.h"
 
+#include "base/Interrupts.h"
+
 #include <windows.h>
 
 namespace workbench {
@@ -26,14 +28,17 @@ bool StandardInputIsTerminal()
 
 std::string LineFromTerminal()
 {
+    constexpr DWORD kMilliseconds = 100;
+    const HANDLE keyboard = GetStdHandle(STD_INPUT_HANDLE);
     std::string line;
-    while (line.empty() || line.back() != '\n') {
+    // Not every console ends a reading at Ctrl-C: where nothing has been typed, none is begun.
+    while (!Interrupted() && (line.empty() || line.back() != '\n')) {
+        if (line.empty() && WaitForSingleObject(keyboard, kMilliseconds) == WAIT_TIMEOUT)
+            continue;
         char character = 0;
         DWORD count = 0;
-        if (ReadFile(GetStdHandle(STD_INPUT_HANDLE), &character, 1, &count, nullptr) == 0 || count == 0) {
-            // Ctrl-C ends the reading, and a thread of its own takes note of it.
-            constexpr DWORD kMilliseconds = 100;
-            Sleep(kMilliseconds);
+        if (ReadFile(keyboard, &character, 1, &count, nullptr) == 0 || count == 0) {
+            Sleep(kMilliseconds); // Ctrl-C ended it, and a thread of its own takes note of that
             break;
         }
         line += character;

@@ -47,7 +47,8 @@ void RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
 
     std::vector<std::string> words(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
     if (!words.empty() && words.front() == "help") {
-        words.erase(words.begin());
+        const auto isHelp = [](const std::string& word) { return word == "help"; };
+        words.erase(words.begin(), std::find_if_not(words.begin(), words.end(), isHelp));
         RequireVerb(root, words);
         words.emplace_back("--help");
     } else if (words == std::vector<std::string>{"--describe"}) {

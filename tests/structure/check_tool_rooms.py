@@ -31,7 +31,8 @@ MAY_INCLUDE = {
 FROM_OUTSIDE = re.compile(r"QX_BackgroundCorrection\.hpp|file/CalibrationFormat\.h")
 SYSTEM_ROOMS = ("base/posix/", "base/windows/")
 # A class, but no declaration of one, and nothing within another class.
-CLASS = re.compile(r"^class (T\w+)[^;]*$", re.M)
+TEMPLATE = r"^(?:template <[^;{}]*> )?"
+CLASS = re.compile(TEMPLATE + r"class (T\w+)[^;]*$", re.M)
 LONGEST = 400
 # Windows finds a file of any name by a path, and by a text only what its code page can spell.
 OPENED = re.compile(r"\bi?o?fstream (?!&)\w+[({]|\bi?o?fstream\((?!\))|\bstream\.open\(|\bfile\.open\(")
@@ -62,7 +63,7 @@ def check_names(path, text, tool):
         if classes and source.stem not in classes:
             yield path, 0, f"is not named like its class {classes[0]}"
         if source.stem[0] == "T" and source.stem[1].isupper() and not re.search(
-                rf"^(class|struct) {source.stem}\b[^;]*$", text, re.M):
+                TEMPLATE + rf"(class|struct) {source.stem}\b[^;]*$", text, re.M):
             yield path, 0, "is named like a class that it does not hold"
 
 
@@ -96,6 +97,7 @@ GOOD_TREE = {
     "base/Text.h": "#include <string>\nclass TOther;\nstruct TPart {\n};\n",
     "base/Text.cpp": '#include "base/Text.h"\n// #include <unistd.h> would be wrong\n'
                      'std::ofstream file(std::filesystem::path(name));\nfile = std::ofstream();\nvoid Put(std::ofstream& file);\n',
+    "base/TQueue.h": "template <class T> class TQueue {\n};\n",
     "base/TLock.h": "class TLock {\n    class TInner {\n    };\n};\n",
     "base/posix/TLock.cpp": '#include "base/TLock.h"\n#include <unistd.h>\n',
     "base/windows/TLock.cpp": '#include "base/TLock.h"\n#include "base/windows/Handle.h"\n#include <windows.h>\n',
@@ -137,6 +139,7 @@ VIOLATIONS = [
     ("base/posix/Bad.cpp", "", "no header of its name"),
     ("images/Bad.h", "class TGood {\n};\n", "not named like its class"),
     ("images/Bad.h", "class TGood final : public TImage {\n};\n", "not named like its class"),
+    ("images/Bad.h", "template <class T> class TGood {\n};\n", "not named like its class"),
     ("images/TBad.h", "class TBad;\n", "does not hold"),
     ("images/Bad.h", "\n" * (LONGEST + 1), "lines"),
     ("images/Bad.h", "std::ifstream from(options.file, std::ios::binary);\n", "by a text"),

@@ -1,6 +1,7 @@
 // The workbench's SHA-256: the examples that its standard and others publish, and the processor's instructions against
 // the plain arithmetic, for every length around the ends of blocks and in pieces of any size.
 #include "base/Sha256Blocks.h"
+#include "base/Sha256Lanes.h"
 #include "base/TSha256.h"
 
 #include <algorithm>

@@ -263,6 +263,24 @@ class ExposureInHeaders(Situation):
         self.assertIn("(45 s, 100 %)", self.said)
 
 
+class Twice(Situation):
+    def test_a_dark_frame_that_is_something_else_as_well_is_named(self):
+        for name, level in (("d.tif", 300), ("light.tif", 900), ("bias.tif", 50)):
+            self.write(name, [self.flat(level)])
+        os.link(self.folder / "d.tif", self.folder / "e.tif")
+        conditions = ["--intensity", 100, "--exposure", 1]
+        correct = ["correct", "--dark-intensity", 100, "--dark-exposure", 1, *conditions, "--warn-clipped", 100, "-o",
+                   "o/", "--overwrite", "--dark", "d.tif", "--bias"]
+        self.assertEqual(self.warned(correct[0], "light.tif", *correct[1:], "bias.tif"), [])
+        self.assertEqual(self.warned(correct[0], "e.tif", "light.tif", "bias.tif", *correct[1:], "bias.tif"),
+                         ["d.tif is among the dark frames and among the images as well: is that meant?",
+                          "bias.tif is among the bias frames and among the images as well: is that meant?"])
+        self.assertEqual(self.warned(correct[0], "light.tif", *correct[1:], "d.tif"),
+                         ["d.tif is among the bias frames and among the dark frames as well: is that meant?"])
+        self.assertEqual(self.warned("build", "c.qxb", "--key", "k", *conditions, "d.tif", "--bias", "e.tif"),
+                         ["d.tif is among the dark frames and among the bias frames as well: is that meant?"])
+
+
 class Depth(Situation):
     """How many bits the camera's values have, by headers."""
 

@@ -290,8 +290,9 @@ class Statistics(ToolTest):
         self.assertRegex(self.tool(*correct), r"\n  ä.tif +2 .*\n  b.tif +1 .*\nThese 3 pages together:\n")
 
     def test_none_are_made_where_none_are_asked_for(self):
-        self.write("d.tif", self.images(1, 20, 20))
-        report = json.loads(self.tool(*CORRECT, "--dark", "d.tif", "--no-statistics", "--json", "-o", "o.tif", "d.tif"))
+        for name in ("d.tif", "i.tif"):
+            self.write(name, self.images(1, 20, 20))
+        report = json.loads(self.tool(*CORRECT, "--dark", "d.tif", "--no-statistics", "--json", "-o", "o.tif", "i.tif"))
         self.assertEqual(set(report), {"output", "pages", "corrections"})
 
 

@@ -22,12 +22,6 @@ using TSha256PairBlocks = void (*)(std::uint32_t* state, const unsigned char* bl
                                    const unsigned char* otherBlocks, std::size_t count);
 TSha256PairBlocks Sha256PairBlocksOfProcessor(); // null where it has none
 
-// So many messages at once, by wide registers: faster still than in pairs. The plain arithmetic, not the processor's
-// own instructions for it.
-constexpr std::size_t kSha256Lanes = 16;
-using TSha256LaneBlocks = void (*)(std::uint32_t* const* states, const unsigned char* const* blocks, std::size_t count);
-TSha256LaneBlocks Sha256LaneBlocksOfProcessor(); // null where it has none that are wide enough
-
 } // namespace workbench
 
 #endif

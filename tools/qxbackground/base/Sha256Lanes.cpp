@@ -1,4 +1,5 @@
-// SHA-256 of sixteen messages side by side, a word of each in every register.
+#include "base/Sha256Lanes.h"
+
 #include "base/Sha256Blocks.h"
 
 // GCC for Windows does not align its stack for registers of this size.

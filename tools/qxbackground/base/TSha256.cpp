@@ -1,6 +1,7 @@
 #include "base/TSha256.h"
 
 #include "base/Sha256Blocks.h"
+#include "base/Sha256Lanes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,6 +1,7 @@
 #include "batch/TFrameBands.h"
 
 #include "base/Sha256Blocks.h"
+#include "base/Sha256Lanes.h"
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 

@@ -10,6 +10,8 @@ namespace fs = std::filesystem;
 
 TOutputFolder::TOutputFolder(const std::string& path)
 {
+    if (path.empty())
+        throw TToolError("''", "is not the name of a folder");
     std::error_code error;
     for (fs::path part = path; !part.empty() && !fs::exists(part, error); part = part.parent_path())
         made.push_back(part);

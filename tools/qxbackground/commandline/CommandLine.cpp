@@ -46,8 +46,8 @@ void RunCommandLine(const std::vector<std::string>& arguments, const TProgramTex
 
     std::vector<std::string> words(arguments.begin() + (arguments.empty() ? 0 : 1), arguments.end());
     const bool isForHelp = !words.empty() && words.front() == "help";
-    if (isForHelp)
-        words.erase(words.begin());
+    const auto isHelp = [](const std::string& word) { return word == "help"; };
+    words.erase(words.begin(), std::find_if_not(words.begin(), words.end(), isHelp));
     const bool isForCompletion = !words.empty() && words.front() == "--complete";
     if (isForCompletion && words.size() > 2) // of which the last is being typed
         root.SetWords({words.begin() + 1, words.end() - 1});

@@ -163,6 +163,10 @@ std::string UnknownOption(const TVerb& root, const TVerb& verb, const std::strin
     std::error_code error;
     if (std::filesystem::exists(word, error))
         return text + "; './" + word + "' is the file of that name";
+    for (const std::string& known : OptionNames(verb)) {
+        if (known == name) // the parser met it before it met the verb
+            return "'" + name + "' belongs behind the verb: '" + FullName(verb) + " ... " + name + "'";
+    }
     for (const std::string& known : OptionNames(root)) {
         if (known == name)
             return text + "; it belongs before the verb: '" + root.get_name() + " " + name + " ...'";

@@ -154,6 +154,8 @@ void TVerb::RefuseOtherEndings() const
             RefuseOtherEnding(name, {".png"}, "a PNG");
         if (path.kind == TPathKind::Page)
             RefuseOtherEnding(name, {".html", ".htm"}, "an HTML page");
+        if (path.kind == TPathKind::PixelList)
+            RefuseOtherEnding(name, {".txt", ".csv"}, "a list as text");
     }
 }
 

@@ -104,6 +104,9 @@ THotPixels THotPixels::Find(const TImage& dark, double sigma, bool subtractedAsT
 
 THotPixels THotPixels::Read(const std::string& path)
 {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error))
+        throw TToolError(path, "does not exist");
     std::ifstream file{std::filesystem::path(path)};
     if (!file)
         throw TToolError(path, "cannot be opened");

@@ -57,6 +57,10 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
         darks.exposureSeconds.reset();
         setup = ReadSetup(options.correct, stack.Size(), options.unfiltered);
         WarnOfOtherCamera(darks, setup.bias, setup.warnings);
+        const TCorrectOptions& images = options.correct;
+        WarnOfSharedFiles(options.darks.files, "dark frames", images.inputs, "images", setup.warnings);
+        WarnOfSharedFiles(images.bias, "bias frames", images.inputs, "images", setup.warnings);
+        WarnOfSharedFiles(images.bias, "bias frames", options.darks.files, "dark frames", setup.warnings);
         if (!options.correct.bias.empty()) {
             for (std::size_t i = 0; i < stack.exact.size(); ++i)
                 stack.exact[i] -= static_cast<float>(setup.refinement.bias.pixels[i]) + setup.unfiltered.biasRest[i];

@@ -1,15 +1,20 @@
 #include "verbs/DarkFrames.h"
 
 #include "base/Color.h"
+#include "base/TFileState.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "commandline/Limits.h"
 #include "stacks/CombineFrames.h"
+#include "stacks/TFrameWatch.h"
 #include "stacks/TRefinement.h"
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <iostream>
+#include <set>
+#include <utility>
 
 namespace workbench {
 
@@ -58,6 +63,26 @@ void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>&
                            difference.one + ", the bias frames with " + difference.other);
 }
 
+void WarnOfSharedFiles(const std::vector<std::string>& files, const std::string& what,
+                       const std::vector<std::string>& others, const std::string& otherWhat,
+                       std::vector<std::string>& warnings)
+{
+    std::set<std::pair<std::uint64_t, std::uint64_t>> known;
+    for (const std::string& other : others) {
+        const TFileState state = StateOf(other);
+        known.insert({state.device, state.inode});
+    }
+    std::vector<std::string> shared;
+    for (const std::string& file : files) {
+        const TFileState state = StateOf(file);
+        if (state.exists && known.count({state.device, state.inode}) != 0)
+            shared.push_back(file);
+    }
+    if (!shared.empty())
+        warnings.push_back(FirstOf(shared) + (shared.size() == 1 ? " is" : " are") + " among the " + what +
+                           " and among the " + otherWhat + " as well: is that meant?");
+}
+
 TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, TDarkNoise* noise,
                       const TDarkDigests& digests)
 {
@@ -66,6 +91,7 @@ TFrameStack ReadDarks(const TDarkOptions& options, const TInputOptions& input, T
         const TFrameStack bias = ReadBias(options.bias, input, stack.Size(), false, digests.bias);
         SubtractBias(stack.average, bias.average);
         WarnOfOtherCamera(stack.shot, bias.shot, stack.warnings);
+        WarnOfSharedFiles(options.files, "dark frames", options.bias, "bias frames", stack.warnings);
         stack.biasFrames = bias.frames;
         stack.warnings.insert(stack.warnings.end(), bias.warnings.begin(), bias.warnings.end());
         stack.notes.push_back("Bias subtracted from the dark frames: the average of " +

@@ -41,6 +41,11 @@ TFrameStack ReadBias(const std::vector<std::string>& files, const TInputOptions&
 // Adds a line for each setting of the camera in which bias frames differ from dark frames by their headers.
 void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings);
 
+// Adds a line when a file is among `files`, which are called `what` ("dark frames"), and among the `others` as well.
+void WarnOfSharedFiles(const std::vector<std::string>& files, const std::string& what,
+                       const std::vector<std::string>& others, const std::string& otherWhat,
+                       std::vector<std::string>& warnings);
+
 // Adds a line when so many pixels were found that something else is the matter.
 void WarnOfManyHotPixels(const THotPixels& found, std::vector<std::string>& warnings);
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -16,6 +17,13 @@
 namespace Campaign {
 
 namespace {
+
+// More than one where a test sets it, because what watches the program makes each point take long.
+std::size_t PointsAtATime()
+{
+    const char* const wanted = std::getenv("QXBC_CAMPAIGN_STRIDE");
+    return wanted != nullptr ? std::max<std::size_t>(std::strtoul(wanted, nullptr, 10), 1) : 1;
+}
 
 // Arms one fault; nothing in here allocates while it is armed.
 class TArmed {
@@ -160,7 +168,7 @@ void TRun::FailEvery(const TFault& fault)
     // That goes for long runs out of memory as well, each of which opens files on its way.
     const auto next = [&fault](std::size_t failAt) -> std::size_t {
         if (!kBackslashSystem) {
-            return failAt + 1;
+            return failAt + PointsAtATime();
         }
         return failAt + (!fault.ofMemory ? 13 : failAt < 20 ? 1 : 5);
     };

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -16,6 +17,13 @@
 namespace Campaign {
 
 namespace {
+
+// More than one where a test sets it, because what watches the program makes each point take long.
+std::size_t PointsAtATime()
+{
+    const char* const wanted = std::getenv("QXBC_CAMPAIGN_STRIDE");
+    return wanted != nullptr ? std::max<std::size_t>(std::strtoul(wanted, nullptr, 10), 1) : 1;
+}
 
 // Arms one fault; nothing in here allocates while it is armed.
 class TArmed {
@@ -157,9 +165,14 @@ TRun::TRun(const TScenario& runScenario) : scenario(runScenario)
 void TRun::FailEvery(const TFault& fault)
 {
     // Files take long where a layer stands in for the system: some points must do there, and all are tried elsewhere.
-    const std::size_t stride = !fault.ofMemory && kBackslashSystem ? 7 : 1;
-    std::size_t failAt = 1;
-    for (; !testing::Test::HasFailure(); failAt += stride) {
+    // That goes for long runs out of memory as well, each of which opens files on its way.
+    const auto next = [&fault](std::size_t failAt) -> std::size_t {
+        if (!kBackslashSystem) {
+            return failAt + PointsAtATime();
+        }
+        return failAt + (!fault.ofMemory ? 13 : failAt < 20 ? 1 : 5);
+    };
+    for (std::size_t failAt = 1; !testing::Test::HasFailure(); failAt = next(failAt)) {
         ASSERT_LT(failAt, 3000u) << "no end";
         const std::size_t descriptors = Snapshots::OpenDescriptors();
         const std::size_t blocks = TAllocationFaults::LiveBlocks();

@@ -81,7 +81,8 @@ TEST_P(GoldenFiles, LoadAndSaveToTheSameBytes)
 
 std::string NameOf(const testing::TestParamInfo<std::size_t>& info)
 {
-    std::string name = SampleFiles::All()[info.param].name;
+    static const std::vector<TSampleFile> samples = SampleFiles::All();
+    std::string name = samples[info.param].name;
     for (char& character : name) {
         if (character == ' ' || character == ',') {
             character = '_';

@@ -38,12 +38,13 @@ trap clean_up EXIT
 
 # step NAME COMMAND...: runs a command, and notes when it began, how long it took and how long processors worked for it.
 step() {
-    local name=$1 began=$SECONDS status=0 took user system TIMEFORMAT='%0U %0S'
+    local name=$1 began=$SECONDS status=0 took user system note=$scratch/step.$BASHPID TIMEFORMAT='%0U %0S'
     shift
-    { { time "$@" 1>&6 2>&7 6>&- 7>&-; } 2>"$scratch/step.$BASHPID" || status=$?; } 6>&1 7>&2
+    # In a shell of its own, lest the time of a lane that ends meanwhile is counted here.
+    (time "$@" 1>&6 2>&7 6>&- 7>&-) 6>&1 7>&2 2>"$note" || status=$?
     [ "$status" = 0 ] || return "$status"
     took=$((SECONDS - began))
-    read -r user system <"$scratch/step.$BASHPID"
+    read -r user system <"$note"
     printf '%5d s  %6d s  %5d s  %s\n' "$took" $((user + system)) "$began" "$name" >>"$scratch/times"
     echo "$name: $took s"
 }

@@ -68,7 +68,8 @@ ctest_into() {
 run_tests() {
     local preset=$1 log=build/$1/test.log
     shift
-    if ! patiently "testing $preset" ctest_into "$log" --preset "$preset" -j "$jobs" --output-on-failure \
+    # One more than there are cores, since many wait now and then: for a lock, a signal, Wine, a browser.
+    if ! patiently "testing $preset" ctest_into "$log" --preset "$preset" -j $((jobs + 1)) --output-on-failure \
         --no-tests=error --test-output-size-passed 65536 --output-junit "$PWD/build/$preset/junit.xml" "$@"; then
         grep -vE '^ +Start +[0-9]+: |^ *[0-9]+/[0-9]+ Test +#.* Passed ' "$log"
         return 1

@@ -132,6 +132,14 @@ void ExpectEveryAlignment(std::size_t count)
         Kernels::Plain::Scale(expected.data() + offset, image.data() + other, count, 0.9f);
         Kernels::Scale(output.data() + offset, image.data() + other, count, 0.9f);
         ASSERT_EQ(output, expected) << offset;
+        const std::uint16_t* const frames[] = {image.data() + other, background.data() + offset, image.data() + offset,
+                                               image.data() + other};
+        std::vector<float> scratch(Kernels::AverageScratchLength(count));
+        for (const std::size_t frameCount : {2u, 4u}) { // two differ, and of four most lie alike
+            Kernels::Plain::Average(expected.data() + offset, frames, frameCount, count);
+            Kernels::Average(output.data() + offset, frames, frameCount, count, scratch.data());
+            ASSERT_EQ(output, expected) << offset << ", " << frameCount << " frames";
+        }
         expected = image;
         Kernels::Plain::SubtractInPlace(expected.data() + offset, background.data() + other, count);
         Kernels::SubtractInPlace(image.data() + offset, background.data() + other, count);

@@ -38,6 +38,7 @@ private:
     unsigned frames = 0;
     std::vector<TNamed> firsts; // that were the first to say something
     std::vector<TDisagreement> disagreements;
+    TUnusableSettings unusable; // of each the first that was seen
     double celsiusSum = 0;
     unsigned celsiusCount = 0;
     TNamed coldest, warmest;

@@ -273,6 +273,16 @@ class ExposureInHeaders(Situation):
         self.assertIn("(45 s, 100 %)", self.said)
 
 
+    def test_of_dark_frames_are_seen_before_their_pixels(self):
+        for name, how in (("a", {}), ("negative", {"BZERO": 0}), ("b", {}), ("wide", {"shape": (20, 31)}), ("c", {"GAIN": 7})):
+            self.fits(f"{name}.fits", 200, **{"EXPTIME": 60, "GAIN": 3, **how})
+        build = ["build", "n.qxb", "--intensity", 100, "--key", "k", "a.fits", "negative.fits", "b.fits"]
+        self.refused(*build, says=["negative.fits: page 1: has negative pixels"])
+        self.refused(*build, "c.fits", says=["c.fits: page 1: was taken with gain 7, a.fits page 1 with gain 3"])
+        self.refused(*build, "wide.fits", "--combine", "median",
+                     says=["wide.fits: page 1: is 31 x 20 pixels, the frames before it are 30 x 20"])
+
+
 class Twice(Situation):
     def test_a_dark_frame_that_is_something_else_as_well_is_named(self):
         for name, level in (("d.tif", 300), ("light.tif", 900), ("bias.tif", 50)):

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <unordered_set>
 
 namespace workbench {
 
@@ -36,14 +37,14 @@ bool IsNumbered(const std::string& keyword, const char* stem)
 
 bool Holds(const std::string& card)
 {
-    static const char* const kOfThePixels[] = {
+    static const std::unordered_set<std::string> kOfThePixels = {
         "SIMPLE",   "XTENSION", "BITPIX",  "EXTEND",   "PCOUNT",   "GCOUNT",   "GROUPS",   "BZERO",    "BSCALE",
         "BLANK",    "DATAMIN",  "DATAMAX", "CHECKSUM", "DATASUM",  "END",      "TFIELDS",  "THEAP",    "ZIMAGE",
         "ZSIMPLE",  "ZTENSION", "ZEXTEND", "ZBITPIX",  "ZPCOUNT",  "ZGCOUNT",  "ZBLOCKED", "ZCMPTYPE", "ZQUANTIZ",
         "ZDITHER0", "ZBLANK",   "ZSCALE",  "ZZERO",    "ZMASKCMP", "ZHECKSUM", "ZDATASUM"};
     static const char* const kNumbered[] = {"NAXIS", "ZNAXIS", "ZTILE", "ZNAME", "ZVAL", "TTYPE", "TFORM", "TUNIT"};
     const std::string keyword = KeywordOf(card);
-    if (std::find(std::begin(kOfThePixels), std::end(kOfThePixels), keyword) != std::end(kOfThePixels))
+    if (kOfThePixels.count(keyword) != 0)
         return false;
     for (const char* stem : kNumbered) {
         if (IsNumbered(keyword, stem))
@@ -134,8 +135,11 @@ TSaid SaidBy(const std::vector<std::string>& cards, std::initializer_list<const 
 
 std::optional<std::string> CardText(const std::vector<std::string>& cards, const std::string& keyword)
 {
+    constexpr std::size_t kKeyword = 8; // characters, filled with blanks
+    std::string asInCards = keyword;
+    asInCards.resize(std::max(keyword.size(), kKeyword), ' ');
     for (const std::string& card : cards) {
-        if (!HasValue(card) || KeywordOf(card) != keyword)
+        if (card.compare(0, kKeyword, asInCards) != 0 || !HasValue(card))
             continue;
         const std::size_t start = card.find_first_not_of(' ', 10);
         if (start == std::string::npos)

@@ -1,26 +1,33 @@
 // What the workbench does on several threads, for ThreadSanitizer (preset linux-tsan); the results are compared as
 // well.
 #include "base/Interrupts.h"
+#include "base/TProgress.h"
 #include "base/TSha256.h"
 #include "base/TToolError.h"
 #include "batch/TFrameStack.h"
 #include "batch/TPageSource.h"
+#include "images/TFrameSum.h"
+#include "images/TImageWriter.h"
 #include "support/TemporaryFolder.h"
+#include "verbs/CorrectionRun.h"
 #include "verbs/TMeasuring.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <thread>
 
 using namespace workbench;
 
 namespace {
 
-constexpr TSize kSize{150, 130}; // more than is read of each of sixteen frames at a time
+constexpr TSize kSize{140, 120}; // more than is read of each of sixteen frames at a time
 
 TImage RandomImage(unsigned seed)
 {
@@ -31,7 +38,7 @@ TImage RandomImage(unsigned seed)
     return image;
 }
 
-std::string BytesOf(const std::string& path)
+std::string ContentOf(const std::string& path)
 {
     std::ostringstream bytes;
     bytes << std::ifstream(path, std::ios::binary).rdbuf();
@@ -63,7 +70,7 @@ protected:
 
     void Cut(std::size_t file)
     {
-        const std::string bytes = BytesOf(paths[file]);
+        const std::string bytes = ContentOf(paths[file]);
         std::ofstream(paths[file], std::ios::binary) << bytes.substr(0, bytes.size() / 2);
     }
 
@@ -93,7 +100,7 @@ protected:
         const std::vector<TFileDigests::TDigest> found = digests.Take();
         ASSERT_EQ(found.size(), paths.size());
         for (std::size_t file = 0; file < paths.size(); ++file) {
-            const std::string bytes = BytesOf(paths[file]);
+            const std::string bytes = ContentOf(paths[file]);
             TSha256 sha256(true);
             sha256.Add(bytes.data(), bytes.size());
             EXPECT_EQ(found[file].sha256, sha256.Hex()) << paths[file];
@@ -126,7 +133,7 @@ TEST_F(ToolThreads, AFrameThatGoesMissingEndsBoth)
     for (const std::size_t missing : {2U, 35U}) { // of either thread
         unsigned looked = 0;
         TFileDigests digests(paths);
-        const std::string bytes = BytesOf(paths[missing]);
+        const std::string bytes = ContentOf(paths[missing]);
         EXPECT_THROW(Read(&digests,
                           [&](const auto&...) {
                               if (++looked == paths.size())
@@ -170,10 +177,11 @@ TEST_F(ToolThreads, PagesAreTreatedWhileOthersAreTaken)
 
 TEST_F(ToolThreads, PagesAreMeasuredBeside)
 {
+    constexpr unsigned kPages = 4; // each takes longest of all this
     TCorrectionReport expected, report;
     {
         TMeasuring measuring(report);
-        for (unsigned image = 1; image <= 9; ++image) {
+        for (unsigned image = 1; image <= kPages; ++image) {
             const TImage before = RandomImage(image), after = RandomImage(image + 100);
             measuring.Background(after);
             measuring.Before(before);
@@ -187,36 +195,102 @@ TEST_F(ToolThreads, PagesAreMeasuredBeside)
     EXPECT_EQ(report.before.Json(), expected.before.Json());
     EXPECT_EQ(report.background.Json(), expected.background.Json());
     EXPECT_EQ(report.after.Json(), expected.after.Json());
-    ASSERT_EQ(report.measured.size(), 9U);
-    EXPECT_EQ(report.measured.back().page, 9U);
+    ASSERT_EQ(report.measured.size(), kPages);
+    EXPECT_EQ(report.measured.back().page, kPages);
     TMeasuring dropped(report); // with something left to be done
     dropped.Background(RandomImage(1));
     dropped.Background(RandomImage(2));
 }
 
+// Read and corrected by one thread, measured by another, written by this one; every image by its own exposure.
+TEST_F(ToolThreads, ImagesAreCorrectedWhileOthersAreReadAndWritten)
+{
+    constexpr unsigned kImages = 4;
+    TContext context;
+    context.libraryPath = QXBC_LIBRARY;
+    QX_KRLSDK::TBackgroundCorrection object = context.Library().MakeProcessor();
+    TImage dark = RandomImage(99);
+    for (std::uint16_t& pixel : dark.pixels)
+        pixel = static_cast<std::uint16_t>(pixel / 4);
+    object.Add("k", {dark.pixels.data()}, kSize.width, kSize.height, 2, 100);
+    object.SetActive("k");
+    TCorrectOptions wanted;
+    wanted.conditions.lightIntensityPercent = 100;
+    wanted.output = folder.File("out");
+    wanted.picture = folder.File("picture.png");
+    wanted.json = true;
+    wanted.fullStatistics = true;
+    for (unsigned image = 1; image <= kImages; ++image) {
+        wanted.inputs.push_back(folder.File(std::to_string(image) + ".fits"));
+        wanted.outputs.push_back(folder.File("out/" + std::to_string(image) + ".fits"));
+        TPageMetadata metadata;
+        metadata.exposureSeconds = image % 2 + 1;
+        const std::unique_ptr<TImageWriter> writer =
+            CreateImage(wanted.inputs.back(), TImageFormat::Fits, {}, kSize.Pixels() * 2, TExisting::Refused);
+        writer->Write(RandomImage(image), metadata);
+        writer->Close();
+    }
+    TTurn turn;
+    turn.object = &object;
+    turn.key = "k";
+    turn.what = "k";
+    turn.referenceProduct = 200;
+    const TCorrectionPlan plan(wanted, false, [&](const auto&...) { return turn; });
+    EXPECT_EQ(plan.Turns().size(), 2U);
+    testing::internal::CaptureStdout();
+    CorrectImages(context, plan, wanted, {});
+    const nlohmann::json report = nlohmann::json::parse(testing::internal::GetCapturedStdout());
+    EXPECT_EQ(context.status, 0);
+    EXPECT_EQ(report.at("pages"), kImages);
+    EXPECT_EQ(report.at("statisticsPages"), kImages);
+    for (unsigned image = 1; image <= kImages; ++image) {
+        TImage expected = RandomImage(image), found;
+        object.SetExposureAndIntensity(static_cast<float>(image % 2 + 1), 100);
+        object.Apply(expected.pixels.data(), static_cast<int>(expected.pixels.size()));
+        const std::unique_ptr<TImageReader> reader = OpenImage(wanted.outputs[image - 1], {});
+        ASSERT_TRUE(reader->NextPage());
+        reader->Read(found);
+        EXPECT_EQ(found.pixels, expected.pixels) << image;
+    }
+}
+
 // The last one: nothing goes on after it.
 TEST_F(ToolThreads, TheUserStopsAll)
 {
-    AddFiles(20);
+    AddFiles(40);
     CatchInterrupts();
-    TFileDigests digests(paths);
     TCorrectionReport report;
-    TMeasuring measuring(report);
-    unsigned taken = 0;
-    const auto take = [&](const TImage& frame) {
-        measuring.Background(frame);
-        if (++taken == 4)
-            std::raise(SIGINT);
-    };
-    EXPECT_THROW(ReadFrames(
-                     {paths, options, "frames", &digests}, [](const auto&...) {}, [](const auto&...) {}, false, take),
-                 TToolError);
-    EXPECT_LT(taken, 7U);
-    digests.Take();
+    TMeasuring measuring(report); // waits meanwhile, and looks now and then
+    TFileDigests digests(paths);
+    const pthread_t here = pthread_self();
+    std::atomic<bool> isReading{false};
+    std::thread user([&] {
+        while (!isReading)
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(120));
+        pthread_kill(here, SIGINT);
+    });
+    std::size_t looked = 0, rounds = 0;
+    EXPECT_THROW(
+        {
+            for (; rounds < 1000; ++rounds)
+                Read(&digests, [&](const auto&...) { isReading = ++looked >= paths.size(); });
+        },
+        TToolError);
+    user.join();
     EXPECT_TRUE(Interrupted());
+    TPageSource source(paths, options, {}, 1);
+    TPage page;
+    EXPECT_THROW(
+        {
+            while (source.Take(page))
+                ThrowIfInterrupted();
+        },
+        TToolError);
+    digests.Take();
     try {
-        measuring.Finish(); // may have had nothing to wait for
-    } catch (const TToolError&) {
+        measuring.Finish();
+    } catch (const TToolError&) { // where it had begun to wait
     }
 }
 

@@ -77,12 +77,15 @@ void RefuseImpossible(const fs::path& path, const std::string& name)
         throw TToolError(name, "leads through symbolic links in a circle, or through too many; choose another name");
     if (error == std::errc::filename_too_long)
         throw TToolError(name, "its name is too long for this system; choose a shorter one");
-    for (fs::path part = FolderOf(path); !part.empty(); part = part.parent_path()) {
+    for (fs::path part = FolderOf(path); !part.empty() && part != part.root_path(); part = part.parent_path()) {
         const fs::file_status status = fs::status(part, error);
         if (fs::exists(status) && !fs::is_directory(status))
             throw TToolError(part.string(), "is not a folder");
-        if (fs::exists(status) || part == part.root_path())
+        if (fs::exists(status))
             break;
+        const bool isNamed = !part.filename().empty() && part.filename() != "." && part.filename() != "..";
+        if (const std::string refusal = isNamed ? NameRefusal(part) : std::string(); !refusal.empty())
+            throw TToolError(part.string(), refusal + "; choose another name");
     }
 }
 

@@ -260,6 +260,8 @@ class ExposureInHeaders(Situation):
         self.refused(*build, "l", "e.fits", "a.fits", says=["e.fits: page 1: does not say its exposure time", "--exposure"])
         self.refused(*build, "l", self.fits("f.fits", 200, EXPTIME="1 min"), "a.fits",
                      says=["f.fits: page 1: EXPTIME is '1 min', not a number of seconds; give the exposure time with --exposure"])
+        self.assertEqual(self.warned(*build, "o", "a.fits", "f.fits"),
+                         ["in f.fits page 1 EXPTIME is '1 min', not a number of seconds; it was taken for 60 s as the others are"])
         self.refused(*build, "l", "a.fits", self.fits("g.fits", 200, EXPTIME=0),
                      says=["g.fits: page 1: was taken with exposure 0 s, a.fits page 1 with exposure 60 s"])
         self.refused(*build, "l", "a.fits", "c.fits", "--mixed", says=["several exposure times; give one with --exposure"])

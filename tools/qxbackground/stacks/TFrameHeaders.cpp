@@ -68,6 +68,8 @@ void TFrameHeaders::Add(const std::string& path, unsigned page, const TPageMetad
     }
     if (SaysMore(frame.shot, known))
         firsts.push_back(frame);
+    if (unusable.exposure.empty() && !frame.shot.unusable.exposure.empty())
+        ofUnknownExposure = frame.name;
     TakeFirst(frame.shot.unusable.exposure, unusable.exposure);
     TakeFirst(frame.shot.unusable.gain, unusable.gain);
     TakeFirst(frame.shot.unusable.binning, unusable.binning);
@@ -121,6 +123,10 @@ std::vector<std::string> TFrameHeaders::Warnings(const std::string& what) const
     if (demands.exposureSeconds > 0 && exposure && !IsSameSetting(*exposure, demands.exposureSeconds))
         warnings.push_back(fmt::format("by their headers the {} were exposed for {:g} s; {} {:g} was taken instead",
                                        what, *exposure, demands.exposureOption, demands.exposureSeconds));
+    const bool isByHeaders = !demands.exposureOption.empty() && !(demands.exposureSeconds > 0);
+    if (isByHeaders && exposure && !unusable.exposure.empty())
+        warnings.push_back(fmt::format("in {} {}; it was taken for {:g} s as the others are", ofUnknownExposure,
+                                       unusable.exposure, *exposure));
     if (celsiusCount > 1 && *warmest.shot.sensorCelsius - *coldest.shot.sensorCelsius > kSteadyCelsius)
         warnings.push_back(fmt::format("the sensor was at {:g} C in {} and at {:g} C in {}: dark current follows the "
                                        "temperature; take {} when it is steady",

@@ -274,6 +274,10 @@ class Refusals(ToolTest):
         self.refuse(["i.tif", "input"], output="i.tif")
         self.refuse(["d.tif", "input"], output="./d.tif")
         self.refuse([], output="")
+        # Before anything is read.
+        too_long = "is longer than the 255 characters" if support.UNDER_WINE else "its name is too long"
+        for output, says in (("n" * 253 + ".tif", too_long), ("n" * 300 + "/", too_long), ("d.tif/n/", "d.tif: is not a folder")):
+            self.refuse([says], output=output, darks=["none.tif"])
 
     @support.not_under_wine("it knows no words for a file beyond the allowed size")
     def test_a_full_disk_leaves_the_old_output(self):

@@ -34,6 +34,8 @@ class Mistakes(ToolTest):
             (self.folder / name).write_bytes(data)
         (self.folder / "protected.qxb").chmod(0o444)
         (self.folder / "folder").mkdir()
+        for name, other in (("circle", "circle.2"), ("circle.2", "circle")):
+            (self.folder / name).symlink_to(other)
         self.write("d.tif", [flat] * 3)
         self.write("d2.tif", [flat] * 2)
         self.write("-d.tif", [flat])

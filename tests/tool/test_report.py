@@ -202,8 +202,18 @@ class Camera(ReportTest):
     def test_fits_frames_say_their_exposure(self):
         self.tool("simulate", "-o", "f", "--width", 64, "--height", 64, "--frames", 2, "--exposure", 1, 2, "--format",
                   "fits")
-        stacks = self.report("c.qxb", "--dark", "f/dark_1s.fits", "f/dark_2s.fits")["darks"]["stacks"]
-        self.assertEqual([s["exposureSeconds"] for s in stacks], [1, 2])
+        for name, exposure in (("bias", 0), ("text", "1 min")):
+            support.write_fits(self.folder / f"{name}.fits", np.full((64, 64), 100, np.uint16), EXPTIME=exposure)
+        support.write_fits(self.folder / "light.fits", self.read("light_4s.tif")[0], EXPTIME="4 s")
+        found = self.report("c.qxb", "--dark", "f/dark_1s.fits", "f/dark_2s.fits", "bias.fits", "text.fits", "--against",
+                            "light.fits")
+        stacks = found["darks"]["stacks"]
+        self.assertEqual([s["exposureSeconds"] for s in stacks], [None, 0, 1, 2])
+        self.assertEqual(stacks[0]["remarks"][-1],
+                         "text.fits: page 1: EXPTIME is '1 min', not a number of seconds; --dark-exposure gives it.")
+        one = found["against"][0]
+        self.assertEqual((one["exposureFrom"], one["exposureNote"]),
+                         ("correction", "EXPTIME is '4 s', not a number of seconds"))
 
     def test_frames_that_are_off_and_drift(self):
         frames = [p + np.uint16(n) for n, p in enumerate(self.read("dark_1s.tif"))]

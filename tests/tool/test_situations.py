@@ -236,11 +236,17 @@ class ExposureInHeaders(Situation):
             self.write(f"in/{name}.tif", [self.flat(900)])
         apply = ["apply", "c.qxb", "--key", "k", "--intensity", 100, "in", "-o", "out/"]
         self.refused(*apply, says=["a.tif: page 1: does not say its exposure time", "none of 2 files can be corrected"])
-        self.fits("in/c.fits", EXPTIME=30)
+        for name, exposure in (("c", 30), ("d", "unknown"), ("e", 0), ("f", -5)):
+            self.fits(f"in/{name}.fits", EXPTIME=exposure)
+        self.fits("in/g.fits", EXPTIME="unknown", EXPOSURE=30)
         result = self.run_tool(*apply)
         self.assertEqual(result.returncode, 1)
         self.assertEqual(result.stderr.count("does not say its exposure time"), 2, result.stderr)
-        self.assertTrue((self.folder / "out/c.fits").exists())
+        for line in ("d.fits: page 1: EXPTIME is 'unknown', not a number of seconds; give the exposure time with --exposure",
+                     "e.fits: page 1: EXPTIME is 0, as a bias frame's is, and nothing can be scaled with that; give the",
+                     "f.fits: page 1: EXPTIME is -5, which is no exposure time; give the exposure time with --exposure"):
+            self.assertIn(line, result.stderr)
+        self.assertEqual(sorted(os.listdir(self.folder / "out")), ["c.fits", "g.fits"])
 
     def test_of_dark_frames(self):
         for name, exposure, gain in (("a", 60, 100), ("b", 60.02, 100), ("c", 30, 100), ("d", 60, 200), ("e", None, 100)):
@@ -252,6 +258,12 @@ class ExposureInHeaders(Situation):
         self.refused(*build, "l", "a.fits", "d.fits",
                      says=["d.fits: page 1: was taken with gain 200, a.fits page 1 with gain 100"])
         self.refused(*build, "l", "e.fits", "a.fits", says=["e.fits: page 1: does not say its exposure time", "--exposure"])
+        self.refused(*build, "l", self.fits("f.fits", 200, EXPTIME="1 min"), "a.fits",
+                     says=["f.fits: page 1: EXPTIME is '1 min', not a number of seconds; give the exposure time with --exposure"])
+        self.assertEqual(self.warned(*build, "o", "a.fits", "f.fits"),
+                         ["in f.fits page 1 EXPTIME is '1 min', not a number of seconds; it was taken for 60 s as the others are"])
+        self.refused(*build, "l", "a.fits", self.fits("g.fits", 200, EXPTIME=0),
+                     says=["g.fits: page 1: was taken with exposure 0 s, a.fits page 1 with exposure 60 s"])
         self.refused(*build, "l", "a.fits", "c.fits", "--mixed", says=["several exposure times; give one with --exposure"])
         lines = self.warned(*build, "l", "a.fits", "c.fits", "d.fits", "--mixed", "--exposure", 60)
         self.assertEqual(lines, ["the dark frames were not all taken alike: a.fits page 1 with exposure 60 s, c.fits page 1 "
@@ -261,6 +273,16 @@ class ExposureInHeaders(Situation):
         lines = self.warned(*build, "m", "a.fits", "b.fits", "--exposure", 45)
         self.assertEqual(lines[0], "by their headers the dark frames were exposed for 60 s; --exposure 45 was taken instead")
         self.assertIn("(45 s, 100 %)", self.said)
+
+
+    def test_of_dark_frames_are_seen_before_their_pixels(self):
+        for name, how in (("a", {}), ("negative", {"BZERO": 0}), ("b", {}), ("wide", {"shape": (20, 31)}), ("c", {"GAIN": 7})):
+            self.fits(f"{name}.fits", 200, **{"EXPTIME": 60, "GAIN": 3, **how})
+        build = ["build", "n.qxb", "--intensity", 100, "--key", "k", "a.fits", "negative.fits", "b.fits"]
+        self.refused(*build, says=["negative.fits: page 1: has negative pixels"])
+        self.refused(*build, "c.fits", says=["c.fits: page 1: was taken with gain 7, a.fits page 1 with gain 3"])
+        self.refused(*build, "wide.fits", "--combine", "median",
+                     says=["wide.fits: page 1: is 31 x 20 pixels, the frames before it are 30 x 20"])
 
 
 class Twice(Situation):
@@ -418,6 +440,9 @@ class Groups(Situation):
         self.refuses(self.light("a.fits", celsius=-12),
                      says=["Temperature of -10, -20, the image's sensor was at -12 C; --temperature-tolerance 1 C"])
         self.assertIn("Temperature,-10", self.auto("a.fits", "--temperature-tolerance", 3))
+        self.refuses(self.light("a.fits", gain="high"),
+                     says=["a.fits: GAIN is 'high', not a number, and s is grouped by Gain; say it with --where Gain=..."])
+        self.refuses(self.light("a.fits", celsius="off"), says=["CCD-TEMP is 'off', not a number of degrees, and s is grouped"])
         self.refuses(self.light("a.fits", gain=None), says=["a.fits: its header does not say the Gain (GAIN)", "--where Gain="])
         self.assertIn("Chose 'Gain,200,", self.auto("a.fits", "--where", "Gain=200"))
         self.refuses(self.light("a.fits", shape=(9, 8)), says=["has no correction for images of 8 x 9 pixels", "30 x 20"])
@@ -452,6 +477,9 @@ class Groups(Situation):
         self.assertIn("Added 'Binning,2,Temp,-5.0 C,y'", self.said)
         self.refused("store", "add", "t", "--group", "Binning", "--group", "Temp", "--key", "z", "--intensity", 100,
                      self.fits("d.fits", 100, EXPTIME=2, XBINNING=2), says=["'Temp'", "the frames' headers do not say one"])
+        self.refused("store", "add", "t", "--group", "Binning", "--key", "z", "--intensity", 100,
+                     self.fits("e.fits", 100, EXPTIME=2, XBINNING=0),
+                     says=["'Binning', and in the frames' headers XBINNING is 0, not a whole number from 1 to 1000 (keys read"])
         self.assertEqual(said, [])
         self.refused("store", "add", "t", "--group", "Binning", "--group", "Temp", "--key", "binning,1,z", "--intensity", 100,
                      "d.fits", says=["no value for the grouping name 'Binning'", "'binning'"])

@@ -68,22 +68,46 @@ void RefuseWriteProtected(const fs::path& file, const std::string& name)
         throw TToolError(name, "is write-protected and is not changed: " + why.message() + "; make it writable first");
 }
 
+void RefuseImpossible(const fs::path& path, const std::string& name)
+{
+    std::error_code error;
+    if (fs::exists(path, error))
+        return;
+    if (error == std::errc::too_many_symbolic_link_levels)
+        throw TToolError(name, "leads through symbolic links in a circle, or through too many; choose another name");
+    if (error == std::errc::filename_too_long)
+        throw TToolError(name, "its name is too long for this system; choose a shorter one");
+    for (fs::path part = FolderOf(path); !part.empty() && part != part.root_path(); part = part.parent_path()) {
+        const fs::file_status status = fs::status(part, error);
+        if (fs::exists(status) && !fs::is_directory(status))
+            throw TToolError(part.string(), "is not a folder");
+        if (fs::exists(status))
+            break;
+        const bool isNamed = !part.filename().empty() && part.filename() != "." && part.filename() != "..";
+        if (const std::string refusal = isNamed ? NameRefusal(part) : std::string(); !refusal.empty())
+            throw TToolError(part.string(), refusal + "; choose another name");
+    }
+}
+
 void RefuseUnwritable(const std::string& name)
 {
     std::error_code error;
     if (name == "-")
         throw TToolError("'-': the standard output takes no files; give a file name (./- for a file of that name)");
     const fs::path target = TargetOf(name);
+    if (name.empty())
+        throw TToolError("''", "is not a file name");
     if (target.filename().empty())
-        throw TToolError(name.empty() ? "''" : name, "is not a file name");
+        throw TToolError(name, fs::is_directory(target, error)
+                                   ? "is a folder"
+                                   : "is not a file name; leave out the separator at its end");
     if (const std::string refusal = NameRefusal(target); !refusal.empty())
         throw TToolError(name, refusal + "; choose another name");
+    RefuseImpossible(target, name);
     const fs::file_status status = fs::status(target, error);
     if (fs::exists(status) && !fs::is_regular_file(status))
         throw TToolError(name, fs::is_directory(status) ? "is a folder" : "exists and is not a regular file");
     const fs::file_status folder = fs::status(FolderOf(target), error);
-    if (fs::exists(folder) && !fs::is_directory(folder))
-        throw TToolError(FolderOf(target).string(), "is not a folder");
     if (!fs::exists(folder))
         throw TToolError(name, error.value() == static_cast<int>(std::errc::permission_denied)
                                    ? "its folder cannot be entered: " + error.message()

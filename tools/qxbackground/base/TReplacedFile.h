@@ -23,6 +23,9 @@ std::filesystem::path TargetOf(const std::string& name);
 // Throws TToolError when `name` cannot be written whatever its content: no file name, a folder or a device, in a folder
 // that is not there, or protected against writing.
 void RefuseUnwritable(const std::string& name);
+// Throws TToolError when nothing can ever lie there: behind a circle of links, behind a file that stands where a folder
+// would have to be, under a name that is too long. `name` is for messages. Folders may be missing.
+void RefuseImpossible(const std::filesystem::path& path, const std::string& name);
 void RefuseWriteProtected(const std::filesystem::path& file, const std::string& name);
 
 // A hidden name beside `target` that stands for it: ".NAME" and the suffix, shortened where that gets too long.

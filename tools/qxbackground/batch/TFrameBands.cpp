@@ -30,14 +30,14 @@ void DigestPart(TSha256& sha256, TInputFile& file, std::uint64_t from, std::uint
 
 } // namespace
 
-TFrameBands::TFrameBands(const std::vector<std::string>& files, std::size_t first, std::size_t end,
+TFrameBands::TFrameBands(const std::vector<std::string>& files, std::size_t first, std::size_t end, TSize frameSize,
                          const TInputOptions& how, TFileDigests* digestsOfFiles)
-    : paths(files), options(how), digests(digestsOfFiles), nextFile(first), endOfFiles(end)
+    : paths(files), options(how), digests(digestsOfFiles), size(frameSize), nextFile(first), endOfFiles(end)
 {}
 
 // The next files, as far as they can be read side by side. What is wrong with the one behind them is found again, and
 // said, by who reads it whole.
-std::shared_ptr<TBandedFrames> TFrameBands::Open(TSize size) const
+std::shared_ptr<TBandedFrames> TFrameBands::Open() const
 {
     const auto opened = std::make_shared<TBandedFrames>();
     opened->size = size;
@@ -67,7 +67,8 @@ bool TFrameBands::Take(TFrameBand& band)
 {
     ThrowIfInterrupted();
     if (!open || start == open->size.Pixels()) {
-        open = Open(open ? open->size : TSize());
+        open = Open();
+        size = open->size;
         start = 0;
         nextFile += open->frames.size();
         if (digests != nullptr) {

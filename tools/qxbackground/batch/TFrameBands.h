@@ -44,22 +44,23 @@ struct TFrameBand {
 // are among those: many files' together cost little more than one's.
 class TFrameBands {
 public:
-    // Reads of the `paths` those from number `first` on, before `end`, as many as can be read so. `digests`, of the
-    // same paths, is given what is computed; without it, nothing is.
-    TFrameBands(const std::vector<std::string>& paths, std::size_t first, std::size_t end, const TInputOptions& options,
-                TFileDigests* digests);
+    // Reads of the `paths` those from number `first` on, before `end`, as many as can be read so and are of that size;
+    // of no size: of the first one's. `digests`, of the same paths, is given what is computed; without it, nothing is.
+    TFrameBands(const std::vector<std::string>& paths, std::size_t first, std::size_t end, TSize size,
+                const TInputOptions& options, TFileDigests* digests);
 
     // The next band; false when the next file cannot be read so, or there is none. Throws TToolError when a file cannot
     // be read any further, or the user asked to stop.
     bool Take(TFrameBand& band);
 
 private:
-    std::shared_ptr<TBandedFrames> Open(TSize size) const;
+    std::shared_ptr<TBandedFrames> Open() const;
     void Digest(TFrameBand& band) const;
 
     const std::vector<std::string>& paths;
     const TInputOptions& options;
     TFileDigests* const digests;
+    TSize size;                          // of all frames
     std::shared_ptr<TBandedFrames> open; // those that are being read,
     std::size_t start = 0;               // from this pixel on,
     std::size_t nextFile, endOfFiles;    // and those behind them

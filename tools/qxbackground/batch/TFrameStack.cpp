@@ -8,6 +8,7 @@
 #include "batch/TPageSource.h"
 #include "images/SampleStep.h"
 #include "images/TFrameSum.h"
+#include "images/TImageReader.h"
 
 #include <algorithm>
 #include <atomic>
@@ -52,6 +53,56 @@ private:
     std::size_t held = 0;
 };
 
+TToolError OtherSize(const std::string& path, unsigned page, TSize size, TSize before)
+{
+    return {path, page, "is " + size.Text() + " pixels, the frames before it are " + before.Text()};
+}
+
+// What is seen of a file without reading a pixel.
+struct TFirstPage {
+    TSize size;
+    TPageMetadata metadata;
+    bool saysAll = false;
+    bool isPlain = false; // and the only one: the file can be read side by side with others
+};
+
+// Nothing where there is none.
+std::optional<TFirstPage> FirstPageOf(const std::string& path, const TInputOptions& options)
+{
+    const std::unique_ptr<TImageReader> reader = OpenImage(path, options);
+    if (!reader->NextPage())
+        return {};
+    TFirstPage page{reader->Size(), reader->Metadata(), reader->SaysAllAtFirst(), reader->Plain().has_value()};
+    page.isPlain = page.isPlain && !reader->NextPage();
+    return page;
+}
+
+// Looks at all files, so that what cannot be read or does not belong together is told at once, and not when it is its
+// turn. Returns how many of the first files can be read side by side.
+std::size_t LookAhead(const TFrameFiles& files, const THeaderWatcher& early)
+{
+    std::size_t plain = 0;
+    std::optional<TSize> size;
+    bool saysAll = true; // up to here
+    for (std::size_t file = 0; file < files.paths.size(); ++file) {
+        ThrowIfInterrupted();
+        const std::string& path = files.paths[file];
+        const std::optional<TFirstPage> page = FirstPageOf(path, files.options);
+        if (!page)
+            continue;
+        if (!size)
+            size = page->size;
+        if (page->size != *size)
+            throw OtherSize(path, 1, page->size, *size);
+        saysAll = saysAll && page->saysAll;
+        if (saysAll)
+            early(path, page->metadata);
+        if (page->isPlain && plain == file)
+            ++plain;
+    }
+    return plain;
+}
+
 // Every page of the files from number `first` on; `size` is that of the frames before them.
 void EachPage(const TFrameFiles& files, std::size_t first, std::optional<TSize> size, TProgress& progress,
               const std::function<void(TPage&)>& take)
@@ -69,8 +120,7 @@ void EachPage(const TFrameFiles& files, std::size_t first, std::optional<TSize> 
         if (!size)
             size = page.image.size;
         if (page.image.size != *size)
-            throw TToolError(files.paths[page.file], page.number,
-                             "is " + page.image.size.Text() + " pixels, the frames before it are " + size->Text());
+            throw OtherSize(files.paths[page.file], page.number, page.image.size, *size);
         progress.Reach(page.file);
         take(page);
     }
@@ -79,8 +129,10 @@ void EachPage(const TFrameFiles& files, std::size_t first, std::optional<TSize> 
 // What was added up of some files that are read side by side.
 class TSideBySide {
 public:
-    TSideBySide(const TFrameFiles& those, std::size_t first, std::size_t end)
-        : files(those), bands(those.paths, first, end, those.options, those.digests)
+    // `before`: the sum of the frames before them, if there are any.
+    TSideBySide(const TFrameFiles& those, std::size_t first, std::size_t end, std::optional<TFrameSum> before = {})
+        : sum(std::move(before)), files(those),
+          bands(those.paths, first, end, sum ? sum->Size() : TSize(), those.options, those.digests)
     {}
 
     // Adds the next bands, up to the end of their frames; false when there are none.
@@ -136,12 +188,12 @@ private:
     std::vector<TSeen> seen;
 };
 
-// Adds all files by two threads, half of them each. Nothing when they cannot all be read side by side, or are so many
-// that their order counts.
-std::optional<TFrameSum> AddByTwo(const TFrameFiles& files, TProgress& progress, const TFrameWatcher& watch)
+// Adds the first `all` files, no more than TFrameSum::kExactFrames, by two threads, half of them each. Nothing when
+// they cannot all be read side by side.
+std::optional<TFrameSum> AddByTwo(const TFrameFiles& files, std::size_t all, TProgress& progress,
+                                  const TFrameWatcher& watch)
 {
-    const std::size_t all = files.paths.size();
-    if (all < 2 || all > TFrameSum::kExactFrames || ProcessorsToUse() < 2)
+    if (all < 2 || ProcessorsToUse() < 2)
         return {};
     TSideBySide first(files, 0, all / 2), second(files, all / 2, all);
     std::atomic<bool> stopped{false};
@@ -183,20 +235,21 @@ std::optional<TFrameSum> AddByTwo(const TFrameFiles& files, TProgress& progress,
     return std::move(first.sum);
 }
 
-// Adds as many of the first files as can be read side by side.
-std::size_t AddBands(const TFrameFiles& files, std::optional<TFrameSum>& sum, TProgress& progress,
+// Adds as many of the first `plain` files as can be read side by side: so many that their order does not count by two
+// threads, the others in order.
+std::size_t AddBands(const TFrameFiles& files, std::size_t plain, std::optional<TFrameSum>& sum, TProgress& progress,
                      const TFrameWatcher& watch)
 {
-    sum = AddByTwo(files, progress, watch);
-    if (sum)
-        return files.paths.size();
-    TSideBySide frames(files, 0, files.paths.size());
+    const std::size_t exact = std::min(plain, TFrameSum::kExactFrames);
+    sum = AddByTwo(files, exact, progress, watch);
+    const std::size_t byTwo = sum ? exact : 0;
+    TSideBySide frames(files, byTwo, plain, std::move(sum));
     for (std::size_t shown = 0; frames.AddSome(); shown = frames.Frames()) {
         frames.ShowTo(watch, shown);
-        progress.Reach(frames.Frames());
+        progress.Reach(byTwo + frames.Frames());
     }
     sum = std::move(frames.sum);
-    return frames.Frames();
+    return byTwo + frames.Frames();
 }
 
 std::string NoFrames(const TFrameFiles& files)
@@ -214,9 +267,10 @@ TPassingFrame Passing(const TPage& page, const std::string& path, std::vector<st
     return {path, page.number, page.metadata, sample};
 }
 
-void EachFrame(const TFrameFiles& files, const std::function<void(TPage&)>& take)
+void EachFrame(const TFrameFiles& files, const THeaderWatcher& early, const std::function<void(TPage&)>& take)
 {
     TProgress progress("Reading " + files.what, files.paths.size());
+    LookAhead(files, early);
     bool hasAny = false;
     EachPage(files, 0, {}, progress, [&](TPage& page) {
         hasAny = true;
@@ -226,12 +280,13 @@ void EachFrame(const TFrameFiles& files, const std::function<void(TPage&)>& take
         throw TToolError(NoFrames(files));
 }
 
-TFrameStack ReadFrames(const TFrameFiles& files, const TFrameWatcher& watch, bool keepExact,
-                       const std::function<void(const TImage&)>& whole)
+TFrameStack ReadFrames(const TFrameFiles& files, const THeaderWatcher& early, const TFrameWatcher& watch,
+                       bool keepExact, const std::function<void(const TImage&)>& whole)
 {
     TProgress progress("Reading " + files.what, files.paths.size());
     std::optional<TFrameSum> sum;
-    const std::size_t banded = whole ? 0 : AddBands(files, sum, progress, watch);
+    const std::size_t plain = LookAhead(files, early);
+    const std::size_t banded = whole ? 0 : AddBands(files, plain, sum, progress, watch);
     TFrameGroup group;
     std::vector<std::uint16_t> sample;
     EachPage(files, banded, sum ? std::optional<TSize>(sum->Size()) : std::nullopt, progress, [&](TPage& page) {

@@ -38,9 +38,13 @@ struct TFrameFiles {
     TFileDigests* digests = nullptr; // of these paths, where they are wanted
 };
 
+// Sees the header of each file's first page before the first pixel is read, up to the first that does not say all of it
+// then. What it throws ends the reading.
+using THeaderWatcher = std::function<void(const std::string& path, const TPageMetadata& metadata)>;
+
 // Hands over every page of every file, in order. Throws TToolError naming the file and page that cannot be read or has
 // another size than the first page, or when there is none at all.
-void EachFrame(const TFrameFiles& files, const std::function<void(TPage&)>& take);
+void EachFrame(const TFrameFiles& files, const THeaderWatcher& early, const std::function<void(TPage&)>& take);
 
 // What is seen of a frame that passes.
 struct TPassingFrame {
@@ -55,8 +59,8 @@ TPassingFrame Passing(const TPage& page, const std::string& path, std::vector<st
 
 // Their average, also before it was rounded where that is asked for. `watch` sees every frame, and so does `whole`, if
 // there is one, which takes longer. Throws as EachFrame does.
-TFrameStack ReadFrames(const TFrameFiles& files, const TFrameWatcher& watch, bool keepExact,
-                       const std::function<void(const TImage&)>& whole = {});
+TFrameStack ReadFrames(const TFrameFiles& files, const THeaderWatcher& early, const TFrameWatcher& watch,
+                       bool keepExact, const std::function<void(const TImage&)>& whole = {});
 
 } // namespace workbench
 

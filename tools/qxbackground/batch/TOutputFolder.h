@@ -17,6 +17,8 @@ public:
     TOutputFolder& operator=(const TOutputFolder&) = delete;
 
 private:
+    void RemoveMade() const;
+
     std::vector<std::filesystem::path> made; // the innermost first
 };
 

@@ -129,6 +129,12 @@ std::optional<std::string> ValueFor(const std::string& groupingName, const TGrou
     return std::nullopt;
 }
 
+std::string InsteadOfValueFor(const std::string& groupingName, const TGroupConditions& conditions)
+{
+    const auto found = conditions.unusable.find(MeaningOf(groupingName));
+    return found == conditions.unusable.end() ? std::string() : found->second;
+}
+
 bool MeansSame(TGroupMeaning meaning, const std::string& one, const std::string& other)
 {
     if (one == other)

@@ -3,6 +3,7 @@
 
 #include "calibration/TStorePlace.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@ struct TBinning {
 struct TGroupConditions {
     std::optional<double> exposureSeconds, gain, celsius;
     std::optional<TBinning> binning;
+    std::map<TGroupMeaning, std::string> unusable; // what is said where that cannot be a value; may be empty
 };
 
 // "-10", "-10 C", "60s": the number that a value begins with, when only a unit follows.
@@ -36,6 +38,9 @@ TGroupConditions ConditionsOfKey(const TStorePlace& place, const std::string& ke
 // The value that a group of these conditions has: "120", "2x2", "-10" (whole degrees), "60". Nothing when they do not
 // say it, or the name stands for something else.
 std::optional<std::string> ValueFor(const std::string& groupingName, const TGroupConditions& conditions);
+
+// What they say where that cannot be one, "GAIN is 'high', not a number"; or an empty text.
+std::string InsteadOfValueFor(const std::string& groupingName, const TGroupConditions& conditions);
 
 // Whether a value means the same as that; a text is compared as such.
 bool MeansSame(TGroupMeaning meaning, const std::string& one, const std::string& other);

@@ -66,6 +66,10 @@ private:
     std::string Needed(const std::string& name, TGroupMeaning meaning) const
     {
         const std::optional<std::string> value = ValueFor(name, wanted.images);
+        const std::string instead = InsteadOfValueFor(name, wanted.images);
+        if (!value && !instead.empty())
+            throw TToolError(image, fmt::format("{}, and {} is grouped by {}; say it with --where {}=...", instead,
+                                                place.Text(), name, name));
         if (!value)
             throw TToolError(image, fmt::format("its header does not say the {} ({}), by which {} is grouped; say it "
                                                 "with --where {}=...",

@@ -1,6 +1,7 @@
 #include "calibration/TStorePlace.h"
 
 #include "base/Names.h"
+#include "base/TReplacedFile.h"
 #include "base/TToolError.h"
 #include "base/Wording.h"
 #include "calibration/TCalibrationWalk.h"
@@ -120,6 +121,7 @@ TStorePlace FindStore(const std::string& path, const std::vector<std::string>& g
     std::error_code error;
     if (place.base.empty() || place.base == "." || place.base == ".." || place.base.find('\\') != std::string::npos)
         throw TToolError("'" + path + "'", "is no base name of a store");
+    RefuseImpossible(path, path);
     if (!fs::is_directory(place.Folder(), error))
         throw TToolError(path, "its folder does not exist; make it first");
     if (fs::is_directory(path, error))
@@ -180,10 +182,11 @@ std::vector<TClaimedFile> ClaimedFiles(const TStorePlace& place)
     for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
         const fs::directory_entry& entry = *entries;
         const std::string name = entry.path().filename().string();
-        if (!IsClaimed(place, name) || entry.is_directory())
+        std::error_code nowhere; // a link in a circle
+        if (!IsClaimed(place, name) || entry.is_directory(nowhere))
             continue;
         TClaimedFile file{name, false};
-        if (IsExactName(place, name) && entry.is_regular_file())
+        if (IsExactName(place, name) && entry.is_regular_file(nowhere))
             file.own = WalkCalibrationFile(entry.path().string()).groupingNames == place.names;
         files.push_back(file);
     }

@@ -139,6 +139,8 @@ void TPathPlan::Check(bool overwrite) const
         std::error_code error;
         if (item.path == "-" || !item.folderMayBeMissing || fs::exists(item.target.parent_path(), error))
             RefuseUnwritable(item.path);
+        else
+            RefuseImpossible(TargetOf(item.path), item.path);
     }
     for (const TItem& item : items) {
         if (item.use != TPathUse::Reads)

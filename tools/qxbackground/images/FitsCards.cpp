@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <unordered_set>
 
 namespace workbench {
 
@@ -36,14 +37,14 @@ bool IsNumbered(const std::string& keyword, const char* stem)
 
 bool Holds(const std::string& card)
 {
-    static const char* const kOfThePixels[] = {
+    static const std::unordered_set<std::string> kOfThePixels = {
         "SIMPLE",   "XTENSION", "BITPIX",  "EXTEND",   "PCOUNT",   "GCOUNT",   "GROUPS",   "BZERO",    "BSCALE",
         "BLANK",    "DATAMIN",  "DATAMAX", "CHECKSUM", "DATASUM",  "END",      "TFIELDS",  "THEAP",    "ZIMAGE",
         "ZSIMPLE",  "ZTENSION", "ZEXTEND", "ZBITPIX",  "ZPCOUNT",  "ZGCOUNT",  "ZBLOCKED", "ZCMPTYPE", "ZQUANTIZ",
         "ZDITHER0", "ZBLANK",   "ZSCALE",  "ZZERO",    "ZMASKCMP", "ZHECKSUM", "ZDATASUM"};
     static const char* const kNumbered[] = {"NAXIS", "ZNAXIS", "ZTILE", "ZNAME", "ZVAL", "TTYPE", "TFORM", "TUNIT"};
     const std::string keyword = KeywordOf(card);
-    if (std::find(std::begin(kOfThePixels), std::end(kOfThePixels), keyword) != std::end(kOfThePixels))
+    if (kOfThePixels.count(keyword) != 0)
         return false;
     for (const char* stem : kNumbered) {
         if (IsNumbered(keyword, stem))
@@ -85,12 +86,60 @@ std::string Number(double value)
     return text;
 }
 
+std::optional<double> NumberIn(std::string text)
+{
+    std::replace(text.begin(), text.end(), 'D', 'E');
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    if (text.empty() || end != text.c_str() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+// What cards say of a setting: by the first of its keywords with a number that can be one, or else the first with a
+// value.
+struct TSaid {
+    std::string keyword, text;
+    std::optional<double> number;
+    bool isUsable = false;
+
+    std::optional<double> Usable() const { return isUsable ? number : std::nullopt; }
+    // "GAIN is 'high', " and what would be needed. Nothing where there is nothing else.
+    std::string Instead(const char* needed) const
+    {
+        if (isUsable || keyword.empty())
+            return {};
+        const char* const quote = number ? "" : "'";
+        return keyword + " is " + quote + Printable(text) + quote + ", " + needed;
+    }
+};
+
+template <class TAccepts>
+TSaid SaidBy(const std::vector<std::string>& cards, std::initializer_list<const char*> keywords, TAccepts&& accepts)
+{
+    TSaid first;
+    for (const char* keyword : keywords) {
+        const std::optional<std::string> text = CardText(cards, keyword);
+        if (!text || text->empty())
+            continue;
+        const std::optional<double> number = NumberIn(*text);
+        if (number && accepts(*number))
+            return {keyword, *text, number, true};
+        if (first.keyword.empty())
+            first = {keyword, *text, number, false};
+    }
+    return first;
+}
+
 } // namespace
 
 std::optional<std::string> CardText(const std::vector<std::string>& cards, const std::string& keyword)
 {
+    constexpr std::size_t kKeyword = 8; // characters, filled with blanks
+    std::string asInCards = keyword;
+    asInCards.resize(std::max(keyword.size(), kKeyword), ' ');
     for (const std::string& card : cards) {
-        if (!HasValue(card) || KeywordOf(card) != keyword)
+        if (card.compare(0, kKeyword, asInCards) != 0 || !HasValue(card))
             continue;
         const std::size_t start = card.find_first_not_of(' ', 10);
         if (start == std::string::npos)
@@ -113,15 +162,8 @@ std::optional<std::string> CardText(const std::vector<std::string>& cards, const
 
 std::optional<double> CardNumber(const std::vector<std::string>& cards, const std::string& keyword)
 {
-    std::optional<std::string> text = CardText(cards, keyword);
-    if (!text || text->empty())
-        return std::nullopt;
-    std::replace(text->begin(), text->end(), 'D', 'E');
-    char* end = nullptr;
-    const double value = std::strtod(text->c_str(), &end);
-    if (end != text->c_str() + text->size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
+    const std::optional<std::string> text = CardText(cards, keyword);
+    return text ? NumberIn(*text) : std::nullopt;
 }
 
 std::optional<std::int64_t> DayIn(const std::string& date)
@@ -155,29 +197,37 @@ std::vector<std::string> CardsThatHold(const std::vector<std::string>& cards)
 
 void TakeConditions(const std::vector<std::string>& cards, TPageMetadata& metadata)
 {
-    const auto first = [&cards](std::initializer_list<const char*> keywords, auto&& accepts) {
-        for (const char* keyword : keywords) {
-            const std::optional<double> value = CardNumber(cards, keyword);
-            if (value && accepts(*value))
-                return value;
-        }
-        return std::optional<double>();
-    };
     const auto any = [](double) { return true; };
-    const auto positive = [](double value) { return value > 0; };
-    metadata.exposureSeconds = first({"EXPTIME", "EXPOSURE"}, positive);
-    metadata.gain = first({"GAIN"}, any);
-    metadata.electronsPerAdu = first({"EGAIN"}, positive);
-    metadata.sensorCelsius = first({"CCD-TEMP", "SET-TEMP"}, any);
-    const auto binning = [](double value) { return value >= 1 && value <= 1000 && value == std::floor(value); };
-    if (const auto x = first({"XBINNING"}, binning))
-        metadata.binningX = static_cast<int>(*x);
-    if (const auto y = first({"YBINNING"}, binning))
-        metadata.binningY = static_cast<int>(*y);
+    // In single precision it may be nothing, or without end.
+    const auto positive = [](double value) {
+        const auto single = static_cast<float>(value);
+        return single > 0 && std::isfinite(single);
+    };
+    const TSaid exposure = SaidBy(cards, {"EXPTIME", "EXPOSURE"}, positive);
+    metadata.exposureSeconds = exposure.Usable();
+    metadata.isUnexposed = !exposure.isUsable && exposure.number && *exposure.number == 0;
+    metadata.unusable.exposure =
+        exposure.Instead(!exposure.number       ? "not a number of seconds"
+                         : metadata.isUnexposed ? "as a bias frame's is, and nothing can be scaled with that"
+                                                : "which is no exposure time");
+    const TSaid gain = SaidBy(cards, {"GAIN"}, any);
+    metadata.gain = gain.Usable();
+    metadata.unusable.gain = gain.Instead("not a number");
+    metadata.electronsPerAdu = SaidBy(cards, {"EGAIN"}, positive).Usable();
+    const TSaid celsius = SaidBy(cards, {"CCD-TEMP", "SET-TEMP"}, any);
+    metadata.sensorCelsius = celsius.Usable();
+    metadata.unusable.celsius = celsius.Instead("not a number of degrees");
+    const auto whole = [](double value) { return value >= 1 && value <= 1000 && value == std::floor(value); };
+    const TSaid x = SaidBy(cards, {"XBINNING"}, whole), y = SaidBy(cards, {"YBINNING"}, whole);
+    if (x.isUsable)
+        metadata.binningX = static_cast<int>(*x.number);
+    if (y.isUsable)
+        metadata.binningY = static_cast<int>(*y.number);
+    metadata.unusable.binning = (x.keyword.empty() || x.isUsable ? y : x).Instead("not a whole number from 1 to 1000");
     if (const std::optional<std::string> date = CardText(cards, "DATE-OBS"))
         metadata.takenDay = DayIn(*date);
     const auto depth = [](double value) { return value > 8 && value <= 16 && value == std::floor(value); };
-    if (const auto bits = first({"BITDEPTH", "ADCBITS", "SIGBITS"}, depth))
+    if (const auto bits = SaidBy(cards, {"BITDEPTH", "ADCBITS", "SIGBITS"}, depth).Usable())
         metadata.significantBits = *(metadata.cameraBits = static_cast<int>(*bits));
 }
 

@@ -32,6 +32,8 @@ public:
     virtual std::optional<TPlainPixels> Plain() { return {}; }
     // What the current page says beside its pixels; all of it once they were read, because texts may stand behind them.
     virtual TPageMetadata Metadata() = 0;
+    // Whether it says all of that before the pixels are read.
+    virtual bool SaysAllAtFirst() const { return true; }
 
     TImageFormat Format() const { return format; }
     unsigned Page() const { return page; }

@@ -8,16 +8,24 @@
 
 namespace workbench {
 
+// What a header says of a setting where that cannot be one: "EXPTIME is 'unknown', not a number of seconds". Empty
+// where it says nothing, or something that can.
+struct TUnusableSettings {
+    std::string exposure, gain, binning, celsius;
+};
+
 // What a page says beside its pixels, as far as it still holds for a corrected page of the same size and 16 bits. What
 // describes how the pixels are stored (sizes, strips, BZERO, NAXIS) is the writer's matter and never in here.
 struct TPageMetadata {
     // How the page was taken, for whoever corrects it: said by FITS cards, or by a description made of them.
-    std::optional<double> exposureSeconds; // above 0
+    std::optional<double> exposureSeconds; // above 0 in single precision, which is the library's
+    bool isUnexposed = false;              // it is said to be 0, as bias frames' is; so much is told apart, not scaled
     std::optional<double> gain;            // the camera's setting (GAIN), in whatever unit it counts
     std::optional<double> electronsPerAdu; // EGAIN
     std::optional<double> sensorCelsius;
     std::optional<int> binningX, binningY;
     std::optional<std::int64_t> takenDay; // since 1970-01-01
+    TUnusableSettings unusable;
     // The bits that the file itself says are used, counted from the lowest; 0 when it does not say.
     int significantBits = 0;
     // The bits of the camera's values, where the file says that of the camera and not of these pixels alone.

@@ -16,6 +16,7 @@ public:
     bool NextPage() override;
     void Read(TImage& image) override;
     TPageMetadata Metadata() override;
+    bool SaysAllAtFirst() const override { return false; }
 
 private:
     struct TDecoder;

@@ -40,17 +40,24 @@ std::string TShot::Text() const
     return text;
 }
 
+std::string TShot::WithoutExposure(const std::string& option) const
+{
+    return unusable.exposure.empty() ? "does not say its exposure time; give it with " + option
+                                     : unusable.exposure + "; give the exposure time with " + option;
+}
+
+void TShot::ForgetExposure()
+{
+    exposureSeconds.reset();
+    isUnexposed = false;
+}
+
 TShot ShotOf(const TPageMetadata& metadata)
 {
-    TShot shot{metadata.exposureSeconds, metadata.gain,
-               metadata.binningX,        metadata.binningY,
-               metadata.sensorCelsius,   metadata.takenDay ? metadata.takenDay : DayIn(metadata.date),
-               metadata.cameraBits};
-    // The library takes single precision, in which this may be nothing or without end.
-    const auto single = static_cast<float>(shot.exposureSeconds.value_or(1));
-    if (!std::isfinite(single) || !(single > 0))
-        shot.exposureSeconds.reset();
-    return shot;
+    return {
+        metadata.exposureSeconds, metadata.gain,          metadata.binningX,
+        metadata.binningY,        metadata.sensorCelsius, metadata.takenDay ? metadata.takenDay : DayIn(metadata.date),
+        metadata.cameraBits,      metadata.isUnexposed,   metadata.unusable};
 }
 
 bool IsSameSetting(double one, double other)
@@ -61,8 +68,9 @@ bool IsSameSetting(double one, double other)
 std::vector<TShotDifference> Differences(const TShot& one, const TShot& other)
 {
     std::vector<TShotDifference> found;
-    if (one.exposureSeconds && other.exposureSeconds && !IsSameSetting(*one.exposureSeconds, *other.exposureSeconds))
-        found.push_back({"exposure", Seconds(*one.exposureSeconds), Seconds(*other.exposureSeconds)});
+    const std::optional<double> exposure = one.SaidSeconds(), otherExposure = other.SaidSeconds();
+    if (exposure && otherExposure && !IsSameSetting(*exposure, *otherExposure))
+        found.push_back({"exposure", Seconds(*exposure), Seconds(*otherExposure)});
     if (one.gain && other.gain && !IsSameSetting(*one.gain, *other.gain))
         found.push_back({"gain", fmt::format("{:g}", *one.gain), fmt::format("{:g}", *other.gain)});
     if (one.HasBinning() && other.HasBinning() && Binning(one) != Binning(other))

@@ -18,8 +18,15 @@ struct TShot {
     std::optional<double> sensorCelsius;
     std::optional<std::int64_t> day; // since 1970-01-01
     std::optional<int> bits;         // of the camera's values
+    bool isUnexposed = false;        // see TPageMetadata, as of the next one
+    TUnusableSettings unusable;
 
     bool HasBinning() const { return binningX || binningY; }
+    // What is said of the exposure, 0 as well.
+    std::optional<double> SaidSeconds() const { return isUnexposed ? std::optional<double>(0) : exposureSeconds; }
+    // Why it has no exposure to scale with, and that `option` gives it.
+    std::string WithoutExposure(const std::string& option) const;
+    void ForgetExposure();
     // "60 s, gain 100, binning 2 x 2, -10 C": what is known of it.
     std::string Text() const;
 };

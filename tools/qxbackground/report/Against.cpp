@@ -17,6 +17,7 @@ namespace {
 struct TLight {
     TImage image;
     std::optional<double> exposureSeconds;
+    std::string unusableExposure;
 };
 
 TLight ReadLight(const std::string& path, const TInputOptions& input)
@@ -26,7 +27,9 @@ TLight ReadLight(const std::string& path, const TInputOptions& input)
         throw TToolError(path, "holds no image");
     TLight light;
     reader->Read(light.image);
-    light.exposureSeconds = reader->Metadata().exposureSeconds;
+    const TPageMetadata metadata = reader->Metadata();
+    light.exposureSeconds = metadata.exposureSeconds;
+    light.unusableExposure = metadata.unusable.exposure;
     return light;
 }
 
@@ -110,6 +113,7 @@ nlohmann::json OneJson(TCorrectionSet& set, const std::vector<TCorrectionFigures
                         {"exposureFrom", options.exposureSeconds ? "option"
                                          : light.exposureSeconds ? "image"
                                                                  : "correction"},
+                        {"exposureNote", exposure ? std::string() : light.unusableExposure},
                         {"lightIntensityPercent", conditions.lightIntensityPercent},
                         {"referenceExposureSeconds", reference.exposureSeconds},
                         {"referenceLightIntensityPercent", reference.lightIntensityPercent},

@@ -3,6 +3,7 @@
 #include "base/TProgress.h"
 #include "base/TToolError.h"
 #include "images/TImageReader.h"
+#include "images/TShot.h"
 #include "report/Figures.h"
 #include "report/TDarkStack.h"
 
@@ -48,9 +49,9 @@ std::vector<std::string> Remarks(const TDarkStack& stack)
     return remarks;
 }
 
-nlohmann::json StackJson(const TDarkStack& stack, double exposure)
+nlohmann::json StackJson(const TDarkStack& stack, const std::optional<double>& exposure)
 {
-    nlohmann::json json{{"exposureSeconds", exposure > 0 ? nlohmann::json(exposure) : nlohmann::json()},
+    nlohmann::json json{{"exposureSeconds", OptionalJson(exposure)},
                         {"frames", stack.Frames()},
                         {"level", FigureJson(stack.Level(0).y, stack.Level(0).error)},
                         {"levels", stack.Levels()},
@@ -79,15 +80,15 @@ nlohmann::json StackJson(const TDarkStack& stack, double exposure)
 }
 
 // From how level and noise grow with exposure.
-nlohmann::json CameraJson(const std::map<double, TDarkStack>& stacks)
+nlohmann::json CameraJson(const std::map<std::optional<double>, TDarkStack>& stacks)
 {
     std::vector<TFitPoint> levels, variances;
     for (const auto& [exposure, stack] : stacks) {
-        if (exposure <= 0)
+        if (!exposure)
             continue;
-        levels.push_back(stack.Level(exposure));
+        levels.push_back(stack.Level(*exposure));
         if (stack.Pairs() > 0)
-            variances.push_back(stack.Variance(exposure));
+            variances.push_back(stack.Variance(*exposure));
     }
     nlohmann::json json{{"offset", nullptr},
                         {"darkCurrentAduPerSecond", nullptr},
@@ -143,17 +144,24 @@ nlohmann::json DarkFigures(const std::vector<std::string>& paths, const TInputOp
         throw TToolError(fmt::format("--dark-exposure: {} exposure times are given for {} files; give one for all, or "
                                      "one for each",
                                      exposures.size(), paths.size()));
-    std::map<double, TDarkStack> stacks; // 0: the exposure is not known
+    std::map<std::optional<double>, TDarkStack> stacks; // of no exposure: it is not known
+    std::string unusable;                               // what headers of those say
     TProgress progress("Dark frames", paths.size());
     TImage frame;
     for (std::size_t file = 0; file < paths.size(); ++file) {
         const std::string& path = paths[file];
-        const double given = exposures.empty() ? 0 : exposures[exposures.size() == 1 ? 0 : file];
+        std::optional<double> given;
+        if (!exposures.empty())
+            given = exposures[exposures.size() == 1 ? 0 : file];
         const std::unique_ptr<TImageReader> reader = OpenImage(path, input);
         while (reader->NextPage()) {
             reader->Read(frame);
-            const std::optional<double> said = reader->Metadata().exposureSeconds;
-            stacks[said.value_or(given)].Add(frame, path + ": page " + std::to_string(reader->Page()));
+            const TShot shot = ShotOf(reader->Metadata());
+            const std::optional<double> said = shot.SaidSeconds();
+            const std::string name = path + ": page " + std::to_string(reader->Page());
+            if (!said && !given && unusable.empty() && !shot.unusable.exposure.empty())
+                unusable = name + ": " + shot.unusable.exposure + "; --dark-exposure gives it.";
+            stacks[said ? said : given].Add(frame, name);
             ThrowIfInterrupted();
         }
         progress.Step();
@@ -161,6 +169,8 @@ nlohmann::json DarkFigures(const std::vector<std::string>& paths, const TInputOp
     nlohmann::json json{{"stacks", nlohmann::json::array()}, {"camera", CameraJson(stacks)}};
     for (const auto& [exposure, stack] : stacks)
         json["stacks"].push_back(StackJson(stack, exposure));
+    if (!unusable.empty()) // that stack comes first
+        json["stacks"][0]["remarks"].push_back(unusable);
     return json;
 }
 

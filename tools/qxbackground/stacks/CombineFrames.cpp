@@ -168,7 +168,10 @@ TFrameStack CombineFrames(const TFrameFiles& files, const TStackOptions& how, TD
 {
     const std::string& what = files.what;
     TFrameWatch watch;
-    TFrameHeaders headers(how.headers);
+    TFrameHeaders headers(how.headers), headersBefore(how.headers);
+    const auto early = [&](const std::string& path, const TPageMetadata& metadata) {
+        headersBefore.Add(path, 1, metadata);
+    };
     const auto look = [&](const TPassingFrame& frame) {
         headers.Add(frame.path, frame.page, frame.metadata);
         watch.Add(frame.path, frame.page, frame.sample);
@@ -183,7 +186,7 @@ TFrameStack CombineFrames(const TFrameFiles& files, const TStackOptions& how, TD
     if (darkNoise != nullptr)
         whole = [darkNoise](const TImage& frame) { darkNoise->Add(frame); };
     if (how.IsPlain()) {
-        TFrameStack stack = ReadFrames(files, look, how.keepExact, whole);
+        TFrameStack stack = ReadFrames(files, early, look, how.keepExact, whole);
         tell(stack);
         return stack;
     }
@@ -192,7 +195,7 @@ TFrameStack CombineFrames(const TFrameFiles& files, const TStackOptions& how, TD
     TFrameLevels levels;
     TSize size;
     std::vector<std::uint16_t> sample;
-    EachFrame(files, [&](TPage& page) {
+    EachFrame(files, early, [&](TPage& page) {
         if (!shelf) {
             size = page.image.size;
             shelf.emplace(size, how.memory);

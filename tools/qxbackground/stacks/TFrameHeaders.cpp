@@ -16,8 +16,20 @@ constexpr double kSteadyCelsius = 1;
 
 bool SaysMore(const TShot& shot, const TShot& known)
 {
-    return (shot.exposureSeconds && !known.exposureSeconds) || (shot.gain && !known.gain) ||
+    return (shot.SaidSeconds() && !known.SaidSeconds()) || (shot.gain && !known.gain) ||
            (shot.HasBinning() && !known.HasBinning()) || (shot.bits && !known.bits);
+}
+
+void TakeExposure(const TShot& from, TShot& to)
+{
+    to.exposureSeconds = from.exposureSeconds;
+    to.isUnexposed = from.isUnexposed;
+}
+
+void TakeFirst(const std::string& said, std::string& known)
+{
+    if (known.empty())
+        known = said;
 }
 
 } // namespace
@@ -27,7 +39,7 @@ void TFrameHeaders::Add(const std::string& path, unsigned page, const TPageMetad
     const TNamed frame{Printable(path) + " page " + std::to_string(page), ShotOf(metadata)};
     const bool isGiven = demands.exposureSeconds > 0;
     if (++frames == 1 && !demands.exposureOption.empty() && !isGiven && !frame.shot.exposureSeconds)
-        throw TToolError(path, page, "does not say its exposure time; give it with " + demands.exposureOption);
+        throw TToolError(path, page, frame.shot.WithoutExposure(demands.exposureOption));
     TShot known;
     for (const TNamed& first : firsts) {
         for (const TShotDifference& difference : Differences(frame.shot, first.shot)) {
@@ -43,8 +55,8 @@ void TFrameHeaders::Add(const std::string& path, unsigned page, const TPageMetad
             if (!isKnown)
                 disagreements.push_back({difference, frame.name, first.name});
         }
-        if (!known.exposureSeconds)
-            known.exposureSeconds = first.shot.exposureSeconds;
+        if (!known.SaidSeconds())
+            TakeExposure(first.shot, known);
         if (!known.gain)
             known.gain = first.shot.gain;
         if (!known.HasBinning()) {
@@ -56,6 +68,12 @@ void TFrameHeaders::Add(const std::string& path, unsigned page, const TPageMetad
     }
     if (SaysMore(frame.shot, known))
         firsts.push_back(frame);
+    if (unusable.exposure.empty() && !frame.shot.unusable.exposure.empty())
+        ofUnknownExposure = frame.name;
+    TakeFirst(frame.shot.unusable.exposure, unusable.exposure);
+    TakeFirst(frame.shot.unusable.gain, unusable.gain);
+    TakeFirst(frame.shot.unusable.binning, unusable.binning);
+    TakeFirst(frame.shot.unusable.celsius, unusable.celsius);
     if (frame.shot.day)
         lastDay = std::max(lastDay.value_or(*frame.shot.day), *frame.shot.day);
     if (!frame.shot.sensorCelsius)
@@ -76,9 +94,10 @@ TShot TFrameHeaders::Common() const
     };
     TShot common;
     common.day = lastDay;
+    common.unusable = unusable;
     for (const TNamed& first : firsts) {
-        if (!common.exposureSeconds && isAgreed("exposure"))
-            common.exposureSeconds = first.shot.exposureSeconds;
+        if (!common.SaidSeconds() && isAgreed("exposure"))
+            TakeExposure(first.shot, common);
         if (!common.gain && isAgreed("gain"))
             common.gain = first.shot.gain;
         if (!common.HasBinning() && isAgreed("binning")) {
@@ -100,10 +119,14 @@ std::vector<std::string> TFrameHeaders::Warnings(const std::string& what) const
         warnings.push_back(fmt::format("the {} were not all taken alike: {} with {} {}, {} with {} {}", what, one.other,
                                        one.difference.what, one.difference.other, one.one, one.difference.what,
                                        one.difference.one));
-    const std::optional<double> exposure = Common().exposureSeconds;
+    const std::optional<double> exposure = Common().SaidSeconds();
     if (demands.exposureSeconds > 0 && exposure && !IsSameSetting(*exposure, demands.exposureSeconds))
         warnings.push_back(fmt::format("by their headers the {} were exposed for {:g} s; {} {:g} was taken instead",
                                        what, *exposure, demands.exposureOption, demands.exposureSeconds));
+    const bool isByHeaders = !demands.exposureOption.empty() && !(demands.exposureSeconds > 0);
+    if (isByHeaders && exposure && !unusable.exposure.empty())
+        warnings.push_back(fmt::format("in {} {}; it was taken for {:g} s as the others are", ofUnknownExposure,
+                                       unusable.exposure, *exposure));
     if (celsiusCount > 1 && *warmest.shot.sensorCelsius - *coldest.shot.sensorCelsius > kSteadyCelsius)
         warnings.push_back(fmt::format("the sensor was at {:g} C in {} and at {:g} C in {}: dark current follows the "
                                        "temperature; take {} when it is steady",

@@ -54,7 +54,7 @@ void RunCorrect(TContext& context, const TCorrectVerbOptions& options)
         TFrameStack stack = ReadDarks(darkOptions, options.correct.input, "--dark-exposure", darkConditions,
                                       options.repairsNoisy ? &noise : nullptr);
         darks = stack.shot;
-        darks.exposureSeconds.reset();
+        darks.ForgetExposure();
         setup = ReadSetup(options.correct, stack.Size(), options.unfiltered);
         WarnOfOtherCamera(darks, setup.bias, setup.warnings);
         const TCorrectOptions& images = options.correct;

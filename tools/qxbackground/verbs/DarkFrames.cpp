@@ -57,7 +57,7 @@ void AddDarkOptions(TVerb& verb, TDarkOptions& options)
 
 void WarnOfOtherCamera(TShot darks, const TShot& bias, std::vector<std::string>& warnings)
 {
-    darks.exposureSeconds.reset();
+    darks.ForgetExposure();
     for (const TShotDifference& difference : Differences(darks, bias))
         warnings.push_back("by their headers the dark frames were taken with " + difference.what + " " +
                            difference.one + ", the bias frames with " + difference.other);

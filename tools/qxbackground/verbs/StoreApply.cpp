@@ -50,7 +50,7 @@ public:
                 static_cast<double>(reference.exposureSeconds) * static_cast<double>(reference.lightIntensityPercent);
         });
         turn.darks = ShotOf(ConditionsOfKey(place, key));
-        turn.darks.exposureSeconds.reset();
+        turn.darks.ForgetExposure();
         turn.darks.day = DayOfChange(file);
         TakeRecord(turn, TCalibrationPlace(place));
         return turn;

@@ -37,7 +37,11 @@ bool HasOtherSpelling(const std::string& key, const std::string& name)
 
 TGroupConditions ConditionsOf(const TShot& shot)
 {
-    TGroupConditions conditions{shot.exposureSeconds, shot.gain, shot.sensorCelsius, {}};
+    TGroupConditions conditions{shot.exposureSeconds, shot.gain, shot.sensorCelsius, {}, {}};
+    conditions.unusable = {{TGroupMeaning::Exposure, shot.unusable.exposure},
+                           {TGroupMeaning::Gain, shot.unusable.gain},
+                           {TGroupMeaning::Binning, shot.unusable.binning},
+                           {TGroupMeaning::Temperature, shot.unusable.celsius}};
     if (shot.HasBinning())
         conditions.binning = TBinning{shot.binningX.value_or(shot.binningY.value_or(1)),
                                       shot.binningY.value_or(shot.binningX.value_or(1))};
@@ -78,10 +82,14 @@ std::string CompletedKey(const TStorePlace& place, const std::string& key, const
         if (!GroupValueOf(key, name).empty())
             continue;
         std::optional<std::string> value = ValueFor(name, conditions);
-        if (!value)
-            throw TToolError(place.Text() + ": key '" + key + "'",
-                             "there is no value for the grouping name '" + name +
-                                 "', and the frames' headers do not say one (keys read " + name + ",value,...)");
+        if (!value) {
+            const std::string instead = InsteadOfValueFor(name, conditions);
+            throw TToolError(
+                place.Text() + ": key '" + key + "'",
+                "there is no value for the grouping name '" + name + "', and " +
+                    (instead.empty() ? "the frames' headers do not say one" : "in the frames' headers " + instead) +
+                    " (keys read " + name + ",value,...)");
+        }
         for (const std::string& used : ValuesInUse(place, name)) {
             if (MeansSame(MeaningOf(name), used, *value)) {
                 value = used;

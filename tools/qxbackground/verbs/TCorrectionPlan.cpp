@@ -48,7 +48,7 @@ unsigned TCorrectionPlan::TurnFor(const std::string& path, unsigned page, const 
     if (isGiven)
         shot.exposureSeconds = options.conditions.exposureSeconds;
     if (!shot.exposureSeconds)
-        throw TToolError(path, page, "does not say its exposure time; give it with --exposure");
+        throw TToolError(path, page, shot.WithoutExposure("--exposure"));
     const auto [place, isNew] = known.emplace(SignatureOf(shot), static_cast<unsigned>(turns.size()));
     if (!isNew)
         return place->second;

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <climits>
 #include <csignal>
 #include <cstring>
@@ -11,7 +12,9 @@ namespace workbench {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+// Read by every thread as well.
+std::atomic<bool> interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler can wait for no lock");
 
 // Read by a signal handler: fixed memory, and a flag that is set last and cleared first.
 struct TDoomedName {
@@ -23,8 +26,8 @@ TDoomedName doomed[32];
 extern "C" void NoteInterrupt(int signal)
 {
     // When a terminal closes, the system and the shell send SIGHUP, one each.
-    if (interrupted == 0 || signal == SIGHUP) {
-        interrupted = 1;
+    if (!interrupted || signal == SIGHUP) {
+        interrupted = true;
         return;
     }
     for (const TDoomedName& name : doomed) {
@@ -48,7 +51,7 @@ void CatchInterrupts()
 
 bool Interrupted()
 {
-    return interrupted != 0;
+    return interrupted;
 }
 
 std::thread ThreadWithoutInterrupts(std::function<void()> work)

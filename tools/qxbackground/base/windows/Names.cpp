@@ -13,6 +13,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr std::size_t kLongestName = 255;
+
 // The name of eight letters and three that Windows gives every file on most disks, in letters of every code page.
 std::wstring ShortName(const fs::path& path)
 {
@@ -61,6 +63,8 @@ std::string NameRefusal(const fs::path& path)
     if (std::any_of(name.begin(), name.end(), [](wchar_t letter) { return letter < L' '; }) ||
         name.find_first_of(L"<>:\"|?*") != std::wstring::npos)
         return "holds a character that no file name on Windows may have (< > : \" | ? *)";
+    if (name.size() > kLongestName)
+        return "is longer than the 255 characters that a file's name may have on Windows";
     if (!name.empty() && (name.back() == L'.' || name.back() == L' '))
         return "ends in a character (dot or space) that Windows drops from file names";
     // "nul", "com1.tif": the full path of a device begins with \\.\ whatever the folder.

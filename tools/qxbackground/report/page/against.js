@@ -53,7 +53,7 @@ qx.againstSection = (one, number, report) => {
 
   const section = qx.make("section", { id, "aria-labelledby": `${id}-title` });
   section.append(qx.make("h3", { id: `${id}-title` }, name));
-  const from = { option: "as given", image: "as the image says", correction: "as the correction's; the image does not say" };
+  const from = { option: "as given", image: "as the image says", correction: `as the correction's; ${one.exposureNote ? `the image's ${one.exposureNote}` : "the image does not say"}` };
   section.append(qx.make("p", {}, `Corrected with '${correction.key}' (taken at ${qx.conditions(correction)}) for `
     + `${qx.conditions(one)} (${from[one.exposureFrom]}): the factor is ${qx.number(one.factor)}. `
     + `Clipped at zero: ${one.clipped} of ${one.width * one.height} pixels (${qx.number(one.clippedPercent)} %).`

@@ -23,6 +23,7 @@ elif [ "$*" = quick ]; then
     presets=(linux windows)
 fi
 jobs=$(nproc)
+threaded=(qxbc_thread_tests qxbc_lock_tests qxbc_tool_thread_tests) # what runs several threads
 
 # Each step's time, for the table at the end, and what runs beside the tests, which ends with the script.
 scratch=$(mktemp -d)
@@ -79,7 +80,10 @@ run_tests() {
 
 test_preset() {
     if [ "$1" = linux-tsan ]; then
-        build/linux-tsan/bin/qxbc_thread_tests --gtest_brief=1 && build/linux-tsan/bin/qxbc_lock_tests --gtest_brief=1
+        local tests
+        for tests in "${threaded[@]}"; do
+            "build/linux-tsan/bin/$tests" --gtest_brief=1 || return
+        done
     elif [ -n "$quick" ]; then
         run_tests "$1" -E '^(valgrind|package_|fuzz_corpus|.*Exhaustive|StoreModelTest|python[.]zarr|.*_find_violations|Large/)'
     else
@@ -99,7 +103,7 @@ build() {
     local targets=()
     [ "$1" != windows-tool ] || cmake --preset windows-tool --log-level=NOTICE >/dev/null || return
     # Under the thread sanitizer only what runs several threads says anything new.
-    [ "$1" != linux-tsan ] || targets=(--target qxbc_thread_tests qxbc_lock_tests)
+    [ "$1" != linux-tsan ] || targets=(--target "${threaded[@]}")
     nice -n 5 cmake --build --preset "$1" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
 }
 

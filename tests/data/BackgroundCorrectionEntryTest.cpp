@@ -190,6 +190,11 @@ TEST(EntryRegion, FarOutsideIsZero)
     const TBackgroundCorrectionEntry entry = RowEntry("k", {1, 2, 3});
     EXPECT_THAT(Region(entry, 2147483647, 2147483647, 2, 2), Each(0));
     EXPECT_THAT(Region(entry, 0, 2147483647, 3, 1), Each(0));
+    // Addresses that 32 bits would bring back to the first pixels.
+    const TBackgroundCorrectionEntry four = RowEntry("k", {1, 2, 3, 4});
+    EXPECT_THAT(Region(four, 0, 1 << 30, 4, 1), Each(0));
+    EXPECT_THAT(Region(four, 1, 1 << 30, 2, 1), Each(0));
+    EXPECT_THAT(Region(four, 0, (1 << 30) - 1, 3, 2), Each(0));
 }
 
 TEST(PixelMemory, IsNotThereForMoreThanAnyMachineHas)

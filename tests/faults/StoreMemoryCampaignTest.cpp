@@ -209,6 +209,10 @@ std::vector<TScenario> LargeScenarios()
         MakeNamedStore(world);
         AddStoreSource(world);
     };
+    const auto emptyWithProcessor = [](TWorld& world) {
+        MakeEmptyStore(world);
+        AddProcessorSource(world);
+    };
     const auto freshWithStore = [](TWorld& world) {
         MakeFreshStore(world);
         AddStoreSource(world);
@@ -244,6 +248,7 @@ std::vector<TScenario> LargeScenarios()
         {"ImportFromStore", fill, withStore, {import}},
         {"ImportFromStoreReplacing", fill, withStore, {replace}},
         {"ImportIntoFresh", fill, freshWithStore, {import}},
+        {"ImportIntoEmpty", fill, emptyWithProcessor, {import}}, // its first key needs memory
         {"SplitFresh", fill, MakeFreshStore, {kSplit}},
         {"SplitOntoOther",
          fill,

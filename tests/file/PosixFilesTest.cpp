@@ -1,10 +1,12 @@
 // What only this family of systems has: full and endless devices, pipes, permissions, file systems made for a test.
 #include "file/ProcessorDriver.h"
 #include "file/SampleFiles.h"
+#include "platform/RawFile.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -168,6 +170,20 @@ TEST_F(PosixFiles, ALinkToTheNullDeviceIsTheNullDevice)
     EXPECT_STREQ(processor.FileMessage(), "Couldn't read Data from calibration file.");
     EXPECT_TRUE(std::filesystem::is_symlink(path));
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+// Another thread of the host may start a program meanwhile, and a read that does not wait may fall short.
+TEST_F(PosixFiles, AnOpenFileIsNotInheritedAndReadsWait)
+{
+    const std::string path = folder.File("file.qxb");
+    for (const auto open : {Platform::RawOpenForWriting, Platform::RawOpenForReading}) {
+        Platform::TRawFile* const file = open(path.c_str());
+        ASSERT_NE(file, nullptr);
+        const int descriptor = fileno(reinterpret_cast<std::FILE*>(file));
+        EXPECT_NE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, 0);
+        EXPECT_EQ(fcntl(descriptor, F_GETFL) & O_NONBLOCK, 0);
+        EXPECT_TRUE(Platform::RawClose(file));
+    }
 }
 
 TEST_F(PosixFiles, ReadOnlyFolderAndUnreadableFileAre769)

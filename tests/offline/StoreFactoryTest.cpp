@@ -153,6 +153,18 @@ TEST_F(GroupingParametersTest, DoNotWriteAHeaderOnlyStore)
     EXPECT_EQ(store.GetNumberOfCorrections(), 0u);
 }
 
+// Without names the store's one group is not read by itself, so that it can be written although the store cannot.
+TEST_F(GroupingParametersTest, DoNotWriteANewGroupOfAHeaderOnlyStore)
+{
+    const TStoreFolder folder;
+    const FileBytes::TBytes before = StoreFiles::Grouped({}, {StoreFiles::Flat("k", 100)});
+    folder.Write("p", before);
+    ASSERT_EQ(store.LoadFileHeaderOnly("p"), 0u);
+    ASSERT_TRUE(Accepts("new"));
+    Set({"A"}, 1);
+    EXPECT_EQ(folder.Read("p"), before);
+}
+
 TEST(StoreLifetimeTest, DeletingDestroysTheStoreAndItsGroup)
 {
     char a[] = "A";

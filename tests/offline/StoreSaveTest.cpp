@@ -274,6 +274,9 @@ TEST_F(StoreSaveTest, FoldersAreNeverRemoved)
     one.Add("A,2", 5);
     EXPECT_EQ(one.Save("s"), 769u); // it is listed, and cannot be read
     EXPECT_EQ(folder.Names(), (TNames{"s_A_1"}));
+    folder.Write("s_A_3", Grouped({"A"}, {}));
+    EXPECT_EQ(one.Save("s_A_3"), 769u); // nor does it go with the files of the store that claims it
+    EXPECT_EQ(folder.Names(), (TNames{"s_A_1"}));
 }
 
 TEST_F(StoreSaveTest, ABrokenKeyStopsTheSaveAfterTheTargetIsGone)

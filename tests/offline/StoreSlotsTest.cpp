@@ -288,6 +288,33 @@ TEST_F(StoreSlotsTest, AKeyOfAGroupThatGoesMayBeHandedIn)
     EXPECT_EQ(store->DeleteCorrection(key), 0u);
 }
 
+// Its text goes with the loaded group, when it is spelled so that it names another one.
+TEST_F(StoreSlotsTest, AKeyWhoseTextGoesOnTheWayMayBeHandedIn)
+{
+    if (kBackslashSystem) {
+        GTEST_SKIP() << "where names of files ignore case, both groups have one file";
+    }
+    const std::string rest = ",B,1,n," + std::string(100, 'k'); // too long to lie within the list's node
+    const std::string stored = "A,X" + rest;
+    folder.Write("s_A_x_B_1", StoreFiles::Grouped({"A", "B"}, {StoreFiles::Flat(stored)}));
+    for (int operation = 0; operation < 3; ++operation) {
+        ASSERT_EQ(store.Load("s"), 0u);
+        ASSERT_EQ(store.Select("A,x" + rest), 0u);
+        ASSERT_EQ(store.ActiveKey(), stored);
+        const char* const key = store->GetActiveCorrectionKey();
+        if (operation == 0) {
+            EXPECT_EQ(store->SetActiveCorrection(key), 513u);
+            EXPECT_EQ(store.InnerText(), "Background correction key not found - '" + stored + "'");
+        } else if (operation == 1) {
+            EXPECT_EQ(store->DeleteCorrection(key), 513u);
+            EXPECT_EQ(store.InnerText(), "The supplied key was not found - '" + stored + "'");
+        } else {
+            EXPECT_EQ(store->AddCorrection(key, kFrames, 1, 1, 1, 1.0f, 1.0f), 0u);
+            EXPECT_EQ(store.Select(stored), 0u);
+        }
+    }
+}
+
 TEST_F(StoreSlotsTest, OperationsForwardToAStoreInHeaderOnlyMode)
 {
     store.Add("A,1,B,1");

@@ -158,6 +158,16 @@ TEST_F(StoreWorkTest, CopyingHoldsOneGroupAtATime)
     EXPECT_LT(watch.PeakBytes(), 6 * kEntryBytes); // of 40: one group, the next one coming in, one copy
 }
 
+TEST_F(StoreWorkTest, AnotherRegionHoldsOneBackgroundAtATime)
+{
+    Fill(1, 1, 512);
+    ASSERT_EQ(store.Select(Key(0, 0)), 0u);
+    const TMemoryWatch watch;
+    ASSERT_EQ(store->SetRegion(0, 0, 512, 511), 0u);
+    ASSERT_EQ(store->SetRegion(0, 0, 512, 512), 0u);
+    EXPECT_LT(watch.PeakBytes(), 1000u); // the old one goes before the new one is asked for
+}
+
 TEST_F(StoreWorkTest, AFileThatCannotBeRemovedIsNoFailure)
 {
     Fill(2, 1, 4);

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <functional>
 #include <future>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -19,6 +20,17 @@ struct TNamedCall {
     const char* name;
     TCall call;
 };
+
+void LoadGrouped(TBackgroundCorrectionProcessorUINT16& object, bool headerOnly)
+{
+    std::vector<std::string> names;
+    std::uint32_t version = 0;
+    if (headerOnly) {
+        object.LoadGroupedFileHeaderOnly(TTestObject::kMissingFile, names, version);
+    } else {
+        object.LoadGroupedFileFull(TTestObject::kMissingFile, names, version);
+    }
+}
 
 const TNamedCall kCallsThatTakeTheLock[] = {
     {"AddCorrection", [](auto& object) { object.AddCorrection(nullptr, nullptr, 0, 0, 0, 0.0f, 0.0f); }},
@@ -45,8 +57,14 @@ const TNamedCall kCallsThatTakeTheLock[] = {
     {"LoadFile", [](auto& object) { object.LoadFile(TTestObject::kMissingFile); }},
     {"SaveFile", [](auto& object) { object.SaveFile(TTestObject::kMissingFile); }},
     {"GetLastErrorMessage", [](auto& object) { object.GetLastErrorMessage(); }},
+    // What only the store calls.
     {"GetEntryAt", [](auto& object) { object.GetEntryAt(0); }},
+    {"FindEntrySpelled", [](auto& object) { object.FindEntrySpelled("k"); }},
     {"AddEntryCopy", [](auto& object) { object.AddEntryCopy(TBackgroundCorrectionEntry()); }},
+    {"SaveGroupedFile", [](auto& object) { object.SaveGroupedFile(TTestObject::kMissingFile, {}); }},
+    {"SaveGroupedFileOf", [](auto& object) { object.SaveGroupedFileOf(TTestObject::kMissingFile, {}, {}); }},
+    {"LoadGroupedFileHeaderOnly", [](auto& object) { LoadGrouped(object, true); }},
+    {"LoadGroupedFileFull", [](auto& object) { LoadGrouped(object, false); }},
 };
 
 std::future<void> Start(const TCall& call, TBackgroundCorrectionProcessorUINT16& processor)

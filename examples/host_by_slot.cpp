@@ -23,7 +23,10 @@ constexpr char kLibrary[] = "QX_BACKGROUNDCORRECTION.dll";
 
 void* Load(const char* path)
 {
-    return reinterpret_cast<void*>(LoadLibraryA(path));
+    // Looks for a plain name beside this program and in the system's folders. LoadLibraryA looks in the current folder
+    // as well, which may be anyone's. The number is LOAD_LIBRARY_SEARCH_DEFAULT_DIRS, which headers for old systems
+    // hide.
+    return reinterpret_cast<void*>(LoadLibraryExA(path, nullptr, 0x1000));
 }
 void* Find(void* library, const char* name)
 {

@@ -93,15 +93,11 @@ test_preset() {
 
 check_formatting() { list_sources | xargs -P "$jobs" -n 40 clang-format-19 --dry-run --Werror; }
 
-# One core each, so several at a time. What the workbench for Windows is linked with may have to be built first, which
-# takes so long that the others do not wait for it.
-configure() {
-    printf '%s\n' "$@" | { grep -vx windows-tool || true; } | xargs -P "$jobs" -I '{}' cmake --preset '{}' --log-level=NOTICE >/dev/null
-}
-
+# Configures as well: that keeps one core busy, while the tests of the preset before it use the other. What the workbench
+# for Windows is linked with may have to be built first.
 build() {
     local targets=()
-    [ "$1" != windows-tool ] || cmake --preset windows-tool --log-level=NOTICE >/dev/null || return
+    cmake --preset "$1" --log-level=NOTICE >/dev/null || return
     # Under the thread sanitizer only what runs several threads says anything new.
     [ "$1" != linux-tsan ] || targets=(--target "${threaded[@]}")
     nice -n 5 cmake --build --preset "$1" -j "$jobs" ${targets[@]+"${targets[@]}"} -- --quiet
@@ -135,18 +131,15 @@ if [[ " ${presets[*]} " == *" windows"* ]]; then # what Wine makes for its first
     lane scripts/run-wine.sh cmd /c exit >/dev/null 2>&1
 fi
 
-say "Formatting"
-step "formatting" check_formatting
-
-say "Configuring"
-step "configuring" configure "${presets[@]}"
-
 say "Building and testing"
+lane step "formatting" check_formatting
+formatting=$lane
 mkfifo "$scratch/built"
 lane build_presets "${presets[@]}"
 building=$lane fuzzing=
 exec 9<"$scratch/built"
 while read -r preset <&9; do
+    wait "$formatting"
     if [ -n "$everything" ] && [ "$preset" = linux-fuzz ]; then
         lane step "fuzzing" scripts/fuzz.sh 2 9<&-
         fuzzing=$lane
@@ -154,6 +147,7 @@ while read -r preset <&9; do
         step "$preset: test" test_preset "$preset" 9<&- </dev/null
     fi
 done
+wait "$formatting"
 wait "$building" # what went wrong it has said
 [ -z "$fuzzing" ] || wait "$fuzzing"
 

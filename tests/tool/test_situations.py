@@ -274,7 +274,6 @@ class ExposureInHeaders(Situation):
         self.assertEqual(lines[0], "by their headers the dark frames were exposed for 60 s; --exposure 45 was taken instead")
         self.assertIn("(45 s, 100 %)", self.said)
 
-
     def test_of_dark_frames_are_seen_before_their_pixels(self):
         for name, how in (("a", {}), ("negative", {"BZERO": 0}), ("b", {}), ("wide", {"shape": (20, 31)}), ("c", {"GAIN": 7})):
             self.fits(f"{name}.fits", 200, **{"EXPTIME": 60, "GAIN": 3, **how})

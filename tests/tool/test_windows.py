@@ -8,6 +8,7 @@ import shutil
 import subprocess
 import time
 import unittest
+import unittest.mock
 from pathlib import Path
 
 import support
@@ -303,9 +304,12 @@ class Endings(WindowsTest):
         self.assertEqual(self.contents(), before)
 
     def test_an_exception_of_the_library_ends_with_a_line(self):
-        self.write("k.tif", self.images(1, 4, 4))
-        self.refused("--library", os.environ["QX_THROWING_LIBRARY"], "build", "c.qxb", "--key", "k", *CONDITIONS, "k.tif",
-                     says=["there is not enough memory"])
+        """And leaves neither its lock nor what it had begun to write."""
+        self.build("c.qxb")
+        for where in ("create", "save"):
+            with self.subTest(where), unittest.mock.patch.dict(os.environ, QX_THROWS_IN=where):
+                self.refused("--library", os.environ["QX_THROWING_LIBRARY"], "build", "c.qxb", "--key", "n",
+                             *CONDITIONS, "d.tif", says=["there is not enough memory"])
 
 
 class Program(unittest.TestCase):

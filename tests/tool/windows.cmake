@@ -24,6 +24,7 @@ target_link_options(tool_test_console PRIVATE -municode)
 add_library(tool_test_throwing_library MODULE ThrowingLibrary.cpp)
 set_target_properties(tool_test_throwing_library PROPERTIES PREFIX "")
 target_link_libraries(tool_test_throwing_library PRIVATE qxbc_options)
+target_link_options(tool_test_throwing_library PRIVATE -static)
 
 # Programs that the tests can start as they start those of Linux.
 foreach(program IN ITEMS qxbackground tool_test_host tool_test_companion tool_test_console)

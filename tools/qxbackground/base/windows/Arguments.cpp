@@ -2,6 +2,7 @@
 
 #include "base/Escapes.h"
 #include "base/Terminal.h"
+#include "base/windows/AbruptEnd.h"
 #include "base/windows/TConsoleBuffer.h"
 #include "base/windows/WideText.h"
 
@@ -71,6 +72,10 @@ LONG WINAPI EndWithOneLine(EXCEPTION_POINTERS* what)
     constexpr DWORD kMicrosoftException = 0xE06D7363;
     if (what->ExceptionRecord->ExceptionCode != kMicrosoftException)
         return EXCEPTION_CONTINUE_SEARCH;
+    // By the thread that has used the library for a change, so that nothing more is changed without the lock.
+    // By the thread that has used the library for a change, so that nothing more is changed without the lock.
+    RemoveUnfinishedFiles();
+    GiveUpLocks();
     std::fputs("qxbackground: there is not enough memory\n", stderr);
     std::fflush(stderr);
     TerminateProcess(GetCurrentProcess(), 2);

@@ -1,5 +1,6 @@
 #include "base/Interrupts.h"
 
+#include "base/windows/AbruptEnd.h"
 #include "base/windows/WideText.h"
 
 #include <windows.h>
@@ -33,13 +34,18 @@ BOOL WINAPI NoteInterrupt(DWORD event)
         constexpr DWORD kMilliseconds = 4000; // the system waits five seconds
         Sleep(kMilliseconds);
     }
-    const std::lock_guard<std::mutex> lock(doomedLock);
-    for (const std::wstring& name : Doomed())
-        DeleteFileW(name.c_str());
+    RemoveUnfinishedFiles();
     return FALSE;
 }
 
 } // namespace
+
+void RemoveUnfinishedFiles()
+{
+    const std::lock_guard<std::mutex> lock(doomedLock);
+    for (const std::wstring& name : Doomed())
+        DeleteFileW(name.c_str());
+}
 
 void CatchInterrupts()
 {

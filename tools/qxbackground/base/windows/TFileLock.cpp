@@ -2,6 +2,7 @@
 
 #include "base/TProgress.h"
 #include "base/TToolError.h"
+#include "base/windows/AbruptEnd.h"
 #include "base/windows/SystemError.h"
 
 #include <windows.h>
@@ -10,8 +11,9 @@
 
 #include <chrono>
 #include <cstdio>
+#include <map>
+#include <mutex>
 #include <random>
-#include <set>
 #include <thread>
 
 namespace workbench {
@@ -20,9 +22,11 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(1);
 
-std::set<std::string>& HeldLocks()
+// The descriptor of each lock file.
+std::mutex heldGuard;
+std::map<std::string, int>& HeldLocks()
 {
-    static std::set<std::string> held;
+    static std::map<std::string, int> held;
     return held;
 }
 
@@ -62,19 +66,30 @@ bool TFileLock::Lock(const std::string& name)
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));
         ThrowIfInterrupted();
     }
-    HeldLocks().insert(path);
+    const std::lock_guard<std::mutex> guard(heldGuard);
+    HeldLocks()[path] = descriptor;
     return true;
 }
 
 TFileLock::~TFileLock()
 {
+    const std::lock_guard<std::mutex> guard(heldGuard);
     HeldLocks().erase(path);
     _close(descriptor);
 }
 
 bool TFileLock::Holds(const std::filesystem::path& lockFile)
 {
+    const std::lock_guard<std::mutex> guard(heldGuard);
     return HeldLocks().count(lockFile.string()) != 0;
+}
+
+void GiveUpLocks()
+{
+    const std::lock_guard<std::mutex> guard(heldGuard);
+    for (const auto& held : HeldLocks())
+        _close(held.second);
+    HeldLocks().clear();
 }
 
 } // namespace workbench

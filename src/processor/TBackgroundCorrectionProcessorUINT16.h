@@ -109,6 +109,7 @@ private:
     }
 
     unsigned int RecalculateScaledBackground() noexcept;
+    std::uint16_t* ScaledBackground() const noexcept; // which must not be null
     float ScaleFactor() const noexcept;
     unsigned int LoadUngroupedFile(const char* path, bool enterHeaderOnly);
     unsigned int ReadCorrections(TCalibrationFileReader& reader);
@@ -126,8 +127,8 @@ private:
     int regionTop = 0;
     int regionWidth = 1;
     int regionHeight = 1;
-    std::atomic<float> correctionLevel{1.0f}; // fraction; atomic because it is read without the lock
-    std::unique_ptr<std::uint16_t[]> scaledBackground;
+    std::atomic<float> correctionLevel{1.0f};          // fraction; atomic because it is read without the lock
+    std::unique_ptr<std::uint16_t[]> scaledBackground; // with what is left free in front of it
     std::size_t scaledBackgroundLength = 0;
     bool headerOnly = false;
     bool modified = false;

@@ -35,6 +35,11 @@ float TBackgroundCorrectionProcessorUINT16::ScaleFactor() const noexcept
     return product / reference;
 }
 
+std::uint16_t* TBackgroundCorrectionProcessorUINT16::ScaledBackground() const noexcept
+{
+    return scaledBackground.get() + PixelsLeftFree(scaledBackgroundLength);
+}
+
 // Always from the stored pixels, never from the last result: repeated changes must not add up rounding errors.
 unsigned int TBackgroundCorrectionProcessorUINT16::RecalculateScaledBackground() noexcept
 {
@@ -48,13 +53,13 @@ unsigned int TBackgroundCorrectionProcessorUINT16::RecalculateScaledBackground()
     const std::size_t length = TBackgroundCorrectionEntry::PixelCount(width, height); // 0: too large for memory
     if (scaledBackground == nullptr || length != scaledBackgroundLength) {
         scaledBackground.reset();
-        scaledBackground.reset(length > 0 ? AllocatePixels(length) : nullptr);
+        scaledBackground.reset(length > 0 ? AllocatePixels(PixelsLeftFree(length) + length) : nullptr);
         scaledBackgroundLength = scaledBackground != nullptr ? length : 0;
     }
     if (scaledBackground == nullptr) {
         return Fail(kOperationFailed, Messages::kErrorAllocating);
     }
-    activeEntry->CopyRegion(scaledBackground.get(), static_cast<std::uint32_t>(regionLeft),
+    activeEntry->CopyRegion(ScaledBackground(), static_cast<std::uint32_t>(regionLeft),
                             static_cast<std::uint32_t>(regionTop), width, height, ScaleFactor());
     return kSuccess;
 }
@@ -90,7 +95,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::ApplyCorrection(unsigned shor
     if (scaledBackground == nullptr || scaledBackgroundLength != length) {
         return Fail(kOperationFailed, Messages::kErrorAllocating);
     }
-    const std::uint16_t* const background = scaledBackground.get();
+    const std::uint16_t* const background = ScaledBackground();
     if (output == nullptr) {
         if (delegated) {
             return delegate->SubtractInPlace(image, background, regionWidth, regionHeight, delegateProcessing,

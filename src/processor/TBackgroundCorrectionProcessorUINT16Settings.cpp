@@ -107,7 +107,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::GetScaledCorrectionStatistics
     }
     if (activeEntry != nullptr && scaledBackground != nullptr) {
         const Kernels::TStatistics statistics =
-            Kernels::CalculateStatistics(scaledBackground.get(), scaledBackgroundLength);
+            Kernels::CalculateStatistics(ScaledBackground(), scaledBackgroundLength);
         StoreIfWanted(minimum, statistics.minimum);
         StoreIfWanted(maximum, statistics.maximum);
         StoreIfWanted(average, statistics.average);

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace {
@@ -65,6 +67,31 @@ TEST_F(Delegate, SubtractsIntoTheOutput)
     EXPECT_THAT(output, ElementsAre(1, 2, 3, 4, 5, 6)) << "the library itself wrote";
     EXPECT_EQ(Apply(image.data(), image.data(), true, false, false), 0xDEADBEEFu);
     EXPECT_EQ(delegate.calls.at(0).operation, "SubtractInto") << "an output equal to the image is an output";
+}
+
+// Allocators put all large images at the same place in a page, and the cache may not hold two such lines at a time.
+TEST_F(Delegate, IsGivenALargeBackgroundAwayFromWhereLargeImagesBegin)
+{
+    constexpr int kSize = 1024;
+    constexpr std::uintptr_t kPage = 4096;
+    constexpr std::uintptr_t kEnough = 512;
+    struct TWhere : TRecordingDelegate {
+        unsigned int SubtractInPlace(unsigned short*, const unsigned short* given, int, int, bool, bool) override
+        {
+            background = given;
+            return QX_KRLSDK::kSuccess;
+        }
+        const unsigned short* background = nullptr;
+    } where;
+    object.Store("large", {kSize, kSize, std::vector<std::uint16_t>(std::size_t{kSize} * kSize, 7)});
+    object->SetActiveCorrection("large");
+    std::vector<unsigned short> large(std::size_t{kSize} * kSize, 100);
+    object->ApplyCorrection(large.data(), kSize * kSize, nullptr, 0, &where, true, false, false);
+    ASSERT_NE(where.background, nullptr);
+    const std::uintptr_t apart =
+        (reinterpret_cast<std::uintptr_t>(where.background) - reinterpret_cast<std::uintptr_t>(large.data())) % kPage;
+    EXPECT_GE(apart, kEnough);
+    EXPECT_LE(apart, kPage - kEnough);
 }
 
 TEST_F(Delegate, IsNotCalledUnlessItIsToBeUsed)

@@ -22,7 +22,8 @@ ARM = ("Neon",)
 
 # What each loop lives on: a kernel, the work, and the instructions, on x86 without the "v" that all but the baseline's
 # have before them. One of the alternatives (|) has to stand in an innermost loop of the kernel, on registers of the
-# instruction set's width, or after "half" on those of half the width. Each alternative is a vector form of that work.
+# instruction set's width, or after "half" on those of half the width. Each alternative is a vector form of that work,
+# with what it says of rounding.
 # COUNT of the loops have to have it: as many as the compilers make, beginnings, blocks and ends apart.
 ALL = X86
 WIDE = ("Avx2", "Avx512")
@@ -31,8 +32,10 @@ EXPECTED = [
     # With the longest registers it would be slower, see src/kernels/Vectors.h.
     Expectation("SubtractLoop", "saturating difference", "psubusw", ("Baseline", "Avx2"), 5),
     Expectation("SubtractLoop", "saturating difference", "half psubusw", ("Avx512",), 5),
-    Expectation("ScaleLoop", "product", "mulps", ALL, 5),
-    Expectation("ScaleLoop", "cut to an integer", "cvttps2dq", ALL, 5),
+    Expectation("ScaleLoop", "product", "mulps", ("Baseline", "Avx2"), 5),
+    Expectation("ScaleLoop", "cut to an integer", "cvttps2dq", ("Baseline", "Avx2"), 5),
+    Expectation("ScaleLoop", "product", "fmadd132ps|fmadd213ps|fmadd231ps", ("Avx512",), 5),
+    Expectation("ScaleLoop", "sum that is cut", "addps {rz-sae}", ("Avx512",), 5),
     Expectation("AverageLoop", "mean of two frames", "pavgw", ALL, 2),
     Expectation("AverageLoop", "sum of many frames", "addps", ALL, 3),
     Expectation("AverageLoop", "mean of many frames", "divps", ALL, 1),
@@ -150,8 +153,9 @@ def pattern_of(instruction, instruction_set):
     prefix = "v" if instruction_set in WIDE else ""
     forms = []
     for form in instruction.split("|"):
-        *half, mnemonic = form.split()
-        forms.append(f"{prefix}{mnemonic} {(HALVES if half else REGISTERS)[instruction_set]}")
+        registers = HALVES if form.startswith("half ") else REGISTERS
+        mnemonic, _, rounding = form.removeprefix("half ").partition(" ")
+        forms.append(f"{prefix}{mnemonic} {rounding}{registers[instruction_set]}")
     return re.compile("|".join(forms))
 
 
@@ -222,6 +226,7 @@ def self_test():
     by_relocation = function_text(name, "0:\tcall   5 <.text+0x5>", "\t\t1: IMAGE_REL_AMD64_REL32\t_Local",
                                   f"8:\tjne    0 <{name}>") + callee
     call_outside = function_text(name, "0:\tcall   20 <_Local>", "5:\tret") + callee
+    rounded = function_text(name, "0:\tvaddps {rz-sae},%zmm4,%zmm1,%zmm1", f"8:\tjne    0 <{name}>")
     pattern = pattern_of("psubusw", "Avx2")
     wrong = 0
     cases = [("inside", inside, 1), ("outside", outside, 0), ("narrow", narrow, 0), ("scalar", scalar, 0),
@@ -229,7 +234,9 @@ def self_test():
              ("call outside", call_outside, 0), ("half", narrow, 1, pattern_of("psubw|half psubusw", "Avx2")),
              ("half of the widest", inside, 1, pattern_of("half psubusw", "Avx512")),
              ("not half", inside, 0, pattern_of("half psubusw", "Avx2")),
-             ("longer name", inside, 0, pattern_of("psub", "Avx2"))]
+             ("longer name", inside, 0, pattern_of("psub", "Avx2")),
+             ("rounded as told", rounded, 1, pattern_of("addps {rz-sae}", "Avx512")),
+             ("rounded otherwise", rounded, 0, pattern_of("addps {rd-sae}", "Avx512"))]
     for case, listing, expected, *other in cases:
         count = len(loops_with(read_functions(listing), name, other[0] if other else pattern))
         if count != expected:

@@ -1,6 +1,6 @@
 // The library when memory runs out in the middle of an operation: what leaves it then is an exception by Microsoft's
-// rules, which no handler of another compiler's program takes. QX_THROWS_IN says where: "create", or "save" for SaveFile
-// of what is otherwise the real library, QX_LIBRARY.
+// rules, which no handler of another compiler's program takes. QX_THROWS_IN says where: "create", or "save" for
+// SaveFile of what is otherwise the real library, QX_LIBRARY.
 #include <windows.h>
 
 #include <algorithm>

@@ -128,7 +128,7 @@ private:
     int regionWidth = 1;
     int regionHeight = 1;
     std::atomic<float> correctionLevel{1.0f};          // fraction; atomic because it is read without the lock
-    std::unique_ptr<std::uint16_t[]> scaledBackground; // with what is left free in front of it
+    std::unique_ptr<std::uint16_t[]> scaledBackground; // begins in front of its pixels
     std::size_t scaledBackgroundLength = 0;
     bool headerOnly = false;
     bool modified = false;

@@ -37,7 +37,7 @@ float TBackgroundCorrectionProcessorUINT16::ScaleFactor() const noexcept
 
 std::uint16_t* TBackgroundCorrectionProcessorUINT16::ScaledBackground() const noexcept
 {
-    return scaledBackground.get() + PixelsLeftFree(scaledBackgroundLength);
+    return PixelsApart(scaledBackground.get(), scaledBackgroundLength);
 }
 
 // Always from the stored pixels, never from the last result: repeated changes must not add up rounding errors.
@@ -53,7 +53,7 @@ unsigned int TBackgroundCorrectionProcessorUINT16::RecalculateScaledBackground()
     const std::size_t length = TBackgroundCorrectionEntry::PixelCount(width, height); // 0: too large for memory
     if (scaledBackground == nullptr || length != scaledBackgroundLength) {
         scaledBackground.reset();
-        scaledBackground.reset(length > 0 ? AllocatePixels(PixelsLeftFree(length) + length) : nullptr);
+        scaledBackground.reset(length > 0 ? AllocatePixelsApart(length) : nullptr);
         scaledBackgroundLength = scaledBackground != nullptr ? length : 0;
     }
     if (scaledBackground == nullptr) {

@@ -258,6 +258,7 @@ TEST_F(ToolThreads, ImagesAreCorrectedWhileOthersAreReadAndWritten)
 TEST_F(ToolThreads, TheUserStopsAll)
 {
     AddFiles(40);
+    std::signal(SIGINT, SIG_DFL); // what runs in a shell's background is started to ignore it
     CatchInterrupts();
     TCorrectionReport report;
     TMeasuring measuring(report); // waits meanwhile, and looks now and then

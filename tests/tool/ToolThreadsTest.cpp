@@ -6,6 +6,7 @@
 #include "base/TToolError.h"
 #include "batch/TFrameStack.h"
 #include "batch/TPageSource.h"
+#include "commandline/TPathPlan.h"
 #include "images/TFrameSum.h"
 #include "images/TImageWriter.h"
 #include "support/TemporaryFolder.h"
@@ -18,6 +19,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -252,6 +254,27 @@ TEST_F(ToolThreads, ImagesAreCorrectedWhileOthersAreReadAndWritten)
         reader->Read(found);
         EXPECT_EQ(found.pixels, expected.pixels) << image;
     }
+}
+
+// Another process replaces a calibration file while its names are looked at: no threads, but a race as well.
+TEST_F(ToolThreads, AFileThatTookTheNumberOfAReplacedOneIsAnother)
+{
+    const std::string one = folder.File("c.qxb"), other = folder.File("c.qxb.json");
+    const auto make = [](const std::string& path) { std::ofstream(path) << path; };
+    make(one);
+    TPathPlan plan;
+    plan.AddFile("file", TPathUse::Changes, one);
+    std::filesystem::rename(one, other);
+    plan.AddFile("record", TPathUse::Changes, other); // is the file that was looked at before
+    make(one);
+    EXPECT_NO_THROW(plan.Check(true));
+
+    TPathPlan linked;
+    std::filesystem::remove(other);
+    std::filesystem::create_hard_link(one, other);
+    linked.AddFile("file", TPathUse::Changes, one);
+    linked.AddFile("record", TPathUse::Changes, other);
+    EXPECT_THROW(linked.Check(true), TToolError);
 }
 
 // The last one: nothing goes on after it.

@@ -33,6 +33,23 @@ std::string Signature(const fs::path& target)
     return signature;
 }
 
+// Whether two paths that led to one file still do. Another process may have replaced a file between the two looks, and
+// a new file often gets the number of one that has just gone: only a look at the one on both sides of a look at the
+// other tells.
+bool AreStillOneFile(const std::string& one, const std::string& other)
+{
+    constexpr int kTries = 100;
+    TFileState before = StateOf(one);
+    for (int tries = 0; tries < kTries; ++tries) {
+        const TFileState between = StateOf(other);
+        const TFileState after = StateOf(one);
+        if (before == after)
+            return between.SameFile(after);
+        before = after;
+    }
+    return true; // changed all the time: to refuse loses nothing
+}
+
 } // namespace
 
 fs::path TPathPlan::CanonicalTarget(const std::string& path)
@@ -105,8 +122,10 @@ void TPathPlan::RefuseShared(const TItem& written) const
     std::sort(candidates.begin(), candidates.end()); // the first one on the command line is named
     for (const std::size_t candidate : candidates) {
         const TItem& item = items[candidate];
-        if (item.argument == written.argument ||
-            !(item.state.SameFile(written.state) || SamePlace(item.target, written.target)))
+        if (item.argument == written.argument)
+            continue;
+        if (!SamePlace(item.target, written.target) &&
+            !(item.state.SameFile(written.state) && AreStillOneFile(item.path, written.path)))
             continue;
         if (item.use == TPathUse::Reads)
             throw TToolError(written.path,

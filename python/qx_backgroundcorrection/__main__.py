@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import argparse
+import logging
 import os
 import sys
 from contextlib import nullcontext, redirect_stdout
@@ -86,6 +87,9 @@ def _runner(scheduler: Optional[str], threads: Optional[int], shows_progress: bo
         from distributed.comm.addressing import parse_address
         from distributed.comm.registry import get_backend
 
+        # When a worker dies, a request of the client's own may have been on its way to it, which nobody waits for:
+        # that is told when all is done. What matters is raised.
+        logging.getLogger("asyncio").setLevel(logging.CRITICAL)
         try:
             get_backend(parse_address(scheduler, strict=True)[0])  # a client that fails over this tells it for a minute
             client = Client(scheduler, timeout="20s", set_as_default=False)

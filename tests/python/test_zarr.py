@@ -374,6 +374,16 @@ class Cluster(StoreTest):
                                                "here: KilledWorker: thrice\n"))
         self.correct("--scheduler", self.address)
 
+    def test_what_dask_leaves_behind_of_a_dead_worker_is_not_told(self):
+        """As when a request was on its way to the worker: nobody waits for its answer."""
+        left = ("import asyncio, sys; from qx_backgroundcorrection.__main__ import _runner\n"
+                "close = _runner(sys.argv[1], None, False)[1]\n"
+                "loop = asyncio.new_event_loop()\n"
+                "loop.create_future().set_exception(TimeoutError('Timeout'))\n"
+                "close(); loop.close()\n")
+        result = subprocess.run([sys.executable, "-c", left, self.address], capture_output=True, text=True)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
     def test_a_cluster_that_is_not_there(self):
         self.make(np.array(self.images(1, 40, 30)))
         self.refuses("--scheduler nonsense://x", "--scheduler", "nonsense://x")

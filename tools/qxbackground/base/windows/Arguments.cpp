@@ -73,7 +73,6 @@ LONG WINAPI EndWithOneLine(EXCEPTION_POINTERS* what)
     if (what->ExceptionRecord->ExceptionCode != kMicrosoftException)
         return EXCEPTION_CONTINUE_SEARCH;
     // By the thread that has used the library for a change, so that nothing more is changed without the lock.
-    // By the thread that has used the library for a change, so that nothing more is changed without the lock.
     RemoveUnfinishedFiles();
     GiveUpLocks();
     std::fputs("qxbackground: there is not enough memory\n", stderr);
